@@ -1,0 +1,18 @@
+# zel_add_isa_sources(target file...): compiles each file once per instruction set, with ZEL_ISA set to
+# the name of that set, so that one binary is fast on old and new processors.
+function(zel_add_isa_sources target)
+  set(isas baseline)
+  set(flags_baseline "")
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL x86_64)
+    list(APPEND isas avx2 avx512)
+    set(flags_avx2 -march=x86-64-v3)
+    set(flags_avx512 -march=x86-64-v4)
+  endif()
+  foreach(isa IN LISTS isas)
+    add_library(${target}_${isa} OBJECT ${ARGN})
+    target_compile_definitions(${target}_${isa} PRIVATE ZEL_ISA=${isa} ZEL_PLATFORM=host)
+    target_compile_options(${target}_${isa} PRIVATE ${flags_${isa}} -O3 -fopenmp-simd)
+    target_link_libraries(${target}_${isa} PRIVATE zel_options zel_host_headers)
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_${isa}>)
+  endforeach()
+endfunction()

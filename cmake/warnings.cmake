@@ -1,0 +1,12 @@
+# What every target of ours is compiled with.
+add_library(zel_options INTERFACE)
+target_compile_options(
+  zel_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow=local -ffp-contract=off
+                        -fno-math-errno $<$<BOOL:${ZELSVM_WERROR}>:-Werror>)
+target_include_directories(zel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+
+if(ZELSVM_SANITIZE)
+  target_compile_options(zel_options INTERFACE -fsanitize=${ZELSVM_SANITIZE}
+                                               -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zel_options INTERFACE -fsanitize=${ZELSVM_SANITIZE})
+endif()

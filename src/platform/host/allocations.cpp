@@ -1,0 +1,104 @@
+#include "platform/host/allocations.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+#include "platform/host/fault_injection.h"
+#include "platform/system/available_memory.h"
+#include "platform/system/small_file.h"
+
+namespace zel::inline ZEL_PLATFORM {
+namespace {
+
+constexpr std::size_t alignment = 64;
+constexpr std::size_t hugePage = std::size_t{2} << 20;
+// Below this size the system is not asked what it has left.
+constexpr std::size_t unquestionedBytes = std::size_t{64} << 20;
+
+std::uint64_t residentBytes() {
+  const auto line = SmallFile("/proc/self/statm").lineAfter("");
+  if (!line) return 0;
+  const char* residentPages = line->data() + std::min(line->find(' '), line->size());
+  return std::strtoull(residentPages, nullptr, 10) *
+         static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+}
+
+// Large arrays are swept whole, so they take large pages where the system gives them.
+void* alignedMemory(std::size_t bytes) {
+  const bool large = bytes >= 2 * hugePage;
+  void* memory = nullptr;
+  if (::posix_memalign(&memory, large ? hugePage : alignment, bytes) != 0) return nullptr;
+  if (large) ::madvise(memory, bytes, MADV_HUGEPAGE);
+  return memory;
+}
+
+}  // namespace
+
+Allocations& Allocations::instance() {
+  // Never destroyed: static objects may release memory after it would have been.
+  static auto* const allocations = new Allocations;
+  return *allocations;
+}
+
+void* Allocations::allocate(std::size_t bytes, MemorySpace space) noexcept {
+  if (AllocationFault::strikes()) return nullptr;
+  if (bytes > unquestionedBytes && bytes > obtainableBytes()) return nullptr;
+  void* const memory = alignedMemory(bytes);
+  if (memory == nullptr) return nullptr;
+  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+  const auto place = std::upper_bound(
+      ranges.begin(), ranges.end(), begin,
+      [](std::uintptr_t address, const Range& range) { return address < range.begin; });
+  try {
+    ranges.insert(place, {begin, begin + bytes, space});
+  } catch (const std::bad_alloc&) {
+    std::free(memory);
+    return nullptr;
+  }
+  liveBytes += bytes;
+  return memory;
+}
+
+bool Allocations::release(void* memory, MemorySpace space) noexcept {
+  const Range* const range = find(memory);
+  if (range == nullptr || range->begin != reinterpret_cast<std::uintptr_t>(memory) ||
+      range->space != space)
+    return false;
+  liveBytes -= range->end - range->begin;
+  ranges.erase(ranges.begin() + (range - ranges.data()));
+  std::free(memory);
+  return true;
+}
+
+const Allocations::Range* Allocations::find(const void* memory) const {
+  const auto address = reinterpret_cast<std::uintptr_t>(memory);
+  const auto after =
+      std::upper_bound(ranges.begin(), ranges.end(), address,
+                       [](std::uintptr_t key, const Range& range) { return key < range.begin; });
+  if (after == ranges.begin() || address >= (after - 1)->end) return nullptr;
+  return &*(after - 1);
+}
+
+bool Allocations::isDeviceAddress(const void* memory) const {
+  const Range* const range = find(memory);
+  return range != nullptr && range->space == MemorySpace::device;
+}
+
+bool Allocations::isDeviceRange(const void* memory, std::size_t bytes) const {
+  if (bytes == 0) return true;
+  const Range* const range = find(memory);
+  return range != nullptr && range->space == MemorySpace::device &&
+         bytes <= range->end - reinterpret_cast<std::uintptr_t>(memory);
+}
+
+std::uint64_t Allocations::obtainableBytes() const {
+  const std::uint64_t available = availableHostMemory();
+  const std::uint64_t untouched = liveBytes - std::min(liveBytes, residentBytes());
+  return available - std::min(untouched, available);
+}
+
+}  // namespace zel::inline ZEL_PLATFORM

@@ -1,0 +1,51 @@
+// The memory that the host device has handed out.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace zel::inline ZEL_PLATFORM {
+
+enum class MemorySpace { device, pinned };
+
+// Owns every live allocation. Ranges are looked up by binary search, cheap enough for every call
+// that names device memory. For the one host thread.
+class Allocations {
+ public:
+  static Allocations& instance();
+
+  // 64-byte aligned memory, not cleared; null where so much is not to be had.
+  void* allocate(std::size_t bytes, MemorySpace space) noexcept;
+  // False unless the pointer is what allocate returned for this space.
+  bool release(void* memory, MemorySpace space) noexcept;
+
+  // True if all the bytes lie within one live device allocation; no bytes lie anywhere.
+  [[nodiscard]] bool isDeviceRange(const void* memory, std::size_t bytes) const;
+  // True if the address lies within a live device allocation.
+  [[nodiscard]] bool isDeviceAddress(const void* memory) const;
+
+  // Bytes that an allocation could really get: what the machine has left, less what was handed
+  // out before and has not been touched yet.
+  [[nodiscard]] std::uint64_t obtainableBytes() const;
+
+ private:
+  struct Range {
+    std::uintptr_t begin;
+    std::uintptr_t end;
+    MemorySpace space;
+  };
+  [[nodiscard]] const Range* find(const void* memory) const;
+
+  std::vector<Range> ranges;  // ascending
+  std::uint64_t liveBytes = 0;
+};
+
+// True if count elements at the address are device memory that its owner still holds.
+template <typename T>
+bool isDeviceArray(const T* elements, std::uint64_t count) {
+  return count <= SIZE_MAX / sizeof(T) &&
+         Allocations::instance().isDeviceRange(elements, count * sizeof(T));
+}
+
+}  // namespace zel::inline ZEL_PLATFORM

@@ -1,0 +1,139 @@
+#include "platform/host/cusparse_descriptors.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "platform/host/allocations.h"
+#include "platform/host/dense_product.h"
+#include "platform/host/live_objects.h"
+
+namespace zel::inline ZEL_PLATFORM {
+namespace {
+
+template <typename T>
+cusparseStatus_t add(T** handle, T&& object) {
+  *handle = LiveObjects<T>::instance().add(std::move(object));
+  return *handle == nullptr ? CUSPARSE_STATUS_ALLOC_FAILED : CUSPARSE_STATUS_SUCCESS;
+}
+
+template <typename T>
+cusparseStatus_t remove(const T* handle) {
+  const bool removed = LiveObjects<T>::instance().remove(handle);
+  return removed ? CUSPARSE_STATUS_SUCCESS : CUSPARSE_STATUS_INVALID_VALUE;
+}
+
+// Device memory for count elements; a negative count is none.
+template <typename T>
+bool isArray(const T* elements, std::int64_t count) {
+  return count >= 0 && isDeviceArray(elements, static_cast<std::uint64_t>(count));
+}
+
+bool isMatrix(const double* values, std::int64_t rows, std::int64_t cols, std::int64_t ld) {
+  if (rows < 0 || cols < 0 || ld < std::max<std::int64_t>(1, rows)) return false;
+  if (rows == 0 || cols == 0) return true;
+  if (cols - 1 > (std::numeric_limits<std::int64_t>::max() - rows) / ld) return false;
+  return isArray(values, (cols - 1) * ld + rows);
+}
+
+cusparseStatus_t createCsr(cusparseSpMatDescr_t* handle, const CsrArrays& arrays) try {
+  auto matrix = CsrMatrix::inspect(arrays);
+  if (!matrix) return CUSPARSE_STATUS_INVALID_VALUE;
+  return add(handle, cusparseSpMatDescr{std::move(*matrix)});
+} catch (const std::bad_alloc&) {
+  return CUSPARSE_STATUS_ALLOC_FAILED;
+}
+
+}  // namespace
+}  // namespace zel::inline ZEL_PLATFORM
+
+const char* cusparseGetErrorString(cusparseStatus_t status) {
+  switch (status) {
+    case CUSPARSE_STATUS_SUCCESS:
+      return "success";
+    case CUSPARSE_STATUS_NOT_INITIALIZED:
+      return "initialization error";
+    case CUSPARSE_STATUS_ALLOC_FAILED:
+      return "out of memory";
+    case CUSPARSE_STATUS_INVALID_VALUE:
+      return "invalid value";
+    case CUSPARSE_STATUS_NOT_SUPPORTED:
+      return "operation not supported";
+  }
+  return "unrecognized error code";
+}
+
+cusparseStatus_t cusparseCreate(cusparseHandle_t* handle) {
+  if (handle == nullptr) return CUSPARSE_STATUS_INVALID_VALUE;
+  if (!zel::prepareBlas()) return CUSPARSE_STATUS_ALLOC_FAILED;
+  return zel::add(handle, cusparseContext{});
+}
+
+cusparseStatus_t cusparseDestroy(cusparseHandle_t handle) {
+  const bool destroyed = zel::LiveObjects<cusparseContext>::instance().remove(handle);
+  return destroyed ? CUSPARSE_STATUS_SUCCESS : CUSPARSE_STATUS_NOT_INITIALIZED;
+}
+
+cusparseStatus_t cusparseCreateCsr(cusparseSpMatDescr_t* matrix, std::int64_t rows,
+                                   std::int64_t cols, std::int64_t nnz, void* rowOffsets,
+                                   void* columnIndices, void* values,
+                                   cusparseIndexType_t offsetType, cusparseIndexType_t indexType,
+                                   cusparseIndexBase_t base, cudaDataType valueType) {
+  if (matrix == nullptr || rows < 0 || cols < 0) return CUSPARSE_STATUS_INVALID_VALUE;
+  if (offsetType != CUSPARSE_INDEX_32I || indexType != CUSPARSE_INDEX_32I ||
+      base != CUSPARSE_INDEX_BASE_ZERO || valueType != CUDA_R_64F)
+    return CUSPARSE_STATUS_NOT_SUPPORTED;
+  const zel::CsrArrays arrays{rows,
+                              cols,
+                              nnz,
+                              static_cast<const int*>(rowOffsets),
+                              static_cast<const int*>(columnIndices),
+                              static_cast<const double*>(values)};
+  if (!zel::isArray(arrays.offsets, rows + 1) || !zel::isArray(arrays.indices, nnz) ||
+      !zel::isArray(arrays.values, nnz))
+    return CUSPARSE_STATUS_INVALID_VALUE;
+  return zel::createCsr(matrix, arrays);
+}
+
+cusparseStatus_t cusparseDestroySpMat(cusparseSpMatDescr_t matrix) { return zel::remove(matrix); }
+
+cusparseStatus_t cusparseCreateDnVec(cusparseDnVecDescr_t* vector, std::int64_t size, void* values,
+                                     cudaDataType valueType) {
+  auto* const elements = static_cast<double*>(values);
+  if (vector == nullptr || !zel::isArray(elements, size)) return CUSPARSE_STATUS_INVALID_VALUE;
+  if (valueType != CUDA_R_64F) return CUSPARSE_STATUS_NOT_SUPPORTED;
+  return zel::add(vector, cusparseDnVecDescr{size, elements});
+}
+
+cusparseStatus_t cusparseDestroyDnVec(cusparseDnVecDescr_t vector) { return zel::remove(vector); }
+
+cusparseStatus_t cusparseCreateDnMat(cusparseDnMatDescr_t* matrix, std::int64_t rows,
+                                     std::int64_t cols, std::int64_t ld, void* values,
+                                     cudaDataType valueType, cusparseOrder_t order) {
+  auto* const elements = static_cast<double*>(values);
+  if (matrix == nullptr || !zel::isMatrix(elements, rows, cols, ld))
+    return CUSPARSE_STATUS_INVALID_VALUE;
+  if (valueType != CUDA_R_64F || order != CUSPARSE_ORDER_COL) return CUSPARSE_STATUS_NOT_SUPPORTED;
+  return zel::add(matrix, cusparseDnMatDescr{rows, cols, ld, elements});
+}
+
+cusparseStatus_t cusparseDestroyDnMat(cusparseDnMatDescr_t matrix) { return zel::remove(matrix); }
+
+cusparseStatus_t cusparseCreateSpVec(cusparseSpVecDescr_t* vector, std::int64_t size,
+                                     std::int64_t nnz, void* indices, void* values,
+                                     cusparseIndexType_t indexType, cusparseIndexBase_t base,
+                                     cudaDataType valueType) {
+  const auto* const columns = static_cast<const int*>(indices);
+  const auto* const elements = static_cast<const double*>(values);
+  if (vector == nullptr || size < 0 || nnz > size || !zel::isArray(columns, nnz) ||
+      !zel::isArray(elements, nnz))
+    return CUSPARSE_STATUS_INVALID_VALUE;
+  if (indexType != CUSPARSE_INDEX_32I || base != CUSPARSE_INDEX_BASE_ZERO ||
+      valueType != CUDA_R_64F)
+    return CUSPARSE_STATUS_NOT_SUPPORTED;
+  return zel::add(vector, cusparseSpVecDescr{size, nnz, columns, elements});
+}
+
+cusparseStatus_t cusparseDestroySpVec(cusparseSpVecDescr_t vector) { return zel::remove(vector); }

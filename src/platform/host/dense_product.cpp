@@ -1,0 +1,121 @@
+#include "platform/host/dense_product.h"
+
+#include <cblas.h>
+#include <omp.h>
+
+#include <algorithm>
+
+#include "platform/host/parallel.h"
+#include "platform/system/available_memory.h"
+
+namespace zel::inline ZEL_PLATFORM {
+namespace {
+
+// A slice of a matrix-vector product reads about this many elements: 96 KiB.
+constexpr int sliceElements = 12288;
+constexpr double nanosecondsPerElement = 0.25;
+// A tile of a matrix product does about this many multiplications.
+constexpr double tileMultiplications = 3e6;
+constexpr double nanosecondsPerMultiplication = 0.1;
+
+constexpr int roundUp(int value, int multiple) {
+  return (value + multiple - 1) / multiple * multiple;
+}
+
+// An OpenBLAS that shares our threading runtime takes as many threads as a parallel region would
+// get, so while it works on the calling thread that is one.
+class SingleThread {
+ public:
+  SingleThread() { omp_set_num_threads(1); }
+  ~SingleThread() { omp_set_num_threads(threads); }
+  SingleThread(const SingleThread&) = delete;
+  SingleThread& operator=(const SingleThread&) = delete;
+
+ private:
+  int threads = omp_get_max_threads();
+};
+
+CBLAS_TRANSPOSE operation(bool transpose) { return transpose ? CblasTrans : CblasNoTrans; }
+
+// First element of row i of op(A), or of column i of op(B) with the sense turned round.
+const double* line(const double* matrix, int leading, bool contiguous, std::uint64_t i) {
+  return matrix + (contiguous ? i * static_cast<std::uint64_t>(leading) : i);
+}
+
+// Not every BLAS leaves NaN behind in an output it multiplies by 0, so that is done here.
+void scale(double* elements, std::uint64_t count, double beta) {
+  if (beta == 0) {
+    std::fill_n(elements, count, 0.0);
+  } else if (beta != 1) {
+    for (std::uint64_t i = 0; i < count; ++i) elements[i] *= beta;
+  }
+}
+
+void multiplyVector(const DenseProduct& p) {
+  // Without transposition a row is strided, and a slice must be wide enough for whole cache lines.
+  const int least = p.transposeA ? 8 : 64;
+  const int grain = std::max(least, roundUp(std::min(sliceElements / p.k, p.m), 8));
+  forEachChunk(static_cast<std::uint64_t>(p.m), static_cast<std::uint64_t>(grain),
+               nanosecondsPerElement * p.k, [&p](std::uint64_t begin, std::uint64_t end) {
+                 const int count = static_cast<int>(end - begin);
+                 scale(p.C + begin, end - begin, p.beta);
+                 const SingleThread single;
+                 const double* const A = line(p.A, p.lda, p.transposeA, begin);
+                 cblas_dgemv(CblasColMajor, operation(p.transposeA), p.transposeA ? p.k : count,
+                             p.transposeA ? count : p.k, p.alpha, A, p.lda, p.B, 1, 1.0,
+                             p.C + begin, 1);
+               });
+}
+
+void multiplyTile(const DenseProduct& p, std::uint64_t row, int rows, std::uint64_t column,
+                  int columns) {
+  double* const C = p.C + row + column * static_cast<std::uint64_t>(p.ldc);
+  for (int j = 0; j < columns; ++j)
+    scale(C + static_cast<std::uint64_t>(j) * static_cast<std::uint64_t>(p.ldc),
+          static_cast<std::uint64_t>(rows), p.beta);
+  const SingleThread single;
+  cblas_dgemm(CblasColMajor, operation(p.transposeA), operation(p.transposeB), rows, columns, p.k,
+              p.alpha, line(p.A, p.lda, p.transposeA, row), p.lda,
+              line(p.B, p.ldb, !p.transposeB, column), p.ldb, 1.0, C, p.ldc);
+}
+
+void multiplyMatrix(const DenseProduct& p) {
+  const int tileColumns = std::min(p.n, p.m < 512 ? 64 : 256);
+  const double wanted = tileMultiplications / tileColumns / p.k;
+  const int tileRows = std::max(128, roundUp(static_cast<int>(std::min<double>(wanted, p.m)), 16));
+  const auto across = static_cast<std::uint64_t>((p.n - 1) / tileColumns + 1);
+  const auto down = static_cast<std::uint64_t>((p.m - 1) / tileRows + 1);
+  const double perTile = nanosecondsPerMultiplication * std::min(tileRows, p.m) * tileColumns * p.k;
+  forEachChunk(across * down, 1, perTile, [&](std::uint64_t tile, std::uint64_t) {
+    const std::uint64_t row = tile % down * static_cast<std::uint64_t>(tileRows);
+    const std::uint64_t column = tile / down * static_cast<std::uint64_t>(tileColumns);
+    multiplyTile(p, row, std::min(tileRows, p.m - static_cast<int>(row)), column,
+                 std::min(tileColumns, p.n - static_cast<int>(column)));
+  });
+}
+
+void scaleOutput(const DenseProduct& p) {
+  for (int j = 0; j < p.n; ++j)
+    scale(p.C + static_cast<std::uint64_t>(j) * static_cast<std::uint64_t>(p.ldc),
+          static_cast<std::uint64_t>(p.m), p.beta);
+}
+
+}  // namespace
+
+void denseProduct(const DenseProduct& product) {
+  if (product.m == 0 || product.n == 0) return;
+  if (product.k == 0 || product.alpha == 0) return scaleOutput(product);
+  const bool vector = product.n == 1 && !product.transposeB;
+  vector ? multiplyVector(product) : multiplyMatrix(product);
+}
+
+bool prepareBlas() {
+  // The BLAS ends the process when it cannot have its buffer for a thread.
+  constexpr std::uint64_t bufferBytes = std::uint64_t{64} << 20;
+  if (availableHostMemory() < bufferBytes * static_cast<std::uint64_t>(threadCount())) return false;
+  const SingleThread single;  // the setting of an OpenBLAS may be the runtime's own
+  openblas_set_num_threads(1);
+  return true;
+}
+
+}  // namespace zel::inline ZEL_PLATFORM

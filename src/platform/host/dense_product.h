@@ -1,0 +1,34 @@
+// Dense products on the processor's BLAS, split over our own threads.
+#pragma once
+
+#include <cstdint>
+
+namespace zel::inline ZEL_PLATFORM {
+
+// C = alpha op(A) op(B) + beta C, column-major, op(A) m x k, op(B) k x n, C m x n. The leading
+// dimensions are at least the rows of the arrays as stored. C overlaps neither A nor B.
+struct DenseProduct {
+  bool transposeA;
+  bool transposeB;
+  int m;
+  int n;
+  int k;
+  double alpha;
+  const double* A;
+  int lda;
+  const double* B;
+  int ldb;
+  double beta;
+  double* C;
+  int ldc;
+};
+
+// A beta of 0 never reads C. The slices are fixed by the sizes alone: equal bits for any number of
+// threads.
+void denseProduct(const DenseProduct& product);
+
+// Keeps the BLAS from running threads of its own beside ours. False when the memory that its
+// buffers need is not there.
+bool prepareBlas();
+
+}  // namespace zel::inline ZEL_PLATFORM

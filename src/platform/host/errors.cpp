@@ -1,0 +1,41 @@
+#include <utility>
+
+#include "platform/host/error_state.h"
+
+namespace zel::inline ZEL_PLATFORM {
+namespace {
+
+thread_local cudaError_t lastError = cudaSuccess;
+
+}  // namespace
+
+cudaError_t recordError(cudaError_t error) {
+  if (error != cudaSuccess) lastError = error;
+  return error;
+}
+
+}  // namespace zel::inline ZEL_PLATFORM
+
+cudaError_t cudaGetLastError() { return std::exchange(zel::lastError, cudaSuccess); }
+
+const char* cudaGetErrorString(cudaError_t error) {
+  switch (error) {
+    case cudaSuccess:
+      return "no error";
+    case cudaErrorInvalidValue:
+      return "invalid argument";
+    case cudaErrorMemoryAllocation:
+      return "out of memory";
+    case cudaErrorInvalidConfiguration:
+      return "invalid configuration argument";
+    case cudaErrorInvalidMemcpyDirection:
+      return "invalid copy direction for memcpy";
+    case cudaErrorInvalidDevice:
+      return "invalid device ordinal";
+    case cudaErrorInvalidResourceHandle:
+      return "invalid resource handle";
+    case cudaErrorUnknown:
+      return "unknown error";
+  }
+  return "unrecognized error code";
+}

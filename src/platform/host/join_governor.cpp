@@ -1,0 +1,28 @@
+#include "platform/host/join_governor.h"
+
+#include <algorithm>
+
+namespace zel::inline ZEL_PLATFORM {
+namespace {
+
+constexpr std::int64_t shortestPause = 50'000'000;
+constexpr std::int64_t longestPause = 1'000'000'000;
+// Starting and waking threads may cost this much before they have saved anything.
+constexpr std::int64_t credit = 500'000;
+// Savings beyond this do not buy longer waits.
+constexpr std::int64_t largestBalance = 5'000'000;
+
+}  // namespace
+
+void JoinGovernor::report(std::int64_t now, std::int64_t elapsed, std::int64_t alone) {
+  const std::int64_t gain = alone - elapsed;
+  phaseGain += gain;
+  balance = std::min(balance + gain, largestBalance);
+  if (balance >= -credit) return;
+  pause = phaseGain > 0 ? shortestPause : std::clamp(2 * pause, shortestPause, longestPause);
+  pauseEnd = now + pause;
+  balance = 0;
+  phaseGain = 0;
+}
+
+}  // namespace zel::inline ZEL_PLATFORM

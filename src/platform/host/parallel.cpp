@@ -1,0 +1,96 @@
+#include "platform/host/parallel.h"
+
+#include <omp.h>
+#include <time.h>
+
+#include <algorithm>
+#include <atomic>
+
+#include "platform/host/join_governor.h"
+
+namespace zel::inline ZEL_PLATFORM {
+namespace {
+
+// Work below this is done before a team has come together.
+constexpr double leastTeamNanoseconds = 60'000;
+constexpr double nanosecondsPerTeamMember = 5'000;
+
+std::int64_t nanosecondsOf(clockid_t clock) {
+  timespec time{};
+  ::clock_gettime(clock, &time);
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+std::int64_t clockNow() { return nanosecondsOf(CLOCK_MONOTONIC); }
+
+// Time that the calling thread was really running.
+std::int64_t ownTime() { return nanosecondsOf(CLOCK_THREAD_CPUTIME_ID); }
+
+struct Loop {
+  std::uint64_t count;
+  std::uint64_t grain;
+  ChunkFunction function;
+  const void* body;
+  std::atomic<std::uint64_t> next{0};
+
+  [[nodiscard]] std::uint64_t chunks() const { return count / grain + (count % grain != 0); }
+
+  void run(std::uint64_t chunk) const {
+    const std::uint64_t begin = chunk * grain;
+    function(body, begin, begin + std::min(grain, count - begin));
+  }
+
+  // Takes chunks until none is left; returns how many it took.
+  std::uint64_t work() {
+    const std::uint64_t all = chunks();
+    std::uint64_t taken = 0;
+    for (std::uint64_t chunk; (chunk = next.fetch_add(1, std::memory_order_relaxed)) < all; ++taken)
+      run(chunk);
+    return taken;
+  }
+};
+
+bool worthThreads(const Loop& loop, double nanoseconds, int threads) {
+  return threads > 1 && loop.chunks() > 1 &&
+         nanoseconds >= leastTeamNanoseconds + nanosecondsPerTeamMember * threads;
+}
+
+// The team always has all threads: a team of another size would end threads and start new ones.
+// The estimate serves where the others have left nothing for the first thread to measure.
+void runTeam(Loop& loop, int threads, double estimate, JoinGovernor& governor, std::int64_t start) {
+  auto alone = static_cast<std::int64_t>(estimate);
+#pragma omp parallel num_threads(threads)
+  {
+    const bool first = omp_get_thread_num() == 0;
+    const std::int64_t begin = first ? ownTime() : 0;
+    const std::uint64_t taken = loop.work();
+    if (first && taken > 0)
+      alone = static_cast<std::int64_t>(static_cast<double>(ownTime() - begin) *
+                                        static_cast<double>(loop.chunks()) /
+                                        static_cast<double>(taken));
+  }
+  const std::int64_t end = clockNow();
+  governor.report(end, end - start, alone);
+}
+
+}  // namespace
+
+int threadCount() {
+  static const int processors = omp_get_num_procs();
+  return std::max(1, std::min(omp_get_max_threads(), processors));
+}
+
+void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, ChunkFunction function,
+               const void* body) {
+  static JoinGovernor governor;
+  Loop loop{count, std::max<std::uint64_t>(grain, 1), function, body};
+  const int threads = threadCount();
+  if (worthThreads(loop, nanoseconds, threads) && !omp_in_parallel()) {
+    const std::int64_t now = clockNow();
+    if (governor.allows(now)) return runTeam(loop, threads, nanoseconds, governor, now);
+  }
+  const std::uint64_t chunks = loop.chunks();
+  for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) loop.run(chunk);
+}
+
+}  // namespace zel::inline ZEL_PLATFORM

@@ -1,0 +1,34 @@
+// Threads for loops over items, taken only where the work pays for them.
+#pragma once
+
+#include <cstdint>
+
+namespace zel::inline ZEL_PLATFORM {
+
+// A loop body seen from the untyped side: called with a chunk's first item and the end of the
+// chunk.
+using ChunkFunction = void (*)(const void* body, std::uint64_t begin, std::uint64_t end);
+
+void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, ChunkFunction function,
+               const void* body);
+
+// Calls body(begin, end) for [0, grain), [grain, 2 grain), … [.., count), each chunk exactly once
+// and whole, on any thread and in any order; returns when all are done. The chunks do not depend on
+// the number of threads, so results written per chunk do not either. nanosecondsPerItem is the
+// caller's estimate for one thread and decides whether threads are worth their hand-off. The body
+// must not throw. Nothing is allocated.
+template <typename Body>
+void forEachChunk(std::uint64_t count, std::uint64_t grain, double nanosecondsPerItem,
+                  const Body& body) {
+  runChunks(
+      count, grain, static_cast<double>(count) * nanosecondsPerItem,
+      [](const void* erased, std::uint64_t begin, std::uint64_t end) {
+        (*static_cast<const Body*>(erased))(begin, end);
+      },
+      &body);
+}
+
+// Threads that loops may use: OMP_NUM_THREADS and the processors this process may run on decide.
+int threadCount();
+
+}  // namespace zel::inline ZEL_PLATFORM

@@ -1,0 +1,19 @@
+// Reading into a full row-major array.
+#pragma once
+
+#include "zeldplus/zelsvm/data/user_file_reader.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+// Features that a line does not name are 0; of a repeated index the last value stays.
+template <typename T>
+class DenseFileReader : public UserFileReader<T> {
+ public:
+  using UserFileReader<T>::UserFileReader;
+
+  void loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) override;
+  void read(std::uint64_t minimumCols = 0) override;
+  [[nodiscard]] std::uint64_t valueCount() const override { return this->rows() * this->cols(); }
+};
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

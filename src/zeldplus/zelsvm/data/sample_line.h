@@ -1,0 +1,119 @@
+// One line of a data or model file, taken apart as the C library's strtok does it.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "zeldplus/inc/zelnumbers.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+// Takes tokens and index:value pairs from the front of a line. The character behind the line must
+// be readable and no part of a number, as CFile::readLine promises.
+class SampleLine {
+ public:
+  explicit SampleLine(std::string_view line) : next(line.data()), end(line.data() + line.size()) {}
+
+  // The next token between blanks and tabs; empty when there is none.
+  std::string_view token() {
+    return take([](char c) { return isBlank(c); });
+  }
+
+  // The next token between colons; it may hold blanks. Empty when there is none.
+  std::string_view tokenBeforeColon() {
+    return take([](char c) { return c == ':'; });
+  }
+
+  // Value of a token that was taken from the line.
+  static double number(std::string_view token) {
+    double value = 0;
+    const char* const end = token.data() + token.size();
+    const char* const after = zel::parseShortDecimal(token.data(), end, value);
+    return after == end ? value : zel::parseDouble(token);
+  }
+
+  // The next pair; false at the end of the line, also where an index has no value.
+  bool nextPair(std::uint32_t& index, double& value) {
+    if (const char* const digits = readIndex(index)) {
+      const char* const after = zel::parseShortDecimal(digits, end, value);
+      if (after != nullptr && (after == end || isBlank(*after))) {
+        next = after == end ? end : after + 1;
+        return true;
+      }
+    }
+    std::string_view valueText;
+    if (!nextPairText(index, valueText)) return false;
+    value = zel::parseDouble(valueText);
+    return true;
+  }
+
+  // The same without converting the value.
+  bool nextIndex(std::uint32_t& index) {
+    const char* const value = readIndex(index);
+    if (value != nullptr && value != end && !isBlank(*value)) {
+      const char* const after = findBlank(value + 1);
+      next = after == end ? end : after + 1;
+      return true;
+    }
+    std::string_view valueText;
+    return nextPairText(index, valueText);
+  }
+
+ private:
+  static bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+  // strtok with the delimiters that the predicate names.
+  template <typename Delimiter>
+  std::string_view take(Delimiter isDelimiter) {
+    while (next != end && isDelimiter(*next)) ++next;
+    const char* const begin = next;
+    while (next != end && !isDelimiter(*next)) ++next;
+    const std::string_view token(begin, static_cast<std::size_t>(next - begin));
+    if (next != end) ++next;
+    return token;
+  }
+
+  // Reads an index in its ordinary form, up to nine digits and a colon, and returns the place
+  // behind the colon; null for any other form.
+  const char* readIndex(std::uint32_t& index) const {
+    const char* digits = next;
+    while (digits != end && isBlank(*digits)) ++digits;
+    std::uint64_t number = 0;
+    const char* const colon = zel::detail::readDigits(digits, end, number);
+    if (colon == end || *colon != ':' || colon == digits || colon - digits > 9) return nullptr;
+    index = static_cast<std::uint32_t>(number);
+    return colon + 1;
+  }
+
+  // The first blank or tab from text on, or the end: eight characters at a time.
+  const char* findBlank(const char* text) const {
+    if (text == end || isBlank(*text)) return text;  // values of one character are common
+    while (std::endian::native == std::endian::little && end - text >= 8) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, text, 8);
+      // The lowest high bit marks the first byte up to the blank's code.
+      const std::uint64_t low = (word - 0x2121212121212121) & ~word & 0x8080808080808080;
+      text += std::countr_zero(low) / 8;
+      if (low == 0) continue;
+      if (isBlank(*text)) return text;
+      ++text;
+    }
+    while (text != end && !isBlank(*text)) ++text;
+    return text;
+  }
+
+  bool nextPairText(std::uint32_t& index, std::string_view& valueText) {
+    const std::string_view indexText = tokenBeforeColon();
+    valueText = token();
+    if (valueText.empty()) return false;
+    index = zel::parseUnsigned(indexText);
+    return true;
+  }
+
+  const char* next;
+  const char* end;
+};
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,29 @@
+// Reading into compressed rows.
+#pragma once
+
+#include "zeldplus/zelsvm/data/user_file_reader.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+// Stores every pair in file order, zeros and repeated indices too. Throws RuntimeException when the
+// columns or the number of pairs do not fit 32-bit integers.
+template <typename T>
+class SparseFileReader : public UserFileReader<T> {
+ public:
+  using UserFileReader<T>::UserFileReader;
+
+  void loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) override;
+  void read(std::uint64_t minimumCols = 0) override;
+  [[nodiscard]] std::uint64_t valueCount() const override { return this->valueTotal(); }
+
+  // Zero-based column of each value.
+  [[nodiscard]] HostVector<int>& columnIndices();
+  // rows + 1 positions among the values, from 0 to their number.
+  [[nodiscard]] HostVector<int>& rowOffsets();
+
+ private:
+  HostVector<int> columnVector;
+  HostVector<int> offsetVector;
+};
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,125 @@
+// Reading of data files and model files: what the sparse and the dense reader share.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "zeldplus/inc/zelfiles.h"
+#include "zeldplus/inc/zelvectors.h"
+#include "zeldplus/zelsvm/data/file_base.h"
+#include "zeldplus/zelsvm/data/model_header.h"
+#include "zeldplus/zelsvm/data/sample_line.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+// Reads a text file of sample lines "label index:value index:value ...", or a model file, whose
+// lines of that form follow a header and start with classCount - 1 coefficients. Built for one
+// file, read once; then the vectors can be moved out of the non-const accessors.
+template <typename T>
+class UserFileReader : public AbstractFileBase<T> {
+ public:
+  // The file is not touched before read().
+  UserFileReader(std::string path, std::uint64_t indexBase)
+      : AbstractFileBase<T>(indexBase), path(std::move(path)) {}
+
+  // The second pass: reads the file again into arrays of the counted sizes. Throws AppException
+  // when the file is not the one that was counted.
+  virtual void loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) = 0;
+
+  // Reads the whole file. There are at least minimumCols columns afterwards. Throws AppException
+  // (file) or RuntimeException (content), and std::bad_alloc.
+  virtual void read(std::uint64_t minimumCols = 0) = 0;
+
+  // Number of values to allocate for what was counted.
+  [[nodiscard]] virtual std::uint64_t valueCount() const = 0;
+
+  // Feature values: row-major rows x cols (dense), or the stored entries in file order (sparse).
+  // The accessors of vectors throw RuntimeException while there is nothing.
+  [[nodiscard]] HostVector<T>& values();
+  // rows x (classCount - 1), row-major: the labels of a data file, the coefficients of a model.
+  [[nodiscard]] HostVector<T>& leading();
+  // The header's rho values.
+  [[nodiscard]] const std::vector<double>& rho() const;
+
+  [[nodiscard]] std::uint64_t cols() const { return colCount; }
+  [[nodiscard]] std::uint64_t rows() const { return rowCount; }
+  // Number of index:value pairs, zeros included.
+  [[nodiscard]] std::uint64_t valueTotal() const { return pairCount; }
+  [[nodiscard]] std::uint64_t classCount() const { return modelHeader.classCount; }
+  // Class sizes count the rows that were read.
+  [[nodiscard]] const ModelHeader& header() const { return modelHeader; }
+  // True if the file starts as a model file does.
+  [[nodiscard]] bool isModel() const { return modelFile; }
+
+ protected:
+  // First pass: counts rows, pairs and columns, and reads the header of a model file.
+  void countRows(std::uint64_t minimumCols);
+
+  // Allocates values and leading numbers, not cleared.
+  void allocateRows();
+
+  [[nodiscard]] T* valueData() { return valueVector.data(); }
+  [[nodiscard]] T* leadingData() { return leadingVector.data(); }
+
+  // Second pass: hands every pair to store.pair(column, value) and the end of every row to
+  // store.endRow(), never more of them and no larger columns than were counted.
+  template <typename Store>
+  void loadLines(T* leading, Store store);
+
+ private:
+  void openFile(zel::CTextFile& file) const;
+  void readHeader(zel::CTextFile& file, std::string_view line);
+  void countLine(std::string_view line);
+  // Reads the numbers before the pairs; false for a line without any token.
+  bool readLeading(SampleLine& line, T* numbers) const;
+  [[noreturn]] void throwChanged() const;
+
+  std::string path;
+  ModelHeader modelHeader;
+  std::uint64_t colCount = 0;
+  std::uint64_t rowCount = 0;
+  std::uint64_t pairCount = 0;
+  std::uint32_t maxIndex = 0;
+  bool modelFile = false;
+  std::uint64_t headerLines = 0;            // the one that ends the header included
+  std::vector<std::uint64_t> skippedLines;  // support-vector lines without pairs
+  HostVector<T> valueVector;
+  HostVector<T> leadingVector;
+};
+
+template <typename T>
+template <typename Store>
+void UserFileReader<T>::loadLines(T* leading, Store store) {
+  zel::CTextFile file(zel::FileMode::read);
+  openFile(file);
+  const std::uint64_t leadingCount = classCount() - 1;
+  HostVector<T> lineLeading(leadingCount);
+  std::string_view line;
+  for (std::uint64_t i = 0; i < headerLines; ++i) file.readLine(line);
+  std::uint64_t pairsLeft = pairCount;
+  std::uint64_t row = 0;
+  while (file.readLine(line)) {
+    SampleLine tokens(line);
+    if (!readLeading(tokens, lineLeading.data())) continue;
+    const std::uint64_t pairsBefore = pairsLeft;
+    std::uint32_t index = 0;
+    for (double value = 0; tokens.nextPair(index, value);) {
+      const std::uint64_t column = index - this->baseIndex;
+      if (column >= colCount || pairsLeft == 0 || row == rowCount) throwChanged();
+      --pairsLeft;
+      store.pair(column, value);
+    }
+    if (pairsLeft == pairsBefore) continue;
+    store.endRow();
+    std::copy_n(lineLeading.data(), leadingCount, leading + row * leadingCount);
+    ++row;
+  }
+  file.close();
+  if (row != rowCount || pairsLeft != 0) throwChanged();
+}
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,100 @@
+#include "zeldplus/zelsvm/data/user_file_writer.h"
+
+#include <array>
+#include <cmath>
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+// To the nearest limit where 32 bits do not hold it; a NaN gives the lower one.
+std::int32_t truncated(double value) {
+  return static_cast<std::int32_t>(std::fmin(std::fmax(value, -2147483648.0), 2147483647.0));
+}
+
+}  // namespace
+
+template <typename T>
+UserFileWriter<T>::UserFileWriter(const std::string& path, std::uint64_t indexBase)
+    : AbstractFileBase<T>(indexBase), file(zel::FileMode::write), output(file) {
+  file.open(path);
+}
+
+template <typename T>
+void UserFileWriter<T>::writeRows(const T* values, std::uint64_t cols, std::uint64_t rows,
+                                  const T* leading, std::uint64_t k, const int* columnIndices,
+                                  const int* rowOffsets) {
+  const std::uint64_t leadingCount = leading != nullptr && k >= 2 ? k - 1 : 0;
+  const auto writePair = [this](std::uint64_t column, double value) {
+    output.put(column + this->baseIndex).put(":").put(value).put(" ");
+  };
+  for (std::uint64_t row = 0; row < rows; ++row) {
+    for (std::uint64_t i = 0; i < leadingCount; ++i)
+      output.put(leading[row * leadingCount + i]).put(" ");
+    if (columnIndices != nullptr) {
+      for (int i = rowOffsets[row]; i < rowOffsets[row + 1]; ++i)
+        writePair(static_cast<std::uint64_t>(columnIndices[i]), values[i]);
+    } else {
+      for (std::uint64_t column = 0; column < cols; ++column)
+        if (const T value = values[row * cols + column]; value != 0) writePair(column, value);
+    }
+    output.put("\n");
+  }
+}
+
+template <typename T>
+void UserFileWriter<T>::writeModelHeader(const ModelHeader& header, std::uint64_t featureCount) {
+  const bool polynomial = header.kernelName == "polynomial";
+  writeLine(keywords::svmType, std::array{std::string_view(header.algorithmName)});
+  writeLine(keywords::kernelType, std::array{std::string_view(header.kernelName)});
+  if (polynomial) writeLine(keywords::degree, std::array{truncated(header.degree)});
+  if (header.kernelName != "linear")
+    writeLine(keywords::gamma,
+              std::array{header.gamma == 0 ? 1 / static_cast<double>(featureCount) : header.gamma});
+  if (polynomial || header.kernelName == "sigmoid")
+    writeLine(keywords::coef0, std::array{header.coef0});
+  writeScale(header, featureCount);
+  writeLine(keywords::classCount, std::array{header.classCount});
+  writeLine(keywords::totalVectors, std::array{header.totalVectors});
+  writeLine(keywords::rho, header.rho);
+  if (!header.labels.empty()) writeLine(keywords::labels, header.labels);
+  if (header.sigma != 0) writeLine(keywords::sigma, std::array{header.sigma});
+  if (!header.probabilityA.empty()) writeLine(keywords::probabilityA, header.probabilityA);
+  if (!header.probabilityB.empty()) writeLine(keywords::probabilityB, header.probabilityB);
+  if (!header.classSizes.empty()) writeLine(keywords::classSizes, header.classSizes);
+  output.put(keywords::vectors).put("\n");
+}
+
+template <typename T>
+void UserFileWriter<T>::writeScale(const ModelHeader& header, std::uint64_t featureCount) {
+  const auto numbers = [](double2 pair) { return std::array{pair.x, pair.y}; };
+  if (header.xRange.x != header.xRange.y) {
+    writeLine(keywords::xScale, numbers(header.xRange));
+    for (std::uint64_t feature = 0; feature < featureCount; ++feature) {
+      const bool known = feature < header.featureBounds.size();
+      output.put(keywords::continuation).put(feature);
+      writeLine(":", numbers(known ? header.featureBounds[feature] : double2{}));
+    }
+  }
+  if (header.yRange.x != header.yRange.y) {
+    writeLine(keywords::yScale, numbers(header.yRange));
+    writeLine(keywords::continuation, numbers(header.yBounds));
+  }
+}
+
+template <typename T>
+template <typename Values>
+void UserFileWriter<T>::writeLine(std::string_view keyword, const Values& values) {
+  output.put(keyword);
+  for (const auto value : values) output.put(" ").put(value);
+  output.put("\n");
+}
+
+template <typename T>
+void UserFileWriter<T>::close() {
+  output.flush();
+  file.close();
+}
+
+template class UserFileWriter<double>;
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

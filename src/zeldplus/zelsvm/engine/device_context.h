@@ -1,0 +1,22 @@
+// Device symbols that every kernel of the engine reads. They are written between launches only and
+// serve one solve or one prediction at a time.
+#pragma once
+
+#include <cuda_runtime.h>
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+extern __constant__ unsigned long long zelsvm_N;  // training samples
+extern __constant__ double zelsvm_gamma;          // effective gamma, negated for the radial kernel
+extern __constant__ double zelsvm_degree;
+extern __constant__ double zelsvm_coef0;
+extern __constant__ double zelsvm_Cp;  // upper bound of variables with positive sign
+extern __constant__ double zelsvm_Cn;  // and of the others
+extern __constant__ cudaTextureObject_t zelsvm_tx_ys;     // char2: shrink mark, label sign
+extern __constant__ cudaTextureObject_t zelsvm_tx_alpha;  // multipliers
+extern __constant__ cudaTextureObject_t zelsvm_tx_f;      // gradient
+extern __constant__ cudaTextureObject_t zelsvm_tx_norm;   // K(x, x), or squared norms for radial
+extern __device__ unsigned zelsvm_cnv_sem;  // last-block counter of the first selection
+extern __device__ unsigned zelsvm_wss_sem;  // last-block counter of the second
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

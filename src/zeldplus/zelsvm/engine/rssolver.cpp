@@ -1,0 +1,267 @@
+#include "zeldplus/zelsvm/engine/rssolver.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "zeldplus/inc/zelconsole.h"
+#include "zeldplus/inc/zeldev.h"
+#include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/inc/zellaunch.h"
+#include "zeldplus/zelsvm/engine/device_context.h"
+#include "zeldplus/zelsvm/engine/smo_kernels.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+constexpr unsigned sweepBlock = 128;
+constexpr std::uint64_t batchLimit = 1000;
+// Smaller problems are not worth shrinking.
+constexpr std::uint64_t shrinkingThreshold = 4096;
+
+// Publishes the handle of a texture over the vector, made anew where there is none.
+template <typename Texture, typename Vector>
+void bindTexture(std::unique_ptr<Texture>& texture, Vector& vector,
+                 const cudaTextureObject_t& symbol,
+                 const std::source_location& where = std::source_location::current()) {
+  if (!texture) texture = std::make_unique<Texture>(vector);
+  const cudaTextureObject_t handle = texture->handle();
+  zel::zelSafeCall(cudaMemcpyToSymbol(symbol, &handle, sizeof handle), where);
+}
+
+}  // namespace
+
+template <typename T>
+SmoBaseSolver<T>::SmoBaseSolver(const SvmContext<T>& params)
+    : params(&params),
+      delta(1),
+      initGradientLimit(
+          static_cast<unsigned>(zel::residentBlocks(initSmoGradientKernel<T>, sweepBlock, 0))),
+      updateGradientLimit(
+          static_cast<unsigned>(zel::residentBlocks(updateSmoGradientKernel<T>, sweepBlock, 0))),
+      lowerHost(1, zel::MemoryKind::pinned) {
+  this->Cp = params.C;
+  this->Cn = params.C;
+  if (!(this->Cp > 0 && this->Cn > 0))
+    throw zel::AppException("Invalid regularization/weight constants.");
+}
+
+template <typename T>
+void SmoBaseSolver<T>::publishConstants(SvmData<T>& data) const {
+  const unsigned long long samples = data.sampleCount();
+  const T gamma = params->effectiveGamma(data.matrix().cols());
+  const unsigned zero = 0;
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_N, &samples, sizeof samples));
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_Cp, &this->Cp, sizeof this->Cp));
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_Cn, &this->Cn, sizeof this->Cn));
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_gamma, &gamma, sizeof gamma));
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_coef0, &params->coef0, sizeof params->coef0));
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_degree, &params->degree, sizeof params->degree));
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_cnv_sem, &zero, sizeof zero));
+  zel::zelSafeCall(cudaMemcpyToSymbol(zelsvm_wss_sem, &zero, sizeof zero));
+}
+
+template <typename T>
+void SmoBaseSolver<T>::initialize(SvmData<T>& data, const HostVector<T>& hostAlpha,
+                                  const HostVector<char2>& hostStatus, const HostVector<T>& p) {
+  const std::uint64_t l = hostStatus.size();
+  if (l >= noIndex) throw zel::RuntimeException("There are too many variables to optimize.");
+  variableCount = static_cast<unsigned>(l);
+  initialStatus.resize(l);
+  initialStatus.copyFrom(hostStatus, 0, 0, l);
+  if (status.resize(l)) statusTexture.reset();
+  bindTexture(statusTexture, status, zelsvm_tx_ys);
+  allIndices.resize(l);
+  for (unsigned k = 0; k < variableCount; ++k) allIndices.set(k, k);
+  activeHost.resize(l);
+  activeSet.resize(l);
+
+  publishConstants(data);
+  if (alpha.resize(l)) alphaTexture.reset();
+  alpha.copyFrom(hostAlpha, 0, 0, l);
+  bindTexture(alphaTexture, alpha, zelsvm_tx_alpha);
+  if (gradient.resize(l)) gradientTexture.reset();
+  gradient.copyFrom(p, 0, 0, l);
+  bindTexture(gradientTexture, gradient, zelsvm_tx_f);
+  kernel.initialize(data.matrix(), params->kernelType, l, params->cacheSize);
+}
+
+template <typename T>
+unsigned SmoBaseSolver<T>::resetActiveSet() {
+  status.copyFrom(initialStatus, 0, 0, variableCount);
+  activeHost.copyFrom(allIndices, 0, 0, variableCount);
+  activeSet.copyFrom(allIndices, 0, 0, variableCount);
+  return variableCount;
+}
+
+template <typename T>
+void SmoBaseSolver<T>::initGradient(SvmData<T>& data) {
+  const std::uint64_t samples = data.sampleCount();
+  const std::uint64_t step = kernel.slotCount();
+  for (std::uint64_t offset = 0; offset < variableCount; offset += samples)
+    for (std::uint64_t first = 0; first < samples; first += step)
+      addToGradient(offset + first, first, std::min(step, samples - first));
+}
+
+template <typename T>
+void SmoBaseSolver<T>::addToGradient(std::uint64_t variable, std::uint64_t sample,
+                                     std::uint64_t count) {
+  const T* const columns = kernel.computeBlock(sample, count);
+  zel::launch(initSmoGradientKernel<T>,
+              {zel::gridSize(initGradientLimit, kernel.slotCount(), sweepBlock), sweepBlock},
+              gradient.data(), columns, static_cast<unsigned>(kernel.pitch()),
+              static_cast<unsigned>(variable), static_cast<unsigned>(count), variableCount);
+  zel::printMessage(".");
+}
+
+template <typename T>
+void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T>& hostAlpha,
+                             HostVector<char2>& hostStatus, const HostVector<T>& p) {
+  if (data.sampleCount() == 0) {
+    result = SmoSolution{.r = 1};
+    return;
+  }
+  initialize(data, hostAlpha, hostStatus, p);
+  Progress progress;
+  progress.active = resetActiveSet();
+  progress.shrinking = params->shrinking && variableCount > shrinkingThreshold;
+  if (!this->gradientReady) initGradient(data);
+  while (!progress.converged) {
+    progress.iterations += runBatch(progress, hostStatus);
+    if (zel::verbose) zel::printMessage(".");
+    if (!progress.converged && progress.shrinking) shrink(progress, hostStatus);
+    if (progress.iterations >= params->maxIterations) break;
+  }
+  zel::printMessage("\n%s optimization in %lu iterations\n\n\n",
+                    progress.converged ? "Finished" : "Failed to reach",
+                    progress.iterations & 0xFFFFFFFFu);
+  gradientHost.resize(variableCount);
+  gradientHost.copyFrom(gradient, 0, 0, variableCount);
+  hostAlpha.copyFrom(alpha, 0, 0, variableCount);
+  data.releaseDevice();
+  releaseTextures();
+  collectSolution(result, hostAlpha, hostStatus, p);
+}
+
+template <typename T>
+std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<char2>& hostStatus) {
+  const std::uint64_t batch = std::min<std::uint64_t>(variableCount, batchLimit);
+  SmoSelection<T> selection;
+  SmoSelection<T> second;
+  bool restored = false;
+  std::uint64_t k = 0;
+  while (k < batch && !progress.converged && !restored) {
+    progress.gap = selectWorkingSet(selection, second, progress.active);
+    if (progress.gap <= params->eps && progress.shrinking) {
+      zel::printMessage("*");
+      progress.active = resetActiveSet();
+      progress.gap = selectWorkingSet(selection, second, progress.active);
+      restored = true;
+    }
+    ++k;
+    if (progress.gap <= params->eps)
+      progress.converged = true;
+    else
+      updateGradient(findDelta(hostStatus, selection, second, progress.active));
+  }
+  return k;
+}
+
+template <typename T>
+void SmoBaseSolver<T>::updateGradient(const SmoPair<T>& pair) {
+  zel::launch(updateSmoGradientKernel<T>,
+              {zel::gridSize(updateGradientLimit, variableCount, sweepBlock), sweepBlock},
+              gradient.data(), delta.data(), pair.i, pair.rowI, pair.j, pair.rowJ, variableCount);
+}
+
+template <typename T>
+void SmoBaseSolver<T>::shrink(Progress& progress, HostVector<char2>& hostStatus) {
+  if (!progress.unshrunk && progress.gap <= 10 * params->eps) {
+    if (zel::verbose) zel::printMessage("*");
+    progress.active = resetActiveSet();
+    progress.unshrunk = true;
+  }
+  SmoSelection<T> selection;
+  SmoSelection<T> second;
+  selectWorkingSet(selection, second, progress.active);
+  reduceWorkingSet(selection, second, progress.active);
+  hostStatus.copyFrom(status, 0, 0, variableCount);
+  progress.active = rebuildActiveSet(hostStatus);
+  if (progress.active == 0) progress.active = resetActiveSet();
+}
+
+template <typename T>
+unsigned SmoBaseSolver<T>::rebuildActiveSet(const HostVector<char2>& hostStatus) {
+  const char2* const marks = hostStatus.data();
+  unsigned* const list = activeHost.data();
+  unsigned active = 0;
+  for (unsigned k = 0; k < variableCount; ++k)
+    if (marks[k].x == 0) list[active++] = k;
+  activeSet.copyFrom(activeHost, 0, 0, active);
+  return active;
+}
+
+template <typename T>
+unsigned SmoBaseSolver<T>::readSecondIndex(zel::DeviceVector<SmoLowerBeta<T>>& blocks) {
+  lowerHost.copyFrom(blocks, 0, 0, 1);
+  const unsigned j = lowerHost.data()->index;
+  // Numbers that are not comparable leave no candidate.
+  if (j == noIndex) throw zel::AppException("Failed to optimize the svm.");
+  return j;
+}
+
+template <typename T>
+void SmoBaseSolver<T>::releaseTextures() {
+  statusTexture.reset();
+  alphaTexture.reset();
+  gradientTexture.reset();
+  kernel.releaseTexture();
+}
+
+template <typename T>
+void SmoBaseSolver<T>::collectSolution(SmoSolution& result, const HostVector<T>& hostAlpha,
+                                       const HostVector<char2>& hostStatus,
+                                       const HostVector<T>& p) const {
+  constexpr T infinity = std::numeric_limits<T>::infinity();
+  GradientBounds<T> positive{.minLower = infinity, .maxUpper = -infinity};
+  GradientBounds<T> negative = positive;
+  result = SmoSolution{};
+  T objective = 0;
+  for (std::uint64_t k = 0; k < variableCount; ++k) {
+    const bool isPositive = hostStatus.at(k)->y > 0;
+    const T c = isPositive ? this->Cp : this->Cn;
+    const T a = hostAlpha.data()[k];
+    const T g = gradientHost.data()[k];
+    if (std::abs(a) > 0) {
+      ++result.nSV;
+      result.alphaSum += a;
+      if (std::abs(a) >= c) ++result.nBSV;
+    }
+    GradientBounds<T>& bounds = isPositive ? positive : negative;
+    if (a >= c) {
+      bounds.maxUpper = std::max(bounds.maxUpper, g);
+    } else if (a <= 0) {
+      bounds.minLower = std::min(bounds.minLower, g);
+    } else {
+      ++bounds.count;
+      bounds.sum += g;
+    }
+    objective += (g + p.data()[k]) * a;
+  }
+  result.obj = objective / 2;
+  result.rho = calculateRho(result.r, positive, negative);
+}
+
+template <typename T>
+T SmoBaseSolver<T>::calculateRho(T& /*r*/, const GradientBounds<T>& positive,
+                                 const GradientBounds<T>& negative) const {
+  const std::uint64_t count = positive.count + negative.count;
+  if (count > 0) return (positive.sum - negative.sum) / static_cast<T>(count);
+  const T upper = std::fmin(positive.minLower, -negative.maxUpper);
+  const T lower = std::fmax(positive.maxUpper, -negative.minLower);
+  return (upper + lower) / 2;
+}
+
+template class SmoBaseSolver<double>;
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,115 @@
+#include "zeldplus/zelsvm/training/classifier.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "zeldplus/inc/zelconsole.h"
+#include "zeldplus/zelsvm/training/label_classifier.h"
+#include "zeldplus/zelsvm/training/model_extraction.h"
+#include "zeldplus/zelsvm/training/multiclass_definition.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+template <typename T>
+void AbstractClassifier<T>::train(GenericModel<T>& model, SvmData<T>& data) {
+  if (data.hasLabelPair()) return trainTwoClass(model, data);
+  SvmLabelClassifier<T> classifier(data, data.sampleCount());
+  const auto& labels = classifier.labels();
+  if (labels.size() == 1) return trainOneLabel(model, data, labels[0]);
+  if (labels.size() == 2) {
+    data.defineLabelPair({labels[0], labels[1]});
+    return trainTwoClass(model, data);
+  }
+  MulticlassDefinition<T> pairs(data, std::move(classifier));
+  pairs.trainPairs([&](SvmData<T>& view) { trainTwoClass(model, view); });
+  pairs.combine(model);
+}
+
+// Every prediction of such a model is the label.
+template <typename T>
+void AbstractClassifier<T>::trainOneLabel(GenericModel<T>& model, SvmData<T>& data, T label) {
+  HostVector<T> labels(2);
+  labels.set(0, label);
+  labels.set(1, -label);
+  HostVector<T> rho(1);
+  rho.set(0, -1);
+  HostVector<T> coefficients(1);
+  coefficients.set(0, 0);
+  zel::IndexList<> sizes(2);
+  sizes[0] = 1;
+  sizes[1] = 0;
+  zel::IndexList<> indices(1);
+  indices[0] = 0;
+  model.setLabels(std::move(labels));
+  model.setRho(std::move(rho));
+  model.setCoefficients(std::move(coefficients));
+  model.setClassSizes(std::move(sizes));
+  model.setIndices(std::move(indices));
+  model.gatherVectors(data.matrix());
+}
+
+template <typename T>
+SolverProblem<T> AbstractClassifier<T>::signedProblem(SvmData<T>& data) {
+  SolverProblem<T> problem(data.sampleCount());
+  for (std::uint64_t i = 0; i < problem.y.size(); ++i)
+    problem.y.set(i, {0, static_cast<signed char>(data.sign(i) > 0 ? 1 : -1)});
+  return problem;
+}
+
+template <typename T>
+T CoreSvmClassifier<T>::weightedC(T label) const {
+  const auto weight = this->context->weights.find(label);
+  return weight == this->context->weights.end() ? this->context->C
+                                                : this->context->C * weight->second;
+}
+
+template <typename T>
+void CoreSvmClassifier<T>::trainTwoClass(GenericModel<T>& model, SvmData<T>& data) {
+  this->runHandlers(model, data);
+  const std::uint64_t n = data.sampleCount();
+  SolverProblem<T> problem = this->signedProblem(data);
+  problem.p.fill(-1);
+  const LabelPair pair = data.labelPair();
+  const T Cp = weightedC(pair.first);
+  const T Cn = weightedC(pair.second);
+  this->solver->Cp = Cp;
+  this->solver->Cn = Cn;
+  this->solver->gradientReady = true;
+  const SmoSolution solution = this->solve(data, problem);
+  if (zel::verbose) {
+    if (Cp == Cn) zel::printMessage("nu = %g\n", solution.alphaSum / (Cp * static_cast<T>(n)));
+    printSolution(solution);
+  }
+  extractTwoClass(model, data, std::move(problem), solution);
+}
+
+template <typename T>
+void NuSvmClassifier<T>::trainTwoClass(GenericModel<T>& model, SvmData<T>& data) {
+  this->runHandlers(model, data);
+  const std::uint64_t n = data.sampleCount();
+  SolverProblem<T> problem = this->signedProblem(data);
+  T positiveBudget = this->context->nu * static_cast<T>(n) * 0.5;
+  T negativeBudget = positiveBudget;
+  for (std::uint64_t i = 0; i < n; ++i) {
+    T& budget = problem.y.at(i)->y > 0 ? positiveBudget : negativeBudget;
+    const T a = budget < 1 ? budget : 1;
+    problem.alpha.set(i, a);
+    budget -= a;
+  }
+  SmoSolution solution = this->solve(data, problem);
+  const T r = solution.r;
+  solution.obj /= r * r;
+  solution.rho /= r;
+  for (std::uint64_t i = 0; i < n; ++i) problem.alpha.set(i, problem.alpha[i] / r);
+  if (zel::verbose) {
+    zel::printMessage("C = %g\n", 1 / r);
+    printSolution(solution);
+  }
+  extractTwoClass(model, data, std::move(problem), solution);
+}
+
+template class AbstractClassifier<double>;
+template class CoreSvmClassifier<double>;
+template class NuSvmClassifier<double>;
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,101 @@
+#include "zeldplus/zelsvm/training/multiclass_definition.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/system/available_memory.h"
+#include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/inc/zelmemory.h"
+#include "zeldplus/zelsvm/training/model_extraction.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+template <typename T>
+MulticlassDefinition<T>::MulticlassDefinition(SvmData<T>& data, SvmLabelClassifier<T>&& classifier)
+    : data(&data), classifier(std::move(classifier)) {
+  requireMemory();
+}
+
+template <typename T>
+void MulticlassDefinition<T>::requireMemory() const {
+  const std::uint64_t k = classifier.labels().size();
+  std::uint64_t bytes = pairCount(k) * sizeof(PairView<T>) +
+                        (k - 1) * data->matrix().rows() * sizeof(T);  // the coefficients
+  for (std::uint64_t a = 0; a < k; ++a)
+    for (std::uint64_t b = a + 1; b < k; ++b)
+      bytes += zel::roundedCapacity(classifier.count(a) + classifier.count(b)) * sizeof(T);
+  if (bytes > zel::availableHostMemory())
+    zel::throwAppException("The solutions of %lu label pairs do not fit into memory.",
+                           pairCount(k));
+}
+
+template <typename T>
+void MulticlassDefinition<T>::trainPairs(const std::function<void(SvmData<T>&)>& train) {
+  const std::uint64_t k = classifier.labels().size();
+  for (std::uint64_t a = 0; a < k; ++a)
+    for (std::uint64_t b = a + 1; b < k; ++b) {
+      auto first = classifier.samplesOf(a);
+      auto second = classifier.samplesOf(b);
+      const LabelPair pair{classifier.labels()[a], classifier.labels()[b]};
+      views.push_back(std::make_unique<PairView<T>>(*data, pair, first, second));
+      train(*views.back());
+    }
+}
+
+template <typename T>
+T MulticlassDefinition<T>::multiplier(std::uint64_t label, std::uint64_t other,
+                                      std::uint64_t position) const {
+  const std::uint64_t k = classifier.labels().size();
+  if (label < other) return views[pairIndex(label, other, k)]->alpha()[position];
+  const T a = views[pairIndex(other, label, k)]->alpha()[classifier.count(other) + position];
+  return a == 0 ? 0 : -a;
+}
+
+template <typename T>
+void MulticlassDefinition<T>::collectClass(std::uint64_t label,
+                                           std::vector<unsigned long long>& indices,
+                                           std::vector<T>& coefficients) {
+  const std::uint64_t k = classifier.labels().size();
+  const auto samples = classifier.samplesOf(label);
+  std::vector<T> row(k - 1);
+  for (std::uint64_t position = 0; position < samples.size(); ++position) {
+    for (std::uint64_t other = 0, column = 0; other < k; ++other)
+      if (other != label) row[column++] = multiplier(label, other, position);
+    if (std::all_of(row.begin(), row.end(), [](T c) { return c == 0; })) continue;
+    indices.push_back(samples[position]);
+    coefficients.insert(coefficients.end(), row.begin(), row.end());
+  }
+}
+
+template <typename T>
+void MulticlassDefinition<T>::combine(GenericModel<T>& model) {
+  const std::uint64_t k = classifier.labels().size();
+  HostVector<T> labels(k);
+  zel::IndexList<> sizes(k);
+  std::vector<unsigned long long> indices;
+  std::vector<T> coefficients;
+  for (std::uint64_t c = 0; c < k; ++c) {
+    const std::uint64_t before = indices.size();
+    collectClass(c, indices, coefficients);
+    labels.set(c, classifier.labels()[c]);
+    sizes[c] = indices.size() - before;
+  }
+  requireVectorCount(indices.size(), data->sampleCount());
+
+  HostVector<T> rho(views.size());
+  for (std::uint64_t t = 0; t < views.size(); ++t) rho.set(t, views[t]->solution().rho);
+  zel::IndexList<> indexList(indices.size());
+  std::copy(indices.begin(), indices.end(), indexList.data());
+  HostVector<T> coefficientVector(coefficients.size());
+  std::copy(coefficients.begin(), coefficients.end(), coefficientVector.data());
+  model.setLabels(std::move(labels));
+  model.setRho(std::move(rho));
+  model.setClassSizes(std::move(sizes));
+  model.setIndices(std::move(indexList));
+  model.setCoefficients(std::move(coefficientVector));
+  model.gatherVectors(data->matrix());
+}
+
+template class MulticlassDefinition<double>;
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,73 @@
+#include "zeldplus/zelsvm/training/regressor.h"
+
+#include "zeldplus/inc/zelconsole.h"
+#include "zeldplus/zelsvm/training/model_extraction.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+// Signs +1 and -1, linear terms epsilon - z and epsilon + z.
+template <typename T>
+SolverProblem<T> regressionProblem(SvmData<T>& data, T epsilon) {
+  const std::uint64_t n = data.sampleCount();
+  SolverProblem<T> problem(2 * n);
+  for (std::uint64_t i = 0; i < n; ++i) {
+    const T z = data.label(i);
+    problem.p.set(i, epsilon - z);
+    problem.p.set(i + n, epsilon + z);
+    problem.y.set(i, {0, 1});
+    problem.y.set(i + n, {0, -1});
+  }
+  return problem;
+}
+
+// Leaves each sample's difference of multipliers in the first half.
+template <typename T>
+void subtractHalves(HostVector<T>& alpha) {
+  const std::uint64_t n = alpha.size() / 2;
+  for (std::uint64_t i = 0; i < n; ++i) alpha.set(i, alpha[i] - alpha[i + n]);
+}
+
+}  // namespace
+
+template <typename T>
+void CoreSvmRegressor<T>::train(GenericModel<T>& model, SvmData<T>& data) {
+  this->runHandlers(model, data);
+  SolverProblem<T> problem = regressionProblem(data, this->context->p);
+  this->solver->gradientReady = true;
+  const SmoSolution solution = this->solve(data, problem);
+  if (zel::verbose) {
+    const T n = static_cast<T>(data.sampleCount());
+    zel::printMessage("nu = %g\n", solution.alphaSum / (n * this->context->C));
+    printSolution(solution);
+  }
+  subtractHalves(problem.alpha);
+  extractRegression(model, data, problem, solution);
+}
+
+template <typename T>
+void NuSvmRegressor<T>::train(GenericModel<T>& model, SvmData<T>& data) {
+  this->runHandlers(model, data);
+  SolverProblem<T> problem = regressionProblem<T>(data, 0);
+  const std::uint64_t n = data.sampleCount();
+  const T C = this->context->C;
+  T budget = C * this->context->nu * static_cast<T>(n) * 0.5;
+  for (std::uint64_t i = 0; i < n; ++i) {
+    const T a = budget <= C ? budget : C;
+    problem.alpha.set(i, a);
+    problem.alpha.set(i + n, a);
+    budget -= a;
+  }
+  const SmoSolution solution = this->solve(data, problem);
+  if (zel::verbose) {
+    zel::printMessage("epsilon = %g\n", -solution.r);
+    printSolution(solution);
+  }
+  subtractHalves(problem.alpha);
+  extractRegression(model, data, problem, solution);
+}
+
+template class CoreSvmRegressor<double>;
+template class NuSvmRegressor<double>;
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

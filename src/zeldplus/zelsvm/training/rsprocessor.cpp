@@ -1,0 +1,50 @@
+#include "zeldplus/zelsvm/training/rsprocessor.h"
+
+#include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/zelsvm/model/rspredictor.h"
+#include "zeldplus/zelsvm/training/generic_trainer.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+void refuseOneClassProbability(ProblemKind kind) {
+  if (kind == ProblemKind::oneClass)
+    throw zel::AppException("Probability output for one-class SVM is not supported.");
+}
+
+[[noreturn]] void refuseProbability() {
+  throw zel::AppException("Probability estimates are not available in this version.");
+}
+
+}  // namespace
+
+template <typename T>
+void GenericProcessor<T>::train(GenericModel<T>& model, SimpleData<T>& data, bool probability) {
+  if (context->problemKind == ProblemKind::classification) requireIntegerLabels(data.labels());
+  if (probability) {
+    refuseOneClassProbability(context->problemKind);
+    refuseProbability();
+  }
+  GenericTrainer<T> trainer(*context);
+  trainer.train(model, data);
+}
+
+template <typename T>
+void GenericProcessor<T>::predict(HostVector<T>& output, const GenericModel<T>& model,
+                                  SvmData<T>& data, bool probability) {
+  if (probability) {
+    refuseOneClassProbability(context->problemKind);
+    if (!model.probability)
+      throw zel::AppException("The model does not contain probability parameters.");
+    refuseProbability();
+  }
+  GenericPredictor<T> predictor(*context, model);
+  if (context->problemKind != ProblemKind::regression) predictor.addHandler(resolver);
+  evaluation = std::make_unique<GenericEvaluationHandler<T>>(context->problemKind, data);
+  predictor.addHandler(*evaluation);
+  predictor.predict(output, data.matrix());
+}
+
+template class GenericProcessor<double>;
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

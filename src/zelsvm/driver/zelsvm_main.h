@@ -1,0 +1,58 @@
+// The driver of the tools: start-up, what their flows share, and the flows.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "zeldplus/inc/zelvectors.h"
+#include "zeldplus/zelsvm/data/svm_data.h"
+#include "zeldplus/zelsvm/data/svm_scale.h"
+#include "zeldplus/zelsvm/data/user_file_reader.h"
+#include "zeldplus/zelsvm/engine/svm_context.h"
+#include "zeldplus/zelsvm/model/generic_model.h"
+#include "zelsvm/options.h"
+
+namespace zelsvm_main::inline ZEL_PLATFORM {
+
+// One driver per process, one flow per run. Failures of the parts that it calls leave it unchanged.
+template <typename T>
+class ZelSvmMain {
+ public:
+  // The options must outlive the driver.
+  explicit ZelSvmMain(const zelsvm_opt::ZelSvmOpt& options);
+  ZelSvmMain(const ZelSvmMain&) = delete;
+  ZelSvmMain& operator=(const ZelSvmMain&) = delete;
+  virtual ~ZelSvmMain();
+
+  // Prints the banner, selects the device, seeds the random sequence and runs the tool's flow; any
+  // other name ends after that.
+  void run();
+  // Releases what the last flow made, in the order that its parts depend on each other.
+  void reset();
+
+ private:
+  void selectDevice() const;
+  void seedRandom() const;
+  void createContext();
+  // Reads the samples; there are at least minimumCols columns afterwards.
+  void loadData(const std::string& path, std::uint64_t minimumCols = 0);
+  void loadModel(const std::string& path);
+  void train();
+  void predict();
+  void scale();
+  void reportPrediction() const;
+
+  const zelsvm_opt::ZelSvmOpt* options;
+  std::unique_ptr<zelsvm::SvmContext<T>> context;
+  std::unique_ptr<zelsvm::GenericModel<T>> model;
+  std::unique_ptr<zelmag::AbstractMatrix<T>> samples;
+  std::unique_ptr<zelsvm::UserData<T>> dataSet;
+  std::unique_ptr<zelsvm::UserFileReader<T>> reader;
+  std::unique_ptr<zelsvm::UserFileReader<T>> modelReader;
+  // Entry 0 is the overall measure, the others are those of the folds.
+  zelsvm::HostVector<T> results;
+  zelsvm::HostVector<T> correlations;
+};
+
+}  // namespace zelsvm_main::inline ZEL_PLATFORM

@@ -1,0 +1,84 @@
+#include "zelsvm/usage.h"
+
+namespace zelsvm_opt {
+namespace {
+
+constexpr const char* trainUsage =
+    R"(Usage: zelsvm-train [options] training_data [model_file]
+options:
+-s svm type : type of SVM (default 0)
+    0 -- C-classification
+    1 -- nu-classification
+    2 -- one-class
+    3 -- epsilon regression
+    4 -- nu-regression
+-t kernel type : type of SVM kernel (default 2)
+    0 -- linear: u'*v
+    1 -- polynomial: (gamma*u'*v + coef0)^degree
+    2 -- radial basis function: exp(-gamma*|u-v|^2)
+    3 -- sigmoid: tanh(gamma*u'*v + coef0)
+-c cost : C parameter of C-classification, epsilon and nu-regressions
+          (default 1)
+-n nu : nu parameter in nu-classification, one-class and nu-regression
+        (default 0.5)
+-w weight : weight scales of the C parameter for C-classification in the form of
+            "label1:w1 label2:w2 ..."
+-x xscale : x scale parameter for training data in the form of "x1:x2"
+-y yscale : y scale parameter for training data in the form of "y1:y2"
+-p epsilon : epsilon parameter in epsilon regression (default 0.1)
+-r coef0 : coef0 in polynomial and sigmoid kernels (default 0)
+-d degree : integer degree in polynomial kernel (default 3)
+-g gamma : gamma coefficient in polynomial, radial basis and sigmoid kernels
+           (default 1/num_features)
+-v n-fold : cross validation fold count
+-b probability : probability estimates in classification and regression SVM,
+                 must be 0 or 1 (default 0)
+-e eps : tolerance parameter for achieving optimal condition (default 0.001)
+-m cache : amount of graphical memory cache in MB (default 100)
+-k shrinking : shrinking the training data set, must be 0 or 1 (default 1)
+-G GPU device : the index of the GPU device to be used (default 0)
+-I index base : base array index of input data, must be 0 or 1 (default 1)
+-X dense matrix : loading input data as dense matrix, must be 0 or 1 (default 0)
+-q quiet mode
+)";
+
+constexpr const char* predictUsage =
+    R"(Usage: zelsvm-predict [options] test_data model_file output_file
+options:
+-b probability : probability prediction, must be 0 or 1 (default 0)
+-G GPU device : the index of the GPU device to be used (default 0)
+-I index base : base array index of input data, must be 0 or 1 (default 1)
+-X dense matrix : load input data as dense matrix, must be 0 or 1 (default 0)
+-q quiet mode
+)";
+
+constexpr const char* scaleUsage =
+    R"(Usage: zelsvm-scale [options] input_file output_file
+options:
+-x xscale : x scale parameter for training data in the form of "x1:x2"
+        (default "-1:1")
+-y yscale : y scale parameter for training data in the form of "y1:y2"
+-s save : file name for saving scaling parameters of input data
+-r restore : file name for restoring scaling parameters of input data
+-I index base : base array index of input data, must be 0 or 1 (default 1)
+-q quiet mode
+)";
+
+}  // namespace
+
+const char* usageText(Tool tool) {
+  switch (tool) {
+    case Tool::train:
+      return trainUsage;
+    case Tool::predict:
+      return predictUsage;
+    case Tool::scale:
+      return scaleUsage;
+    case Tool::test:
+    case Tool::none:
+      break;
+  }
+  return "";
+}
+
+}  // namespace zelsvm_opt

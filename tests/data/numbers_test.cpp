@@ -1,0 +1,237 @@
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cctype>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "zeldplus/inc/zelnumbers.h"
+
+namespace {
+
+std::string format(const char* pattern, double value) {
+  char text[64];
+  std::snprintf(text, sizeof text, pattern, value);
+  return text;
+}
+
+double anyDouble(std::mt19937_64& random) { return std::bit_cast<double>(random()); }
+
+// The same bits as the C library's; the text behind the view must not be looked at.
+void expectLikeLibrary(const std::string& text) {
+  const double expected = std::strtod(text.c_str(), nullptr);
+  const std::string surrounded = text + "7";
+  const std::string_view view(surrounded.data(), text.size());
+  EXPECT_EQ(std::bit_cast<std::uint64_t>(zel::parseDouble(view)),
+            std::bit_cast<std::uint64_t>(expected))
+      << '"' << text << '"';
+  double value = expected;
+  const char* const end = view.data() + view.size();
+  if (zel::parseShortDecimal(view.data(), end, value) == end)
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(expected)) << text;
+}
+
+TEST(ParseDouble, ReadsEveryFormOfTheLibrary) {
+  for (const char* text : {"",
+                           " ",
+                           "0",
+                           "-0",
+                           "+0",
+                           "-0.0",
+                           "1",
+                           "+1",
+                           "--1",
+                           "+-1",
+                           "1.",
+                           ".5",
+                           ".",
+                           "-.",
+                           "-.5",
+                           ".e5",
+                           "1e",
+                           "1e+",
+                           "1e-",
+                           "1e5x",
+                           "1E5",
+                           "1e+05",
+                           "1e-05",
+                           "2abc",
+                           "abc",
+                           "\t\n\v\f\r 3",
+                           "3 4",
+                           "1,5",
+                           "inf",
+                           "-inf",
+                           "INF",
+                           "infinity",
+                           "-Infinity",
+                           "infinit",
+                           "nan",
+                           "-nan",
+                           "NaN",
+                           "nan(123)",
+                           "nan(",
+                           "nanx",
+                           "in",
+                           "n",
+                           "0x",
+                           "0x1",
+                           "-0x1.8p1",
+                           "0X.8",
+                           "0x1p",
+                           "0x1p-1074",
+                           "0x1.fffffffffffff8p0",
+                           "0xg",
+                           "0x.p1",
+                           "1e308",
+                           "1e309",
+                           "-1e309",
+                           "1e400",
+                           "1e-307",
+                           "4.9e-324",
+                           "5e-324",
+                           "2.4e-324",
+                           "2.5e-324",
+                           "1e-400",
+                           "-1e-400",
+                           "0e999999999999",
+                           "1e22",
+                           "1e23",
+                           "9007199254740992",
+                           "9007199254740993",
+                           "9007199254740993e1",
+                           "123456789012345678",
+                           "1e99999999999999999999",
+                           "1e-99999999999999999999",
+                           "0.000000000000000000000000000012345",
+                           "12345678901234567890",
+                           "123456789012345678901234567890",
+                           "8.5",
+                           "1.7976931348623157e308",
+                           "1.7976931348623159e308",
+                           "2.2250738585072011e-308",
+                           "0.1e1",
+                           "00000000000000000000001",
+                           "0.30000000000000004",
+                           "12345678.12345678",
+                           "1.12345678 ",
+                           "1.1234567:"})
+    expectLikeLibrary(text);
+  expectLikeLibrary(std::string(400, '9'));
+  expectLikeLibrary("0." + std::string(400, '0') + "1e401");
+  expectLikeLibrary("0x" + std::string(5000, '0') + "1p3");
+}
+
+TEST(ParseDouble, RoundsAsTheLibraryDoes) {
+  std::mt19937_64 random(1);
+  for (int i = 0; i < 100000; ++i) {
+    const double value = anyDouble(random);
+    expectLikeLibrary(format("%.17g", value));
+    expectLikeLibrary(format("%.16e", value));
+    expectLikeLibrary(format("%g", value));
+    expectLikeLibrary(format("%a", value));
+    const auto small = static_cast<double>(random() % 2000000) - 1e6;
+    expectLikeLibrary(format("%.9f", small / 999983));
+  }
+}
+
+TEST(ParseDouble, ReadsAnyMixtureOfCharactersAsTheLibraryDoes) {
+  std::mt19937_64 random(2);
+  const std::string_view characters = "00123456789..--++eEpPxXinfatyNAN() \t";
+  for (int i = 0; i < 300000; ++i) {
+    std::string text(random() % 12, ' ');
+    for (char& c : text) c = characters[random() % characters.size()];
+    expectLikeLibrary(text);
+  }
+}
+
+TEST(ParseIntegers, SaturateAndNegateIn32Bits) {
+  constexpr std::uint32_t top = 4294967295;
+  struct Case {
+    const char* text;
+    std::uint32_t unsignedValue;
+    std::int32_t signedValue;
+  };
+  for (const Case& c : {Case{"0", 0, 0},
+                        Case{"", 0, 0},
+                        Case{"x1", 0, 0},
+                        Case{"+7", 7, 7},
+                        Case{" \t\v12x", 12, 12},
+                        Case{"7 8", 7, 7},
+                        Case{"- 1", 0, 0},
+                        Case{"0x10", 0, 0},
+                        Case{"007", 7, 7},
+                        Case{"-1", top, -1},
+                        Case{"2147483647", 2147483647, 2147483647},
+                        Case{"2147483648", 2147483648, 2147483647},
+                        Case{"-2147483648", 2147483648, -2147483647 - 1},
+                        Case{"-2147483649", 2147483647, -2147483647 - 1},
+                        Case{"4294967295", top, 2147483647},
+                        Case{"4294967296", top, 2147483647},
+                        Case{"-4294967295", 1, -2147483647 - 1},
+                        Case{"-4294967296", top, -2147483647 - 1},
+                        Case{"18446744073709551617", top, 2147483647},
+                        Case{"99999999999999999999999999", top, 2147483647}}) {
+    EXPECT_EQ(zel::parseUnsigned(c.text), c.unsignedValue) << c.text;
+    EXPECT_EQ(zel::parseInteger(c.text), c.signedValue) << c.text;
+  }
+}
+
+std::string formatted(double value) {
+  char text[zel::numberCapacity];
+  return {text, zel::formatDouble(text, value)};
+}
+
+TEST(FormatNumbers, AreThoseOfPrintf) {
+  using Limits = std::numeric_limits<double>;
+  for (const double value : {0.0,
+                             -0.0,
+                             1.0,
+                             -1.0,
+                             0.1,
+                             1e5,
+                             999999.0,
+                             999999.5,
+                             1e6,
+                             123456.5,
+                             1234567.0,
+                             1e-4,
+                             1e-5,
+                             0.00001234565,
+                             1.0 / 13,
+                             2.5,
+                             100000.5,
+                             Limits::infinity(),
+                             -Limits::infinity(),
+                             Limits::quiet_NaN(),
+                             -Limits::quiet_NaN(),
+                             Limits::max(),
+                             Limits::lowest(),
+                             Limits::min(),
+                             Limits::denorm_min(),
+                             -Limits::denorm_min(),
+                             1e100,
+                             -1e-100})
+    EXPECT_EQ(formatted(value), format("%g", value));
+  std::mt19937_64 random(3);
+  for (int i = 0; i < 300000; ++i) {
+    const double wide = anyDouble(random);
+    const double narrow = std::ldexp(static_cast<double>(random()), -64) * 10;
+    ASSERT_EQ(formatted(wide), format("%g", wide));
+    ASSERT_EQ(formatted(narrow), format("%g", narrow));
+  }
+}
+
+TEST(FormatNumbers, WritesIntegersToTheirLimits) {
+  char text[zel::numberCapacity];
+  EXPECT_EQ(std::string(text, zel::formatInteger(text, -2147483647 - 1)), "-2147483648");
+  EXPECT_EQ(std::string(text, zel::formatUnsigned(text, 18446744073709551615u)),
+            "18446744073709551615");
+}
+
+}  // namespace

@@ -1,0 +1,218 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <new>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include "platform/host/fault_injection.h"
+#include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/inc/zelvectors.h"
+
+namespace {
+
+using zel::DeviceVector;
+using zel::HVector;
+using zel::IndexList;
+using zel::MemoryKind;
+using zelsvm::FilteredVector;
+using zelsvm::HostVector;
+
+template <typename T>
+HostVector<T> hostVector(const std::vector<T>& values, MemoryKind kind = MemoryKind::heap) {
+  HostVector<T> vector(values.size(), kind);
+  for (std::size_t i = 0; i < values.size(); ++i) vector.set(i, values[i]);
+  return vector;
+}
+
+template <typename T>
+std::vector<T> valuesOf(const zel::AbstractVector<T>& vector) {
+  HostVector<T> host(vector.size());
+  host.copyFrom(vector, 0, 0, vector.size());
+  return {host.data(), host.data() + host.size()};
+}
+
+const std::vector<double> counting = {1, 2, 3, 4, 5};
+
+TEST(Vectors, CapacityInSteps) {
+  for (const MemoryKind kind : {MemoryKind::heap, MemoryKind::pinned})
+    for (const auto& [count, capacity] : std::vector<std::pair<std::uint64_t, std::uint64_t>>{
+             {0, 0}, {1, 512}, {512, 512}, {513, 1024}, {1024, 1024}}) {
+      const HostVector<double> vector(count, kind);
+      EXPECT_EQ(vector.size(), count);
+      EXPECT_EQ(vector.capacity(), capacity);
+      EXPECT_EQ(vector.data() == nullptr, count == 0);
+    }
+  EXPECT_EQ(DeviceVector<char2>(513).capacity(), 1024U);
+}
+
+TEST(Vectors, ResizeKeepsMemoryThatSuffices) {
+  HostVector<double> vector = hostVector(counting);
+  const double* const memory = vector.data();
+  EXPECT_FALSE(vector.resize(512));
+  EXPECT_FALSE(vector.resize(0));
+  EXPECT_FALSE(vector.resize(5));
+  EXPECT_EQ(vector.data(), memory);
+  EXPECT_EQ(valuesOf(vector), counting);
+  EXPECT_TRUE(vector.resize(513));
+  EXPECT_EQ(vector.size(), 513U);
+  EXPECT_EQ(vector.capacity(), 1024U);
+  vector.release();
+  EXPECT_EQ(vector.size() + vector.capacity(), 0U);
+  EXPECT_EQ(vector.data(), nullptr);
+  EXPECT_TRUE(vector.resize(1)) << "a released vector can be filled again";
+}
+
+TEST(Vectors, WrappedMemoryStaysAndIsNeverResized) {
+  std::vector<double> memory = counting;
+  {
+    HVector<double> vector(memory.size(), memory.data());
+    EXPECT_TRUE(vector.wrapped());
+    EXPECT_EQ(vector.capacity(), 0U);
+    EXPECT_EQ(valuesOf(vector), counting);
+    for (const std::uint64_t count : {0, 1, 5, 6}) {
+      try {
+        vector.resize(count);
+        ADD_FAILURE() << "resized to " << count;
+      } catch (const zel::RuntimeException& error) {
+        EXPECT_STREQ(error.what(), "Error in attempts to reallocate wrapped memory.");
+      }
+    }
+    EXPECT_EQ(vector.data(), memory.data());
+  }
+  EXPECT_EQ(memory, counting);
+}
+
+TEST(Vectors, CopiesBetweenAllKinds) {
+  const auto host = hostVector(counting);
+  const auto pinned = hostVector(counting, MemoryKind::pinned);
+  const DeviceVector<double> device(host);
+  for (const zel::AbstractVector<double>* source :
+       std::initializer_list<const zel::AbstractVector<double>*>{&host, &pinned, &device}) {
+    auto toHost = hostVector<double>({0, 0, 0, 0, 0});
+    auto toPinned = hostVector<double>({0, 0, 0, 0, 0}, MemoryKind::pinned);
+    DeviceVector<double> toDevice(toHost);
+    for (zel::AbstractVector<double>* target :
+         std::initializer_list<zel::AbstractVector<double>*>{&toHost, &toPinned, &toDevice}) {
+      target->copyFrom(*source, 1, 2, 3);
+      EXPECT_EQ(valuesOf(*target), (std::vector<double>{0, 3, 4, 5, 0}));
+    }
+  }
+}
+
+TEST(Vectors, NothingToCopy) {
+  auto target = hostVector(counting);
+  target.copyFrom(hostVector<double>({9}), 0, 0, 0);
+  target.copyFrom(HostVector<double>(), 0, 0, 5);
+  target.copyFrom(DeviceVector<double>(), 0, 0, 5);
+  EXPECT_EQ(valuesOf(target), counting);
+  EXPECT_EQ(DeviceVector<double>(HostVector<double>()).data(), nullptr);
+}
+
+TEST(Vectors, MovesHandOverTheMemory) {
+  auto source = hostVector(counting);
+  const double* const memory = source.data();
+  HostVector<double> moved(std::move(source));
+  EXPECT_EQ(moved.data(), memory);
+  EXPECT_EQ(source.data(), nullptr);
+  HostVector<double> assigned(3);
+  assigned = std::move(moved);
+  EXPECT_EQ(valuesOf(assigned), counting);
+}
+
+TEST(Vectors, ElementAccess) {
+  auto vector = hostVector(counting);
+  vector.set(1, 20);
+  *vector.at(2) = 30;
+  EXPECT_EQ(vector[1] + vector[2], 50);
+  vector.fill(7);
+  EXPECT_EQ(valuesOf(vector), std::vector<double>(5, 7));
+}
+
+TEST(Vectors, MemoryThatIsNotThere) {
+  const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+  for (const std::uint64_t count : {most, most - 511, most / 8, std::uint64_t{1} << 50})
+    EXPECT_THROW(HostVector<double>{count}, std::bad_alloc) << count;
+  try {
+    const HostVector<double> aligned(1, MemoryKind::aligned);
+    ADD_FAILURE() << "aligned memory was allocated";
+  } catch (const zel::RuntimeException& error) {
+    EXPECT_STREQ(error.what(), "Unable to allocate memory");
+  }
+  EXPECT_EQ(HostVector<double>(0, MemoryKind::aligned).data(), nullptr);
+}
+
+TEST(Vectors, FailedDeviceAllocationIsTheRuntimesError) {
+  DeviceVector<double> vector(512);
+  {
+    const zel::AllocationFault fault(1);
+    try {
+      vector.resize(513);
+      ADD_FAILURE() << "the allocation did not fail";
+    } catch (const zel::RuntimeException& error) {
+      EXPECT_TRUE(std::string(error.what())
+                      .ends_with("): zelSafeCall: CUDA runtime error - out of memory.\n"))
+          << error.what();
+    }
+  }
+  EXPECT_EQ(vector.size() + vector.capacity(), 0U) << "empty, not half made";
+  EXPECT_TRUE(vector.resize(513));
+}
+
+TEST(Vectors, BadDeviceAddressIsTheRuntimesError) {
+  double value = 0;
+  DeviceVector<double> posing(1, &value);
+  EXPECT_THROW(posing.copyFrom(hostVector<double>({1}), 0, 0, 1), zel::RuntimeException);
+  EXPECT_EQ(value, 0);
+}
+
+class FilteredVectors : public testing::Test {
+ protected:
+  void SetUp() override {
+    filter[0] = 2;
+    filter[1] = 0;
+  }
+  IndexList<> filter{2};
+  std::vector<double> memory = {1, 2, 3};
+};
+
+TEST_F(FilteredVectors, SeeNamedElements) {
+  FilteredVector<double> vector(3, memory.data(), filter);
+  EXPECT_EQ(vector.size(), 2U);
+  EXPECT_EQ(vector.at(0), &memory[2]);
+  EXPECT_EQ(std::as_const(vector).at(1), &memory[0]);
+  EXPECT_EQ(vector[0], 3);
+  vector.set(1, 10);
+  EXPECT_EQ(memory, (std::vector<double>{10, 2, 3}));
+  HostVector<double>& base = vector;
+  base.fill(7);
+  EXPECT_EQ(memory, (std::vector<double>{7, 2, 7}));
+}
+
+TEST_F(FilteredVectors, ScatterFromHostAndDevice) {
+  const auto source = hostVector<double>({10, 20});
+  const DeviceVector<double> device(source);
+  for (const zel::AbstractVector<double>* from :
+       std::initializer_list<const zel::AbstractVector<double>*>{&source, &device}) {
+    memory = {1, 2, 3};
+    FilteredVector<double> vector(3, memory.data(), filter);
+    vector.copyFrom(*from, 1, 1, 1);
+    EXPECT_EQ(memory, (std::vector<double>{20, 2, 3}));
+    vector.copyFrom(*from, 0, 0, 2);
+    EXPECT_EQ(memory, (std::vector<double>{20, 2, 10}));
+  }
+}
+
+TEST_F(FilteredVectors, OnlyDeviceSourcesHonourTheirOffset) {
+  const auto source = hostVector<double>({10, 20, 30});
+  FilteredVector<double> vector(3, memory.data(), filter);
+  vector.copyFrom(source, 0, 1, 2);
+  EXPECT_EQ(memory, (std::vector<double>{20, 2, 10}));
+  vector.copyFrom(DeviceVector<double>(source), 0, 1, 2);
+  EXPECT_EQ(memory, (std::vector<double>{30, 2, 20}));
+  vector.copyFrom(HostVector<double>(), 0, 0, 2);
+  EXPECT_EQ(memory, (std::vector<double>{30, 2, 20}));
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+// What the system says about memory, read from files laid out like its own.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "platform/system/available_memory.h"
+#include "platform/system/control_group.h"
+
+namespace {
+
+class ControlGroups : public testing::Test {
+ protected:
+  ControlGroups() {
+    root = std::filesystem::path(testing::TempDir()) /
+           testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::filesystem::remove_all(root);
+  }
+  ~ControlGroups() override { std::filesystem::remove_all(root); }
+
+  void write(const std::string& file, const std::string& text) {
+    const auto path = root / file;
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path) << text;
+  }
+  zel::MemoryLimit read(const std::string& membership) {
+    write("membership", membership);
+    return zel::controlGroupMemory((root / "membership").c_str(), root.c_str());
+  }
+
+  std::filesystem::path root;
+};
+
+TEST_F(ControlGroups, LimitTheGroupAndEverythingBelowIt) {
+  write("a/memory.max", "1000\n");
+  write("a/memory.current", "900\n");
+  write("a/memory.stat", "anon 500\nactive_file 100\ninactive_file 300\n");
+  write("a/b/memory.max", "max\n");
+  write("a/b/memory.current", "10\n");
+  write("a/b/c/memory.max", "700\n");
+  write("a/b/c/memory.current", "100\n");
+  EXPECT_EQ(read("0::/a/b/c\n").total, 700U);
+  EXPECT_EQ(read("0::/a/b/c\n").free, 400U);  // of the outermost group, its idle cache not counted
+  EXPECT_EQ(read("0::/a/b\n").total, 1000U);
+}
+
+TEST_F(ControlGroups, OfTheFirstVersionCountToo) {
+  write("memory/job/memory.limit_in_bytes", "5000\n");
+  write("memory/job/memory.usage_in_bytes", "6000\n");
+  const auto limit = read("9:cpu:/\n4:memory:/job\n0::/\n");
+  EXPECT_EQ(limit.total, 5000U);
+  EXPECT_EQ(limit.free, 0U);
+}
+
+TEST_F(ControlGroups, ThatAreNotVisibleLimitNothing) {
+  write("memory.max", "800\n");
+  write("memory.current", "300\n");
+  EXPECT_EQ(read("0::/outside/of/this/container\n").free, 500U);
+  std::filesystem::remove(root / "memory.max");
+  EXPECT_EQ(read("0::/outside\n").free, zel::MemoryLimit::none);
+  EXPECT_EQ(zel::controlGroupMemory("/no/such/file", "/no/such/root").total,
+            zel::MemoryLimit::none);
+}
+
+TEST(AvailableMemory, IsPlausibleAndObeysTheAddressSpaceLimit) {
+  const std::uint64_t available = zel::availableHostMemory();
+  EXPECT_GT(available, std::uint64_t{1} << 20);
+  EXPECT_LE(available, zel::totalHostMemory());
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+  rlimit limited = before;
+  limited.rlim_cur = 4096;  // less than is mapped already
+  ASSERT_EQ(setrlimit(RLIMIT_AS, &limited), 0);
+  const std::uint64_t underLimit = zel::availableHostMemory();
+  ASSERT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+  EXPECT_EQ(underLimit, 0U);
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+// Runs the built tools from outside, as processes in a folder of their own.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zeltest {
+
+// Where a process's standard output goes: collected, to a pipe that nobody reads, or to a device
+// that is always full.
+enum class Output { collected, closedPipe, fullDevice };
+
+struct RunSettings {
+  std::vector<std::pair<std::string, std::string>> environment{};  // set on top of our own
+  std::string input{};                                             // standard input
+  Output output = Output::collected;
+  std::chrono::seconds limit{120};
+};
+
+struct ToolResult {
+  int status = -1;  // exit status; -1 when a signal ended the process
+  int signal = 0;
+  bool timedOut = false;  // killed at the limit
+  std::string out;
+  std::string err;
+};
+
+// Shows everything about a run when an assertion fails.
+void PrintTo(const ToolResult& result, std::ostream* stream);
+
+// A fresh empty folder, removed with everything in it at the end.
+class Workspace {
+ public:
+  Workspace();
+  ~Workspace();
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
+
+  [[nodiscard]] const std::filesystem::path& folder() const { return root; }
+  void write(const std::string& name, const std::string& text) const;
+  // Throws std::runtime_error when there is no such file.
+  [[nodiscard]] std::string read(const std::string& name) const;
+  // Names of all files here, sorted.
+  [[nodiscard]] std::vector<std::string> files() const;
+  // Puts a copy of the program file here under another name.
+  void copyProgram(const std::string& name) const;
+
+  // Runs a built tool by its name, or with a "/" in it the program at this path, in this folder.
+  // Throws std::system_error when the process cannot be started.
+  [[nodiscard]] ToolResult run(const std::string& program,
+                               const std::vector<std::string>& arguments = {},
+                               const RunSettings& settings = {}) const;
+
+ private:
+  std::filesystem::path root;
+};
+
+}  // namespace zeltest
