@@ -23,6 +23,7 @@ using zeltest::TempFile;
 
 constexpr const char* loadingError = "Error in loading SVM numeric values";
 constexpr const char* noData = "No proper data is found in input file";
+constexpr const char* tooLarge = "A feature index is too large for sparse data";
 constexpr const char* underflow = "Base index underflow detected in sparse data";
 
 template <typename T>
@@ -129,7 +130,7 @@ TEST(FileReader, RefusesBrokenFiles) {
 TEST(FileReader, RefusesIndicesThatColumnsOrMemoryCannotHold) {
   for (const char* index : {"2147483648", "4294967295", "-1", "99999999999999999999"}) {
     const std::string text = std::string("1 ") + index + ":1\n2 1:3\n3 1:4\n";
-    EXPECT_EQ(readSparse(text).failure, "A feature index is too large for sparse data") << index;
+    EXPECT_EQ(readSparse(text).failure, tooLarge) << index;
     std::string rows;
     for (int row = 0; row < 100000; ++row) rows += "1 1:1\n";
     EXPECT_EQ(readDense(text + rows).failure, "Unable to allocate memory") << index;
@@ -148,26 +149,27 @@ TEST(FileReader, ReadsALineOfAnyLength) {
   std::string text = "5 ";
   const int count = 1000000;
   for (int i = 1; i <= count; ++i) text += std::to_string(i) + ":0.5 ";
-  SparseFileReader<double> reader("", 1);
   const TempFile file(text + "\n" + text);
-  SparseFileReader<double> twoRows(file.path(), 1);
-  twoRows.read();
-  EXPECT_EQ(listOf(twoRows.rowOffsets()), (std::vector<int>{0, count, 2 * count}));
-  EXPECT_EQ(twoRows.columnIndices()[2 * count - 1], count - 1);
+  SparseFileReader<double> reader(file.path(), 1);
+  reader.read();
+  EXPECT_EQ(listOf(reader.rowOffsets()), (std::vector<int>{0, count, 2 * count}));
+  EXPECT_EQ(reader.columnIndices()[2 * count - 1], count - 1);
 }
 
 TEST(FileReader, GivesItsVectorsAwayOnce) {
   const TempFile file("1 1:2\n");
   SparseFileReader<double> reader(file.path(), 1);
   const auto expectNothing = [&] {
-    EXPECT_EQ(failureOf<RuntimeException>([&] { reader.values(); }), "The SVM vectors are absent.");
-    EXPECT_EQ(failureOf<RuntimeException>([&] { reader.leading(); }),
+    EXPECT_EQ(failureOf<RuntimeException>([&] { return &reader.values(); }),
+              "The SVM vectors are absent.");
+    EXPECT_EQ(failureOf<RuntimeException>([&] { return &reader.leading(); }),
               "The SVM coefficients are absent.");
-    EXPECT_EQ(failureOf<RuntimeException>([&] { reader.columnIndices(); }),
+    EXPECT_EQ(failureOf<RuntimeException>([&] { return &reader.columnIndices(); }),
               "The SVM sparse columns are missing.");
-    EXPECT_EQ(failureOf<RuntimeException>([&] { reader.rowOffsets(); }),
+    EXPECT_EQ(failureOf<RuntimeException>([&] { return &reader.rowOffsets(); }),
               "The SVM sparse rows are missing.");
-    EXPECT_EQ(failureOf<RuntimeException>([&] { reader.rho(); }), "The SVM rho values are absent.");
+    EXPECT_EQ(failureOf<RuntimeException>([&] { return &reader.rho(); }),
+              "The SVM rho values are absent.");
   };
   expectNothing();
   reader.read();
@@ -238,6 +240,7 @@ TEST(FileReader, BothKindsAgreeOnMutatedFiles) {
         text.erase(place, 1);
     }
     const Content sparse = readSparse(text, 0);
+    if (sparse.failure == tooLarge) continue;  // a dense array would take the memory
     readable += sparse.failure.empty() ? 1 : 0;
     ASSERT_TRUE(sparse == readDense(text, 0)) << text;
   }

@@ -172,7 +172,7 @@ TEST(ModelFile, LinesWithoutPairsLeaveTheirClass) {
   Reading oneClass("SvmType: a\nNrClass: 1\nRho:\nNrSV: 2\nSV:\n1:2\n3:4\n");
   ASSERT_EQ(oneClass.failure, "");
   EXPECT_EQ(oneClass.reader.valueTotal(), 2u);
-  EXPECT_EQ(failureOf<RuntimeException>([&] { oneClass.reader.leading(); }),
+  EXPECT_EQ(failureOf<RuntimeException>([&] { return &oneClass.reader.leading(); }),
             "The SVM coefficients are absent.");
 }
 
@@ -193,7 +193,7 @@ TEST(ModelFile, RefusesBrokenModels) {
         Case{"NrClass: 3\nRho: 1 2\n" + vectors, error},
         Case{"Rho: 1:2\n" + vectors, error},
         Case{"Labels: 1\n" + vectors, error},
-        Case{"NrClass: 3\n" + vectors, error},
+        Case{"NrClass: 3\nSV:\n1 1:1 2:2\n", error},
         Case{"NrClass: 0\n" + vectors, error},
         Case{"NrClass: x\n" + vectors, error},
         Case{"NrClass: 4294967295\n" + vectors, "No proper data is found in input file"},

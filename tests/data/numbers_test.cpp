@@ -32,8 +32,9 @@ void expectLikeLibrary(const std::string& text) {
       << '"' << text << '"';
   double value = expected;
   const char* const end = view.data() + view.size();
-  if (zel::parseShortDecimal(view.data(), end, value) == end)
+  if (zel::parseShortDecimal(view.data(), end, value) == end) {
     EXPECT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(expected)) << text;
+  }
 }
 
 TEST(ParseDouble, ReadsEveryFormOfTheLibrary) {

@@ -96,7 +96,7 @@ TEST(SampleLine, TakesMutatedLinesApartAsStrtokDoes) {
   const std::string_view characters = "0123456789:: \t.-+exXn\v\r";
   for (int round = 0; round < 200000; ++round) {
     std::string line = "+1 1:0.5 2:-3.25e-2\t17:1 108:0.123456789 2000:12345.678 ";
-    for (std::size_t i = 0; i < round % 5; ++i) {
+    for (int i = 0; i < round % 5; ++i) {
       const std::size_t place = random() % line.size();
       const char c = characters[random() % characters.size()];
       switch (random() % 3) {

@@ -78,7 +78,7 @@ TEST(Console, PrintsFormattedAndCut) {
   std::_Exit(4);
 }
 
-TEST(Console, FailedOutputIsSeen) {
+TEST(ConsoleDeathTest, FailedOutputIsSeen) {
   EXPECT_EXIT(printToFullDevice(), testing::ExitedWithCode(3), "");
 }
 

@@ -19,8 +19,8 @@ struct Csr {
   int rows;
   int cols;
   std::vector<int> offsets{0};
-  std::vector<int> indices;
-  std::vector<double> values;
+  std::vector<int> indices{};
+  std::vector<double> values{};
 
   void endRow() { offsets.push_back(static_cast<int>(indices.size())); }
 };

@@ -1,5 +1,6 @@
 // Where the host platform refuses what a real device might not notice.
 #include <cublas_v2.h>
+#include <cuda.h>
 #include <cusparse.h>
 #include <gtest/gtest.h>
 

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <new>
+#include <string_view>
 
 #include "platform/host/fault_injection.h"
 #include "platform/system/available_memory.h"
@@ -19,12 +21,14 @@ constexpr std::size_t hugePage = std::size_t{2} << 20;
 // Below this size the system is not asked what it has left.
 constexpr std::size_t unquestionedBytes = std::size_t{64} << 20;
 
+// Second of the page counts in a line.
 std::uint64_t residentBytes() {
-  const auto line = SmallFile("/proc/self/statm").lineAfter("");
-  if (!line) return 0;
-  const char* residentPages = line->data() + std::min(line->find(' '), line->size());
-  return std::strtoull(residentPages, nullptr, 10) *
-         static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+  const SmallFile counts("/proc/self/statm");
+  std::string_view text = counts.text();
+  text.remove_prefix(std::min(text.find(' ') + 1, text.size()));
+  std::uint64_t pages = 0;
+  std::from_chars(text.data(), text.data() + text.size(), pages);
+  return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
 // Large arrays are swept whole, so they take large pages where the system gives them.

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 
 namespace zel::inline ZEL_PLATFORM {
@@ -18,7 +19,7 @@ SmallFile::SmallFile(const char* path) {
   ::close(file);
 }
 
-std::optional<std::string_view> SmallFile::lineAfter(std::string_view key) const {
+std::optional<std::string_view> SmallFile::lineAfter(std::string_view key) const& {
   std::string_view rest = text();
   while (!rest.empty()) {
     const std::size_t end = rest.find('\n');

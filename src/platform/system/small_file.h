@@ -16,7 +16,8 @@ class SmallFile {
   [[nodiscard]] std::string_view text() const { return {buffer.data(), length}; }
 
   // Rest of the first line that begins with the key.
-  [[nodiscard]] std::optional<std::string_view> lineAfter(std::string_view key) const;
+  [[nodiscard]] std::optional<std::string_view> lineAfter(std::string_view key) const&;
+  std::optional<std::string_view> lineAfter(std::string_view key) && = delete;
   // The decimal number there, after blanks; none where the line holds something else, like "max".
   [[nodiscard]] std::optional<std::uint64_t> numberAfter(std::string_view key) const;
 

@@ -1,5 +1,6 @@
 #include "zelsvm/driver/zelsvm_main.h"
 
+#include <algorithm>
 #include <ctime>
 #include <utility>
 
@@ -12,10 +13,18 @@
 #include "zelsvm/tool.h"
 
 namespace zelsvm_main::inline ZEL_PLATFORM {
+namespace {
+
+// One overall and one per fold; a count that would wrap around stays too large to allocate.
+std::uint64_t measureCount(std::uint64_t foldCount) { return std::max(foldCount + 1, foldCount); }
+
+}  // namespace
 
 template <typename T>
 ZelSvmMain<T>::ZelSvmMain(const zelsvm_opt::ZelSvmOpt& options)
-    : options(&options), results(options.foldCount + 1), correlations(options.foldCount + 1) {
+    : options(&options),
+      results(measureCount(options.foldCount)),
+      correlations(measureCount(options.foldCount)) {
   results.fill(0);
   correlations.fill(0);
 }

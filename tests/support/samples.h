@@ -1,0 +1,124 @@
+// Small data sets for tests and the kernel functions as plain loops.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "zeldplus/zelsvm/data/matrix.h"
+#include "zeldplus/zelsvm/data/svm_data.h"
+#include "zeldplus/zelsvm/engine/svm_context.h"
+
+namespace zeltest {
+
+// Dense rows with a label or target each.
+struct Samples {
+  std::uint64_t cols;
+  std::vector<double> values;
+  std::vector<double> labels;
+
+  [[nodiscard]] std::uint64_t rows() const { return labels.size(); }
+  [[nodiscard]] const double* row(std::uint64_t i) const { return values.data() + i * cols; }
+  // The samples with these row numbers, in this order.
+  [[nodiscard]] Samples selection(const std::vector<std::uint64_t>& numbers) const {
+    Samples chosen{cols, {}, {}};
+    for (const std::uint64_t i : numbers) {
+      chosen.values.insert(chosen.values.end(), row(i), row(i) + cols);
+      chosen.labels.push_back(labels[i]);
+    }
+    return chosen;
+  }
+};
+
+// Values in [-1, 1], a third of them 0, around a centre of each class's own; the classes, numbered
+// as given, take turns and overlap.
+inline Samples classSamples(std::uint64_t rows, std::uint64_t cols,
+                            const std::vector<double>& classes, unsigned seed) {
+  std::mt19937 generator(seed);
+  std::uniform_real_distribution<double> uniform(-1, 1);
+  Samples samples{cols, {}, {}};
+  for (std::uint64_t i = 0; i < rows; ++i) {
+    const std::uint64_t c = i % classes.size();
+    samples.labels.push_back(classes[c]);
+    for (std::uint64_t k = 0; k < cols; ++k) {
+      const double centre = k % classes.size() == c ? 0.5 : 0;
+      const double value = uniform(generator) + centre;
+      samples.values.push_back(generator() % 3 == 0 ? 0 : value);
+    }
+  }
+  return samples;
+}
+
+// The same features with a noisy function of them as target.
+inline Samples targetSamples(std::uint64_t rows, std::uint64_t cols, unsigned seed) {
+  Samples samples = classSamples(rows, cols, {0}, seed);
+  std::mt19937 generator(seed + 1);
+  std::uniform_real_distribution<double> noise(-0.3, 0.3);
+  for (std::uint64_t i = 0; i < rows; ++i)
+    samples.labels[i] = std::sin(2 * samples.row(i)[0]) + samples.row(i)[1] + noise(generator);
+  return samples;
+}
+
+inline double product(const double* u, const double* v, std::uint64_t cols) {
+  double sum = 0;
+  for (std::uint64_t k = 0; k < cols; ++k) sum += u[k] * v[k];
+  return sum;
+}
+
+inline double kernelValue(const zelsvm::SvmContext<double>& context, const double* u,
+                          const double* v, std::uint64_t cols) {
+  const double gamma = context.gamma == 0 ? 1 / static_cast<double>(cols) : context.gamma;
+  const double inner = gamma * product(u, v, cols) + context.coef0;
+  double distance = 0;
+  for (std::uint64_t k = 0; k < cols; ++k) distance += (u[k] - v[k]) * (u[k] - v[k]);
+  switch (context.kernelType) {
+    case zelsvm::SVM_KERNEL_POLYNOMIAL:
+      return std::pow(inner, std::trunc(context.degree));
+    case zelsvm::SVM_KERNEL_RADIAL:
+      return std::exp(-gamma * distance);
+    case zelsvm::SVM_KERNEL_SIGMOID:
+      return std::tanh(inner);
+    default:
+      return product(u, v, cols);
+  }
+}
+
+// The samples as the context asks for them, sparse or dense.
+class DataSet {
+ public:
+  DataSet(const Samples& samples, zelsvm::SvmContext<double>& context)
+      : values(context.sparse ? std::vector<double>{} : samples.values),
+        labels(samples.labels) {
+    if (context.sparse) compress(samples);
+    matrix = zelmag::createMatrix<double>(values.data(), columns.data(), offsets.data(),
+                                          samples.cols, samples.rows(), context.las());
+    zelsvm::HostVector<double> labelView(labels.size(), labels.data());
+    view = std::make_unique<zelsvm::UserData<double>>(*matrix, labelView);
+  }
+
+  [[nodiscard]] zelsvm::UserData<double>& data() { return *view; }
+
+ private:
+  void compress(const Samples& samples) {
+    offsets.push_back(0);
+    for (std::uint64_t i = 0; i < samples.rows(); ++i) {
+      for (std::uint64_t k = 0; k < samples.cols; ++k) {
+        if (samples.row(i)[k] == 0) continue;
+        values.push_back(samples.row(i)[k]);
+        columns.push_back(static_cast<int>(k));
+      }
+      offsets.push_back(static_cast<int>(values.size()));
+    }
+  }
+
+  std::vector<double> values;
+  std::vector<int> columns;
+  std::vector<int> offsets;
+  std::vector<double> labels;
+  std::unique_ptr<zelmag::AbstractMatrix<double>> matrix;
+  std::unique_ptr<zelsvm::UserData<double>> view;
+};
+
+}  // namespace zeltest

@@ -1,0 +1,101 @@
+// A formulation's problem as the solver received and left it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "support/captured_output.h"
+#include "support/samples.h"
+#include "zeldplus/zelsvm/engine/smo_core_solver.h"
+#include "zeldplus/zelsvm/engine/smo_nu_solver.h"
+#include "zeldplus/zelsvm/training/classifier.h"
+#include "zeldplus/zelsvm/training/one_class_svm.h"
+#include "zeldplus/zelsvm/training/regressor.h"
+
+namespace zeltest {
+
+struct SolvedProblem {
+  std::vector<double> start;  // multipliers at first
+  std::vector<double> alpha;  // and at last
+  std::vector<double> p;
+  std::vector<int> y;
+  double Cp = 0;
+  double Cn = 0;
+  zelsvm::SmoSolution solution;
+};
+
+inline std::vector<double> copyOf(const zelsvm::HostVector<double>& v) {
+  return {v.data(), v.data() + v.size()};
+}
+
+template <typename Solver>
+class RecordingSolver : public Solver {
+ public:
+  using Solver::Solver;
+
+  void solve(zelsvm::SmoSolution& result, zelsvm::SvmData<double>& data,
+             zelsvm::HostVector<double>& alpha, zelsvm::HostVector<char2>& status,
+             const zelsvm::HostVector<double>& p) override {
+    SolvedProblem problem;
+    problem.start = copyOf(alpha);
+    problem.p = copyOf(p);
+    for (std::uint64_t k = 0; k < status.size(); ++k) problem.y.push_back(status.at(k)->y);
+    problem.Cp = this->Cp;
+    problem.Cn = this->Cn;
+    Solver::solve(result, data, alpha, status, p);
+    problem.alpha = copyOf(alpha);
+    problem.solution = result;
+    problems.push_back(problem);
+  }
+
+  std::vector<SolvedProblem> problems;
+};
+
+struct Training {
+  std::vector<SolvedProblem> problems;
+  std::string text;  // what was printed
+
+  [[nodiscard]] const SolvedProblem& only() const {
+    EXPECT_EQ(problems.size(), 1);
+    return problems.front();
+  }
+};
+
+template <typename Trainer, typename Solver>
+Training trainWith(const zelsvm::SvmContext<double>& context, zelsvm::SvmData<double>& data,
+                   zelsvm::GenericModel<double>& model) {
+  CapturedOutput output;
+  RecordingSolver<Solver> solver(context);
+  Trainer trainer(context, solver);
+  static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, data);
+  return {solver.problems, output.text()};
+}
+
+// Trains as the context's SVM type says.
+inline Training train(const zelsvm::SvmContext<double>& context, zelsvm::SvmData<double>& data,
+                      zelsvm::GenericModel<double>& model) {
+  using Core = zelsvm::SmoCoreSolver<double>;
+  using Nu = zelsvm::SmoNuSolver<double>;
+  switch (context.svmType) {
+    case zelsvm::SVM_TYPE_NU_CLASSIFICATION:
+      return trainWith<zelsvm::NuSvmClassifier<double>, Nu>(context, data, model);
+    case zelsvm::SVM_TYPE_ONE_CLASS:
+      return trainWith<zelsvm::OneClassSvm<double>, Core>(context, data, model);
+    case zelsvm::SVM_TYPE_EPSILON_REGRESSION:
+      return trainWith<zelsvm::CoreSvmRegressor<double>, Core>(context, data, model);
+    case zelsvm::SVM_TYPE_NU_REGRESSION:
+      return trainWith<zelsvm::NuSvmRegressor<double>, Nu>(context, data, model);
+    default:
+      return trainWith<zelsvm::CoreSvmClassifier<double>, Core>(context, data, model);
+  }
+}
+
+// One training with parameters of its own; the model is dropped.
+inline Training train(const Samples& samples, const zelsvm::SvmParameters& parameters) {
+  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
+  DataSet set(samples, context);
+  zelsvm::GenericModel<double> model;
+  return train(context, set.data(), model);
+}
+
+}  // namespace zeltest
