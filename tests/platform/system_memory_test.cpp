@@ -1,6 +1,7 @@
 // What the system says about memory, read from files laid out like its own.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -68,14 +69,21 @@ TEST(AvailableMemory, IsPlausibleAndObeysTheAddressSpaceLimit) {
   const std::uint64_t available = zel::availableHostMemory();
   EXPECT_GT(available, std::uint64_t{1} << 20);
   EXPECT_LE(available, zel::totalHostMemory());
+  EXPECT_LE(zel::availableHostMemory(available / 2), available / 8 * 5);
+  std::uint64_t mappedPages = 0;
+  std::ifstream("/proc/self/statm") >> mappedPages;
   rlimit before{};
   ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
   rlimit limited = before;
-  limited.rlim_cur = 4096;  // less than is mapped already
+  constexpr std::uint64_t headroom = std::uint64_t{64} << 20;
+  limited.rlim_cur = mappedPages * static_cast<std::uint64_t>(getpagesize()) + headroom;
   ASSERT_EQ(setrlimit(RLIMIT_AS, &limited), 0);
   const std::uint64_t underLimit = zel::availableHostMemory();
+  const std::uint64_t total = zel::totalHostMemory();
   ASSERT_EQ(setrlimit(RLIMIT_AS, &before), 0);
-  EXPECT_EQ(underLimit, 0U);
+  EXPECT_LE(underLimit, headroom);
+  EXPECT_GE(underLimit, headroom / 2);
+  EXPECT_LE(total, limited.rlim_cur);
 }
 
 }  // namespace

@@ -86,6 +86,9 @@ class InteriorPoint {
   }
 
  private:
+  // Keeps a flat objective's matrix definite; it slows steps and leaves their target alone.
+  static constexpr double regularization = 1e-9;
+
   [[nodiscard]] double slack(std::size_t i) const { return qp.u[i] - x[i]; }
   // The worst residual of the equations and of the dual ones.
   [[nodiscard]] double infeasibility() const {
@@ -106,7 +109,7 @@ class InteriorPoint {
     Vector M = qp.Q;
     Vector right = qp.gradient(x);
     for (std::size_t i = 0; i < n; ++i) {
-      M[i * n + i] += z[i] / x[i] + w[i] / slack(i);
+      M[i * n + i] += z[i] / x[i] + w[i] / slack(i) + regularization;
       right[i] = mu / x[i] - mu / slack(i) - right[i];
       for (std::size_t r = 0; r < y.size(); ++r) right[i] += qp.A[r][i] * y[r];
     }

@@ -4,28 +4,18 @@
 #include <sstream>
 
 #include "text_match.h"
-#include "tools/tool_process.h"
+#include "tools/tool_runs.h"
 #include "zelsvm/tool.h"
 #include "zelsvm/usage.h"
 
 namespace {
 
 using zelsvm_opt::Tool;
+using zeltest::afterBanner;
 using zeltest::Output;
 using zeltest::RunSettings;
 using zeltest::ToolResult;
 using zeltest::Workspace;
-
-// What is printed behind the banner: the tool's name, a version and an empty line. Fails when the
-// banner is not there.
-std::string afterBanner(const ToolResult& result, const std::string& tool) {
-  const auto end = result.out.find("\n\n") + 2;
-  if (!zeltest::matches(result.out.substr(0, end), tool + " [^ \n]+\n\n")) {
-    ADD_FAILURE() << "no banner of " << tool << " in: " << testing::PrintToString(result);
-    return "no banner";
-  }
-  return result.out.substr(end);
-}
 
 void expectQuietSuccess(const ToolResult& result) {
   EXPECT_EQ(result.status, 0) << testing::PrintToString(result);

@@ -1,6 +1,5 @@
 #include "platform/host/allocations.h"
 
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 
 #include "platform/host/fault_injection.h"
 #include "platform/system/available_memory.h"
+#include "platform/system/large_pages.h"
 #include "platform/system/small_file.h"
 
 namespace zel::inline ZEL_PLATFORM {
@@ -31,12 +31,11 @@ std::uint64_t residentBytes() {
   return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
-// Large arrays are swept whole, so they take large pages where the system gives them.
 void* alignedMemory(std::size_t bytes) {
-  const bool large = bytes >= 2 * hugePage;
   void* memory = nullptr;
-  if (::posix_memalign(&memory, large ? hugePage : alignment, bytes) != 0) return nullptr;
-  if (large) ::madvise(memory, bytes, MADV_HUGEPAGE);
+  const std::size_t boundary = bytes < 2 * hugePage ? alignment : hugePage;
+  if (::posix_memalign(&memory, boundary, bytes) != 0) return nullptr;
+  preferLargePages(memory, bytes);
   return memory;
 }
 
@@ -100,9 +99,7 @@ bool Allocations::isDeviceRange(const void* memory, std::size_t bytes) const {
 }
 
 std::uint64_t Allocations::obtainableBytes() const {
-  const std::uint64_t available = availableHostMemory();
-  const std::uint64_t untouched = liveBytes - std::min(liveBytes, residentBytes());
-  return available - std::min(untouched, available);
+  return availableHostMemory(liveBytes - std::min(liveBytes, residentBytes()));
 }
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -13,7 +13,7 @@ constexpr std::int64_t pieceWork = 32768;
 constexpr std::int64_t rowWork = 4;
 
 // From this share of stored elements on, dense products are the faster ones (measured).
-constexpr double denseShare = 0.5;
+constexpr double denseShare = 0.4;
 // The dense copy may take this part of what memory is left.
 constexpr std::uint64_t memoryPart = 4;
 

@@ -35,6 +35,7 @@ class CsrMatrix {
   [[nodiscard]] const double* dense() const {
     return inOrder ? stored.values : (copy.empty() ? nullptr : copy.data());
   }
+  // False where every element is known to be stored.
   [[nodiscard]] bool hasAbsent() const { return absent; }
 
  private:

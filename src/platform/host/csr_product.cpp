@@ -10,8 +10,8 @@
 namespace zel::inline ZEL_PLATFORM {
 namespace {
 
-constexpr double nanosecondsPerValue = 1.0;
-constexpr double nanosecondsPerPanelValue = 2.0;
+constexpr double nanosecondsPerValue = 0.7;
+constexpr double nanosecondsPerPanelValue = 1.5;
 constexpr double nanosecondsPerPackedLine = 8.0;
 constexpr double pieceValues = 32768;
 // Panels packed together stay in the second-level cache while the rows pass by.

@@ -13,10 +13,10 @@ namespace {
 
 // A slice of a matrix-vector product reads about this many elements: 96 KiB.
 constexpr int sliceElements = 12288;
-constexpr double nanosecondsPerElement = 0.25;
+constexpr double nanosecondsPerElement = 0.2;
 // A tile of a matrix product does about this many multiplications.
 constexpr double tileMultiplications = 3e6;
-constexpr double nanosecondsPerMultiplication = 0.1;
+constexpr double nanosecondsPerMultiplication = 0.06;
 
 constexpr int roundUp(int value, int multiple) {
   return (value + multiple - 1) / multiple * multiple;
@@ -37,7 +37,7 @@ class SingleThread {
 
 CBLAS_TRANSPOSE operation(bool transpose) { return transpose ? CblasTrans : CblasNoTrans; }
 
-// First element of row i of op(A), or of column i of op(B) with the sense turned round.
+// Start of a stored column where those are contiguous lines, else of a stored row.
 const double* line(const double* matrix, int leading, bool contiguous, std::uint64_t i) {
   return matrix + (contiguous ? i * static_cast<std::uint64_t>(leading) : i);
 }

@@ -26,10 +26,11 @@ MemoryLimit addressSpace() {
 
 }  // namespace
 
-std::uint64_t availableHostMemory() {
+std::uint64_t availableHostMemory(std::uint64_t promised) {
   const auto kibibytes = SmallFile("/proc/meminfo").numberAfter("MemAvailable:");
   const std::uint64_t system = kibibytes ? *kibibytes * 1024 : pages(_SC_AVPHYS_PAGES);
-  return std::min({system, controlGroupMemory().free, addressSpace().free});
+  const std::uint64_t physical = std::min(system, controlGroupMemory().free);
+  return std::min(physical - std::min(promised, physical), addressSpace().free);
 }
 
 std::uint64_t totalHostMemory() {

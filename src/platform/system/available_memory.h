@@ -6,8 +6,9 @@
 namespace zel::inline ZEL_PLATFORM {
 
 // Bytes that the process could still get: the smallest of the system's available memory, the
-// control group's headroom and the address space limit's headroom.
-std::uint64_t availableHostMemory();
+// control group's headroom and the address space limit's headroom. Promised bytes are memory that
+// was handed out before and has not been touched yet, which the first two do not know about.
+std::uint64_t availableHostMemory(std::uint64_t promised = 0);
 
 // Bytes there are at all under the same limits.
 std::uint64_t totalHostMemory();

@@ -3,11 +3,11 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
-#include <string>
 
+#include "platform/system/available_memory.h"
+#include "platform/system/large_pages.h"
 #include "zeldplus/inc/zeldev.h"
 #include "zeldplus/inc/zelerrors.h"
-#include "platform/system/available_memory.h"
 
 namespace zel::inline ZEL_PLATFORM {
 namespace {
@@ -47,6 +47,7 @@ void* allocateMemory(std::uint64_t count, std::size_t elementSize, MemoryKind ki
       requireHostMemory(count, elementSize);
       memory = std::malloc(byteCount(count, elementSize));
       if (memory == nullptr) throw OutOfMemory{};
+      preferLargePages(memory, byteCount(count, elementSize));
       break;
     case MemoryKind::pinned:
       zelSafeCall(cudaHostAlloc(&memory, byteCount(count, elementSize), 0));

@@ -43,7 +43,7 @@ struct SvmParameters {
   double p = 0.1;  // epsilon of epsilon regression
   double nu = 0.5;
   double eps = 0.001;  // stopping tolerance
-  std::string weights;
+  std::string weights = {};
   std::uint64_t maxIterations = 0;  // 0 means no limit
   std::uint64_t cacheSize = 100;    // MB
   bool sparse = true;

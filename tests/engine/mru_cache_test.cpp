@@ -1,0 +1,136 @@
+// The kernel row cache: sizes, and which rows it keeps.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <list>
+#include <map>
+#include <random>
+#include <vector>
+
+#include "data/temp_file.h"
+#include "zeldplus/inc/zeldev.h"
+#include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/zelsvm/engine/mru_cache.h"
+
+namespace {
+
+using zelsvm::MRUCache;
+using zeltest::failureOf;
+
+// Half of the free memory counts as a 32-bit number, which may happen to be small: this much more
+// in use makes it large.
+class EnoughMemory {
+ public:
+  EnoughMemory() {
+    if (static_cast<std::uint32_t>(zel::freeDeviceMemory() >> 1) < (256u << 20))
+      ballast.assign(std::size_t{1} << 30, 1);
+  }
+
+ private:
+  std::vector<char> ballast;
+};
+
+TEST(MruCache, SlotsFollowTheBudget) {
+  const EnoughMemory memory;
+  struct Row {
+    std::uint64_t samples;
+    std::uint64_t megabytes;
+    std::uint64_t pitch;
+    std::uint64_t slots;
+  };
+  for (const auto& [samples, megabytes, pitch, slots] : {
+           Row{1000, 100, 1024, 1000},      // everything fits
+           Row{512, 2, 512, 512},           // just so
+           Row{513, 4, 1024, 512},          // 4 MB hold 512 rows of 8 kB
+           Row{513, 5, 1024, 513},          // not a multiple of 16, but everything
+           Row{100'000, 100, 100'352, 128}, // 130 rows, rounded down
+           Row{100'000, 13, 100'352, 16},   // 16.98 rows
+           Row{100'000, 0, 100'352, 16},    // never fewer
+           Row{10, 0, 512, 16},             // even where there are fewer samples
+           Row{1000, 4096, 1024, 16},       // 32 bits: a budget of 0
+           Row{1000, 4097, 1024, 128},      // and of 1 MB
+       }) {
+    MRUCache<double> cache;
+    cache.initialize(samples, megabytes);
+    EXPECT_EQ(cache.slotPitch(), pitch) << samples << " samples, " << megabytes << " MB";
+    EXPECT_EQ(cache.slotCount(), slots) << samples << " samples, " << megabytes << " MB";
+    EXPECT_GE(cache.storage().size(), slots * pitch);
+  }
+}
+
+// The naive model: rows by last use, the oldest first, and where each one is.
+class SlowCache {
+ public:
+  SlowCache(double* storage, std::uint64_t slots, std::uint64_t pitch) {
+    for (std::uint64_t k = 0; k < slots; ++k) unused.push_back(storage + k * pitch);
+  }
+  double* query(std::uint64_t row) {
+    if (!places.contains(row)) return nullptr;
+    order.remove(row);
+    order.push_back(row);
+    return places[row];
+  }
+  double* grab(std::uint64_t row) {
+    double* place;
+    if (!unused.empty()) {
+      place = unused.front();
+      unused.pop_front();
+    } else {
+      place = places[order.front()];
+      places.erase(order.front());
+      order.pop_front();
+    }
+    places[row] = place;
+    order.push_back(row);
+    return place;
+  }
+
+ private:
+  std::list<double*> unused;
+  std::list<std::uint64_t> order;
+  std::map<std::uint64_t, double*> places;
+};
+
+// Runs both side by side; every fourth request is for a row of a small popular set.
+void compareOverTrace(MRUCache<double>& cache, std::uint64_t samples, unsigned seed) {
+  SlowCache slow(cache.storage().data(), cache.slotCount(), cache.slotPitch());
+  std::mt19937 generator(seed);
+  for (int step = 0; step < 4000; ++step) {
+    const std::uint64_t row =
+        generator() % (generator() % 4 == 0 ? std::min<std::uint64_t>(8, samples) : samples);
+    double* const cached = cache.query(row);
+    ASSERT_EQ(cached, slow.query(row)) << "step " << step << ", row " << row;
+    if (cached == nullptr) {
+      ASSERT_EQ(cache.grab(row), slow.grab(row)) << "step " << step << ", row " << row;
+    }
+  }
+}
+
+TEST(MruCache, KeepsTheMostRecentlyUsedRows) {
+  MRUCache<double> cache;
+  for (const std::uint64_t samples : {700, 17, 16, 5}) {  // the same object, emptied each time
+    SCOPED_TRACE(std::to_string(samples) + " samples");
+    cache.initialize(samples, 0);
+    ASSERT_EQ(cache.slotCount(), 16);
+    for (std::uint64_t row = 0; row < samples; ++row) EXPECT_EQ(cache.query(row), nullptr);
+    compareOverTrace(cache, samples, 1);
+    cache.clear();
+    for (std::uint64_t row = 0; row < samples; ++row) EXPECT_EQ(cache.query(row), nullptr);
+    compareOverTrace(cache, samples, 2);
+  }
+}
+
+TEST(MruCache, RefusesRowsOutOfRange) {
+  MRUCache<double> cache;
+  cache.initialize(20, 1);
+  for (const std::uint64_t row : {std::uint64_t{20}, ~std::uint64_t{0}}) {
+    EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.query(row); }),
+              "Unexpected kernel cache query request.");
+    EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.grab(row); }),
+              "Unexpected kernel cache grab request.");
+  }
+  EXPECT_NE(cache.grab(19), nullptr);
+}
+
+}  // namespace

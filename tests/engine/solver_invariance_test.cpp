@@ -1,0 +1,132 @@
+// What must not change a solution: cache, layout, threads, shrinking, earlier solves.
+#include <gtest/gtest.h>
+
+#include <omp.h>
+
+#include <cmath>
+#include <string>
+
+#include "support/solved_problem.h"
+#include "zeldplus/inc/zelconsole.h"
+
+namespace {
+
+using zelsvm::SvmContext;
+using zelsvm::SvmParameters;
+using zeltest::Samples;
+using zeltest::SolvedProblem;
+using zeltest::train;
+using zeltest::Training;
+
+Samples samplesFor(int svmType, std::uint64_t rows, unsigned seed) {
+  return svmType < 3 ? zeltest::classSamples(rows, 4, {-1, 1}, seed)
+                     : zeltest::targetSamples(rows, 4, seed);
+}
+
+void expectSameBits(const SolvedProblem& a, const SolvedProblem& b) {
+  EXPECT_EQ(a.alpha, b.alpha);
+  EXPECT_EQ(a.solution.rho, b.solution.rho);
+  EXPECT_EQ(a.solution.obj, b.solution.obj);
+  EXPECT_EQ(a.solution.r, b.solution.r);
+}
+
+void expectSameObjective(const SolvedProblem& a, const SolvedProblem& b) {
+  EXPECT_NEAR(a.solution.obj, b.solution.obj, 1e-9 * std::abs(a.solution.obj));
+}
+
+class SolverInvariance : public testing::TestWithParam<int> {
+ protected:
+  SvmParameters parameters{.svmType = GetParam(), .gamma = 0.7, .nu = 0.3, .eps = 1e-8};
+};
+
+TEST_P(SolverInvariance, CacheSize) {
+  const Samples samples = samplesFor(GetParam(), 130, 1);
+  const SolvedProblem cached = train(samples, parameters).only();
+  parameters.cacheSize = 0;
+  const SolvedProblem evicted = train(samples, parameters).only();
+  // Rows are recomputed to the bit; sums over blocks of another size are not the same sums.
+  if (GetParam() == 0 || GetParam() == 3)
+    expectSameBits(evicted, cached);
+  else
+    expectSameObjective(evicted, cached);
+}
+
+TEST_P(SolverInvariance, SparseOrDense) {
+  const Samples samples = samplesFor(GetParam(), 90, 2);
+  const SolvedProblem sparse = train(samples, parameters).only();
+  parameters.sparse = false;
+  expectSameObjective(train(samples, parameters).only(), sparse);
+}
+
+TEST_P(SolverInvariance, Shrinking) {
+  parameters.eps = 1e-6;
+  const Samples samples = samplesFor(GetParam(), GetParam() < 3 ? 4200 : 2100, 3);
+  const Training shrunk = train(samples, parameters);
+  parameters.shrinking = false;
+  const Training whole = train(samples, parameters);
+  EXPECT_NE(shrunk.text.find('*'), std::string::npos);
+  EXPECT_EQ(whole.text.find('*'), std::string::npos);
+  EXPECT_NE(shrunk.text.find("Finished"), std::string::npos);
+  expectSameObjective(shrunk.only(), whole.only());
+}
+
+// Problems of up to 4096 variables are never shrunk.
+TEST_P(SolverInvariance, SmallProblemsAreNotShrunk) {
+  parameters.eps = 0.1;
+  const Training training = train(samplesFor(GetParam(), GetParam() < 3 ? 4096 : 2048, 4), parameters);
+  EXPECT_EQ(training.text.find('*'), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formulations, SolverInvariance, testing::Range(0, 5));
+
+class ThreadLimit {
+ public:
+  explicit ThreadLimit(int threads) : before(omp_get_max_threads()) { omp_set_num_threads(threads); }
+  ~ThreadLimit() { omp_set_num_threads(before); }
+  ThreadLimit(const ThreadLimit&) = delete;
+  ThreadLimit& operator=(const ThreadLimit&) = delete;
+
+ private:
+  int before;
+};
+
+// Large enough for several chunks in every sweep and row.
+TEST(SolverThreads, GiveTheSameBits) {
+  for (const auto& [svmType, sparse] : {std::pair{0, true}, {3, false}}) {
+    const SvmParameters parameters{
+        .svmType = svmType, .gamma = 0.7, .maxIterations = 1, .sparse = sparse};
+    const Samples samples = samplesFor(svmType, 17'000, 5);
+    SolvedProblem problems[2];
+    for (const int threads : {1, 2}) {
+      const ThreadLimit limit(threads);
+      problems[threads - 1] = train(samples, parameters).only();
+    }
+    EXPECT_GT(problems[0].solution.nSV, 100);
+    expectSameBits(problems[1], problems[0]);
+  }
+}
+
+// A solver keeps buffers, but no state, from problems of other sizes.
+template <typename Trainer, typename Solver>
+void solveRepeatedly(int svmType) {
+  SvmContext<double> context({.svmType = svmType, .cacheSize = 0},
+                             zelsvm::ParameterChecks::training);
+  zeltest::RecordingSolver<Solver> solver(context);
+  Trainer trainer(context, solver);
+  const zeltest::CapturedOutput output;
+  for (const std::uint64_t rows : {60, 700, 30, 60, 700}) {
+    zeltest::DataSet set(samplesFor(svmType, rows, 6), context);
+    zelsvm::GenericModel<double> model;
+    static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
+  }
+  expectSameBits(solver.problems[3], solver.problems[0]);
+  expectSameBits(solver.problems[4], solver.problems[1]);
+}
+
+TEST(SolverReuse, LeavesNoTrace) {
+  solveRepeatedly<zelsvm::CoreSvmClassifier<double>, zelsvm::SmoCoreSolver<double>>(0);
+  solveRepeatedly<zelsvm::OneClassSvm<double>, zelsvm::SmoCoreSolver<double>>(2);
+  solveRepeatedly<zelsvm::NuSvmRegressor<double>, zelsvm::SmoNuSolver<double>>(4);
+}
+
+}  // namespace

@@ -1,0 +1,75 @@
+// The model in memory: what it refuses, and its coefficients by label pair.
+#include "zeldplus/zelsvm/model/generic_model.h"
+
+#include <gtest/gtest.h>
+
+#include "data/temp_file.h"
+#include "support/models.h"
+#include "zeldplus/inc/zelerrors.h"
+
+namespace {
+
+using zel::AppException;
+using zeltest::failureOf;
+using zeltest::hostVector;
+using zeltest::indexList;
+using zeltest::valuesOf;
+using Model = zelsvm::GenericModel<double>;
+
+TEST(GenericModel, SaysWhatIsMissing) {
+  const Model model;
+  const auto failure = [](auto accessor) { return failureOf<AppException>(accessor); };
+  EXPECT_EQ(failure([&] { return &model.labels(); }), "SVM labels are not yet created.");
+  EXPECT_EQ(failure([&] { return &model.classSizes(); }),
+            "The SVM class sizes are not yet defined.");
+  EXPECT_EQ(failure([&] { return &model.classStarts(); }), "SVM vector map is not yet defined.");
+  EXPECT_EQ(failure([&] { return &model.rho(); }), "The SVM rho's are not yet defined.");
+  EXPECT_EQ(failure([&] { return &model.coefficients(); }),
+            "The SVM coefficients are not yet defined.");
+  EXPECT_EQ(failure([&] { return &model.vectors(); }), "The SVM vectors are not yet defined.");
+  EXPECT_FALSE(model.hasLabels() || model.hasVectors());
+}
+
+TEST(GenericModel, PairsTakeTheirColumnsOfTheCoefficients) {
+  Model model;
+  model.setLabels(hostVector<double>({10, 20, 30, 40}));
+  model.setClassSizes(indexList({2, 1, 0, 2}));
+  EXPECT_EQ(valuesOf(model.classStarts()), (std::vector<unsigned long long>{0, 2, 3, 3, 5}));
+  model.setCoefficients(hostVector<double>({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}));
+  zelsvm::HostVector<double> target(5);
+  std::uint64_t t = 0;
+  for (const auto& [a, b, expected] : std::vector<std::tuple<int, int, std::vector<double>>>{
+           {0, 1, {1, 4, 7, 0, 0}},
+           {0, 2, {2, 5, 0, 0, 0}},
+           {0, 3, {3, 6, 0, 10, 13}},
+           {1, 2, {0, 0, 8, 0, 0}},
+           {1, 3, {0, 0, 9, 11, 14}},
+           {2, 3, {0, 0, 0, 12, 15}}}) {
+    const auto i = static_cast<std::uint64_t>(a);
+    const auto j = static_cast<std::uint64_t>(b);
+    EXPECT_EQ(zelsvm::pairIndex(i, j, 4), t++);
+    model.pairCoefficients(target, i, j);
+    EXPECT_EQ(valuesOf(target), expected) << a << ", " << b;
+  }
+  EXPECT_EQ(t, zelsvm::pairCount(4));
+  for (const auto& [i, j] : {std::pair{1u, 1u}, std::pair{1u, 0u}, std::pair{0u, 4u}})
+    EXPECT_EQ(failureOf<AppException>([&, a = i, b = j] { model.pairCoefficients(target, a, b); }),
+              "Unrecognized label pair");
+}
+
+TEST(GenericModel, GathersItsVectorsOnce) {
+  zelsvm::SvmContext<double> context({}, zelsvm::ParameterChecks::model);
+  zeltest::DataSet data(zeltest::unlabelled(2, {1, 2, 3, 4, 5, 6}), context);
+  Model model;
+  EXPECT_EQ(failureOf<AppException>([&] { model.gatherVectors(data.data().matrix()); }),
+            "The SVM vectors are not yet defined.");
+  model.setIndices(indexList({2, 0}));
+  model.gatherVectors(data.data().matrix());
+  EXPECT_EQ(model.featureCount, 2u);
+  model.setIndices(indexList({1}));
+  model.gatherVectors(data.data().matrix());
+  EXPECT_EQ(valuesOf(model.vectors().rowIds()), (std::vector<unsigned long long>{2, 0}));
+  EXPECT_EQ(model.vectors().values()[1], 6);
+}
+
+}  // namespace

@@ -1,0 +1,255 @@
+// Models written and read again, and model files that cannot be models.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "data/temp_file.h"
+#include "support/models.h"
+#include "zeldplus/inc/zelconsole.h"
+#include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/zelsvm/model/model_file.h"
+
+namespace {
+
+using zeltest::failureOf;
+using zeltest::MadeModel;
+using zeltest::sixteenths;
+using zeltest::TempFile;
+using zeltest::unlabelled;
+using zeltest::valuesOf;
+using Values = std::vector<double>;
+using Sizes = std::vector<unsigned long long>;
+using Model = zelsvm::GenericModel<double>;
+
+class ModelRoundTrip : public testing::Test {
+ protected:
+  void SetUp() override { zel::verbose = false; }
+  void TearDown() override { zel::verbose = true; }
+};
+
+struct Kind {
+  zelsvm::SVM_TYPE type;
+  Values labels;
+  Sizes sizes;
+};
+
+const std::vector<Kind> kinds = {{zelsvm::SVM_TYPE_C_CLASSIFICATION, {-1, 1}, {5, 4}},
+                                 {zelsvm::SVM_TYPE_NU_CLASSIFICATION, {0, 2, 5.5}, {2, 4, 3}},
+                                 {zelsvm::SVM_TYPE_ONE_CLASS, {1, -1}, {9, 0}},
+                                 {zelsvm::SVM_TYPE_NU_REGRESSION, {}, {}}};
+
+// Nine support vectors with 8 features, of which the last two are 0 in all.
+zeltest::Samples nineVectors() {
+  zeltest::Samples vectors = unlabelled(8, sixteenths(72, 5));
+  for (std::size_t i = 0; i < 72; ++i)
+    if (i % 8 >= 6) vectors.values[i] = 0;
+  for (std::size_t i = 0; i < 9; ++i) vectors.values[8 * i + i % 6] = 1;
+  return vectors;
+}
+
+void addProbabilities(Model& model, bool regression) {
+  model.probability = true;
+  if (regression) model.sigma = 0.375;
+  if (model.hasLabels())
+    for (std::uint64_t i = 0; i + 1 < model.labels().size(); ++i)
+      model.sigmoids[{model.labels()[i], model.labels()[i + 1]}] = {-2 - 0.5 * double(i), 0.25};
+}
+
+void addScale(Model& model) {
+  std::vector<double2> bounds;
+  for (int j = 0; j < 8; ++j) bounds.push_back({-j / 4.0, j / 2.0});
+  model.scale.assign({-1, 1}, {0, 2}, {1.5, 9}, bounds.data(), 8);
+}
+
+void expectSameScale(const zelsvm::SvmScale<double>& a, const zelsvm::SvmScale<double>& b) {
+  EXPECT_EQ(a.xRange().x, b.xRange().x);
+  EXPECT_EQ(a.yRange().y, b.yRange().y);
+  EXPECT_EQ(a.yBounds().x, b.yBounds().x);
+  EXPECT_EQ(a.varianceFactor(), b.varianceFactor());
+  EXPECT_EQ(zeltest::pairsOf(a.featureBounds()), zeltest::pairsOf(b.featureBounds()));
+}
+
+void expectSameParts(const Model& before, const Model& after) {
+  EXPECT_EQ(valuesOf(after.rho()), valuesOf(before.rho()));
+  EXPECT_EQ(valuesOf(after.coefficients()), valuesOf(before.coefficients()));
+  EXPECT_EQ(after.sigma, before.sigma);
+  ASSERT_EQ(after.hasLabels(), before.hasLabels());
+  if (!before.hasLabels()) return;
+  EXPECT_EQ(valuesOf(after.labels()), valuesOf(before.labels()));
+  EXPECT_EQ(valuesOf(after.classStarts()), valuesOf(before.classStarts()));
+}
+
+void expectSameValues(const Values& actual, const Values& expected) {
+  ASSERT_EQ(actual.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i)
+    ASSERT_NEAR(actual[i], expected[i], 1e-12 * (1 + std::abs(expected[i]))) << i;
+}
+
+TEST_F(ModelRoundTrip, KeepsEveryKindOfModel) {
+  const zeltest::Samples test = unlabelled(8, sixteenths(8 * 30, 9));
+  for (const Kind& kind : kinds)
+    for (const bool sparse : {false, true})
+      for (const bool extras : {false, true}) {
+        const std::uint64_t indexBase = extras ? 0 : 1;
+        zelsvm::SvmParameters parameters;
+        parameters.svmType = static_cast<int>(kind.type);
+        parameters.kernelType = extras ? zelsvm::SVM_KERNEL_POLYNOMIAL : zelsvm::SVM_KERNEL_RADIAL;
+        parameters.degree = 2;
+        parameters.coef0 = 0.5;
+        parameters.sparse = sparse;
+        MadeModel made(parameters, nineVectors(), kind.labels, kind.sizes, 3);
+        const bool regression = kind.labels.empty();
+        const bool oneClass = kind.type == zelsvm::SVM_TYPE_ONE_CLASS;
+        if (extras) addScale(made.model);
+        if (extras && !oneClass) addProbabilities(made.model, regression);
+        const TempFile file;
+        zelsvm::writeModel(file.path(), indexBase, made.context, made.model);
+        const auto loaded = zelsvm::readModel<double>(file.path(), indexBase, !sparse);
+        const Model& model = *loaded.model;
+        EXPECT_EQ(loaded.context->svmType, kind.type);
+        EXPECT_EQ(loaded.context->gamma, 0.125) << "0 is resolved on writing";
+        EXPECT_EQ(loaded.context->coef0, extras ? 0.5 : 0);
+        EXPECT_FALSE(loaded.context->shrinking);
+        EXPECT_EQ(model.vectors().rowOffsets() != nullptr, sparse);
+        EXPECT_EQ(model.featureCount, extras ? 8u : 6u);
+        EXPECT_EQ(model.probability, made.model.probability);
+        expectSameParts(made.model, model);
+        if (extras) expectSameScale(made.model.scale, model.scale);
+        expectSameValues(zeltest::decisionValues(*loaded.context, model, test),
+                         zeltest::decisionValues(made.context, made.model, test));
+      }
+}
+
+TEST_F(ModelRoundTrip, KeepsSigmoidsOfEveryPair) {
+  MadeModel made({}, nineVectors(), kinds[1].labels, kinds[1].sizes, 3);
+  addProbabilities(made.model, false);
+  const TempFile file;
+  zelsvm::writeModel(file.path(), 1, made.context, made.model);
+  const auto loaded = zelsvm::readModel<double>(file.path(), 1, false);
+  const auto& sigmoids = loaded.model->sigmoids;
+  ASSERT_EQ(sigmoids.size(), 3u);
+  EXPECT_EQ(sigmoids.at({0, 2}).A, -2);
+  EXPECT_EQ(sigmoids.at({2, 5.5}).A, -2.5);
+  EXPECT_EQ(sigmoids.at({2, 5.5}).B, 0.25);
+  EXPECT_EQ(sigmoids.at({0, 5.5}).A, 0) << "the model had none for this pair";
+}
+
+// Under the linear kernel they add nothing, so predictions must stay.
+TEST_F(ModelRoundTrip, AllZeroVectorsVanishWithTheirCoefficients) {
+  zeltest::Samples vectors = nineVectors();
+  for (const std::size_t row : {1, 4, 8}) std::fill_n(vectors.values.begin() + row * 8, 8, 0.0);
+  zelsvm::SvmParameters parameters;
+  parameters.kernelType = zelsvm::SVM_KERNEL_LINEAR;
+  const zeltest::Samples test = unlabelled(8, sixteenths(80, 9));
+  for (const bool sparse : {false, true}) {
+    parameters.sparse = sparse;
+    MadeModel made(parameters, vectors, {1, 2, 3}, {2, 4, 3}, 3);
+    const TempFile file;
+    zelsvm::writeModel(file.path(), 1, made.context, made.model);
+    const auto loaded = zelsvm::readModel<double>(file.path(), 1, !sparse);
+    EXPECT_EQ(valuesOf(loaded.model->classSizes()), (Sizes{1, 3, 2}));
+    EXPECT_EQ(loaded.model->vectors().rows(), 6u);
+    expectSameValues(zeltest::decisionValues(*loaded.context, *loaded.model, test),
+                     zeltest::decisionValues(made.context, made.model, test));
+  }
+}
+
+const std::string type = "SvmType: smo-C-classification\n";
+const std::string counts = "NrClass: 2\nTotalSV: 2\n";
+const std::string classes = "Labels: 1 2\nNrSV: 1 1\n";
+const std::string vectors = "SV:\n1 1:1 \n-1 2:2 \n";
+
+TEST_F(ModelRoundTrip, RefusesWhatIsNoModel) {
+  const std::string linear = type + "KernelType: linear\n";
+  const std::string incomplete = "Error in loading SVM numeric values";
+  const std::string noModel = "Invalid model file format.";
+  const std::string rho = "Rho: 0.5\n";
+  const std::string three = "NrClass: 3\nTotalSV: 2\n";
+  const std::string threes = "Labels: 1 2 3\nNrSV: 1 1 0\nSV:\n1 1 1:1\n1 1 2:1\n";
+  const std::string others = "NrClass: 2\nRho: 1\n";
+  struct Case {
+    std::string text, failure;
+  };
+  for (const Case& c : {
+           Case{linear + counts + rho + classes + vectors, ""},
+           Case{"1 1:1 2:3\n-1 1:2\n", noModel},
+           Case{"SvmType:\n" + counts + rho + classes + vectors, noModel},
+           Case{"SvmType: c-svc\n" + counts + rho + vectors, "Unsupported SVM type"},
+           Case{type + "KernelType: rbf\n" + counts + rho + vectors, "Unsupported kernel type"},
+           Case{type + counts + rho + classes + vectors, "Unsupported kernel type"},
+           Case{linear + "Gamma: -1\n" + counts + rho + classes + vectors,
+                "Invalid gamma or degree parameters"},
+           Case{linear + "Degree: -2\n" + counts + rho + classes + vectors,
+                "Invalid gamma or degree parameters"},
+           Case{linear + counts + classes + vectors, "The SVM rho values are absent."},
+           Case{linear + "NrClass: 1\nSV:\n1:1\n", "The SVM rho values are absent."},
+           Case{linear + rho + three + threes, incomplete},
+           Case{linear + three + "Rho: 1 2 3\nProbability_A: 1 2 3\n" + threes, ""},
+           Case{linear + "Probability_A: 1\n" + three + "Rho: 1 2 3\n" + threes, incomplete},
+           Case{linear + "Labels: 1 2\n" + three + "Rho: 1 2 3\nNrSV: 1 1 0\nSV:\n1 1 1:1\n1 1 2:2",
+                incomplete},
+           Case{linear + counts + rho + "NrSV: 1 1\n" + vectors, incomplete},
+           Case{linear + counts + rho + "Labels: 1 2\n" + vectors, incomplete},
+           Case{"SvmType: smo-one-class\nKernelType: linear\n" + three + "Rho: 1 2 3\n" + threes,
+                incomplete},
+           Case{"SvmType: smo-nu-regression\nKernelType: linear\n" + three + "Rho: 1 2 3\n" + threes,
+                incomplete},
+           Case{"SvmType: smo-one-class\nKernelType: linear\n" + others + vectors, ""},
+           Case{linear + counts + rho + classes, "No proper data is found in input file"},
+       })
+    for (const bool dense : {false, true}) {
+      const TempFile file(c.text);
+      EXPECT_EQ(failureOf([&] { zelsvm::readModel<double>(file.path(), 1, dense); }), c.failure)
+          << c.text;
+    }
+  EXPECT_EQ(failureOf<zel::AppException>([] { zelsvm::readModel<double>("/nowhere", 1, true); }),
+            "failed to open /nowhere.");
+  MadeModel made({}, nineVectors(), {1, 2}, {5, 4}, 3);
+  EXPECT_EQ(failureOf<zel::AppException>(
+                [&] { zelsvm::writeModel("/dev/full", 1, made.context, made.model); }),
+            "failed writing to file: /dev/full");
+}
+
+// A cut model is refused unless the cut leaves the last line's coefficients; what loads predicts.
+TEST_F(ModelRoundTrip, NoCutGoesUnnoticed) {
+  MadeModel made({}, nineVectors(), kinds[1].labels, kinds[1].sizes, 3);
+  addScale(made.model);
+  addProbabilities(made.model, false);
+  const TempFile whole;
+  zelsvm::writeModel(whole.path(), 1, made.context, made.model);
+  const std::string text = whole.text();
+  const std::size_t lastLine = text.rfind('\n', text.size() - 2) + 1;
+  const std::size_t complete = text.find(' ', text.find(' ', lastLine) + 1);
+  const zeltest::Samples test = unlabelled(8, sixteenths(16, 9));
+  for (std::size_t length = 0; length <= text.size(); ++length) {
+    const TempFile file(text.substr(0, length));
+    const bool dense = length % 2 == 0;
+    bool loads = false;
+    const std::string failure = failureOf([&] {
+      const auto loaded = zelsvm::readModel<double>(file.path(), 1, dense);
+      loads = true;
+      EXPECT_EQ(zeltest::decisionValues(*loaded.context, *loaded.model, test).size(), 6u);
+    });
+    EXPECT_TRUE(loads ? failure.empty() && length > lastLine : !failure.empty()) << length;
+    EXPECT_TRUE(loads || length < complete) << failure;
+  }
+}
+
+// The header's lines without which a model still loads.
+TEST_F(ModelRoundTrip, MissingLinesAreNoticed) {
+  MadeModel made({}, nineVectors(), kinds[1].labels, kinds[1].sizes, 3);
+  addScale(made.model);
+  const TempFile whole;
+  zelsvm::writeModel(whole.path(), 1, made.context, made.model);
+  const std::string text = whole.text();
+  std::string optional;
+  for (std::size_t begin = 0; begin < text.find("SV:\n"); begin = text.find('\n', begin) + 1) {
+    const std::size_t end = text.find('\n', begin) + 1;
+    const TempFile file(text.substr(0, begin) + text.substr(end));
+    if (failureOf([&] { zelsvm::readModel<double>(file.path(), 1, false); }).empty())
+      optional += text.substr(begin, text.find(' ', begin + 2) - begin);
+  }
+  EXPECT_EQ(optional, "Gamma:X-scale:  0:  1:  2:  3:  4:  5:  6:  7:Y-scale:   TotalSV:");
+}
+
+}  // namespace

@@ -1,0 +1,158 @@
+// Training and prediction on real data: accuracy, reports, and settings that must not matter.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "text_match.h"
+#include "tools/tool_runs.h"
+
+namespace {
+
+using zeltest::cancerFile;
+using zeltest::Command;
+using zeltest::expectNear;
+using zeltest::matches;
+using zeltest::numbersIn;
+using zeltest::restOfLine;
+using zeltest::succeed;
+using zeltest::vectorLines;
+using zeltest::words;
+using zeltest::Workspace;
+
+constexpr const char* number = "-?[0-9.]+(e[-+][0-9]+)?";
+
+// The model that the options give on the set "data".
+std::string modelOf(const Workspace& workspace, const std::string& options,
+                    const zeltest::RunSettings& settings = {}) {
+  succeed(workspace, words("zelsvm-train -q " + options + " data model"), settings);
+  return workspace.read("model");
+}
+
+TEST(Training, EveryKernelOnRealData) {
+  const std::pair<const char*, double> kernels[] = {
+      {"-t 0", 97.5}, {"-t 1 -d 2 -r 1 -g 0.1", 97.5}, {"-t 2", 97}, {"-t 3 -g 0.01", 95}};
+  const Workspace workspace;
+  for (const auto& [options, least] : kernels) {
+    Command train = words(std::string("zelsvm-train -x -1:1 -c 2 ") + options);
+    train.insert(train.end(), {cancerFile(), "model"});
+    succeed(workspace, train);
+    const std::string text = succeed(workspace, {"zelsvm-predict", cancerFile(), "model", "out"});
+    EXPECT_TRUE(matches(text, std::string("[^\n]+ GPU\n\n\\.\nAccuracy = ") + number + "%\n"));
+    EXPECT_GE(numbersIn(restOfLine(text, "Accuracy = ")).at(0), least) << options;
+  }
+}
+
+TEST(Training, ReportAndModelAgree) {
+  const Workspace workspace;
+  const std::string text =
+      succeed(workspace, {"zelsvm-train", "-x", "-1:1", "-c", "2", cancerFile(), "model"});
+  const std::string value = number;
+  EXPECT_TRUE(matches(text,
+                      "[^\n]+ GPU\n\n\\.\nFinished optimization in [0-9]+ iterations\n\n\n"
+                      "nu = " +
+                          value + "\nobj = " + value + ", rho = " + value +
+                          "\nnSV = [0-9]+, nBSV = [0-9]+\nTotal nSV = [0-9]+\n"))
+      << text;
+  const std::string model = workspace.read("model");
+  const double total = numbersIn(restOfLine(text, "Total nSV = ")).at(0);
+  EXPECT_EQ(numbersIn(restOfLine(model, "TotalSV: ")).at(0), total);
+  EXPECT_EQ(numbersIn(restOfLine(text, "\nnSV = ")).at(0), total);
+  EXPECT_EQ(static_cast<double>(vectorLines(model).size()), total);
+  EXPECT_EQ(restOfLine(text, ", rho = "), restOfLine(model, "Rho: "));
+  EXPECT_EQ(restOfLine(model, "Labels: "), "-1 1");
+}
+
+TEST(Training, QuietRunsReportTheOptimizationOnly) {
+  const Workspace workspace;
+  workspace.write("data", zeltest::fileText(zeltest::classSamples(40, 3, {1, 2}, 1)));
+  EXPECT_TRUE(matches(succeed(workspace, words("zelsvm-train -q data model")),
+                      "\nFinished optimization in [0-9]+ iterations\n\n\n"));
+  EXPECT_EQ(succeed(workspace, words("zelsvm-predict -q data model out")), "");
+}
+
+TEST(Training, DefaultModelLiesInTheCurrentDirectory) {
+  const Workspace workspace;
+  std::filesystem::create_directory(workspace.folder() / "sub");
+  const std::string data = zeltest::fileText(zeltest::classSamples(20, 2, {1, 2}, 1));
+  const std::string absolute = (workspace.folder() / "sub" / "third").string();
+  const std::pair<std::string, std::string> names[] = {{"first.txt", "first.txt.model"},
+                                                       {"sub/second.txt", "second.txt.model"},
+                                                       {"./sub/../sub/second.b", "second.b.model"},
+                                                       {"sub\\heart.txt", "heart.txt.model"},
+                                                       {absolute, "third.model"}};
+  for (const auto& [path, model] : names) {
+    workspace.write(path, data);
+    succeed(workspace, {"zelsvm-train", "-q", path});
+    EXPECT_TRUE(std::filesystem::is_regular_file(workspace.folder() / model)) << path;
+  }
+  EXPECT_EQ(workspace.files().size(), 1 + 2 * std::size(names));
+}
+
+TEST(Training, OptionsInAllForms) {
+  const Workspace workspace;
+  workspace.write("data", zeltest::fileText(zeltest::classSamples(60, 3, {1, 2}, 1)));
+  const std::string expected = modelOf(workspace, "-c 10 -g 0.25");
+  EXPECT_NE(modelOf(workspace, "-g 0.25"), expected);
+  for (const char* options : {"/c 10 /g 0.25", "-c10 -g.25", "-c 1 -c 10x -g 25e-2",
+                              "-hqc 10 /g.25", "-? -z -c 10 -g 0.25 --", "-c 10 -g 0.25 -"})
+    EXPECT_EQ(modelOf(workspace, options), expected) << options;
+}
+
+TEST(Training, CacheThreadsAndLocaleDoNotMatter) {
+  const Workspace workspace;
+  // So many samples that sweeps use threads, work is done in batches and variables are shrunk.
+  workspace.write("data", zeltest::fileText(zeltest::classSamples(6000, 4, {-1, 1}, 1)));
+  const std::string options = "-x 0:1 -c 0.5 -g 2 -L 3000 -e 0.01";
+  const auto with = [&](const std::string& more, const char* name, const char* value) {
+    return modelOf(workspace, options + more, {.environment = {{name, value}}});
+  };
+  const std::string expected = with("", "OMP_NUM_THREADS", "1");
+  EXPECT_EQ(with("", "OMP_NUM_THREADS", "2"), expected);
+  EXPECT_EQ(with(" -m 0", "OMP_NUM_THREADS", "2"), expected);
+  EXPECT_EQ(with("", "LC_ALL", "de_DE.UTF-8"), expected);
+  succeed(workspace, words("zelsvm-predict -q data model out1"),
+          {.environment = {{"OMP_NUM_THREADS", "1"}}});
+  succeed(workspace, words("zelsvm-predict -q data model out2"),
+          {.environment = {{"OMP_NUM_THREADS", "2"}, {"LC_ALL", "de_DE.UTF-8"}}});
+  EXPECT_EQ(workspace.read("out1"), workspace.read("out2"));
+}
+
+TEST(Training, DenseAndSparseAgree) {
+  const Workspace workspace;
+  workspace.write("data", zeltest::fileText(zeltest::targetSamples(60, 5, 1)));
+  for (const char* kernel : {"-t 0", "-t 1 -d 2 -r 1 -g 0.5", "-t 2 -g 0.5", "-t 3 -g 0.1"}) {
+    const auto predictions = [&](const std::string& dense) {
+      modelOf(workspace, "-s 3 -e 1e-7 -x 0:1 " + dense + kernel);
+      succeed(workspace, words("zelsvm-predict -q " + dense + "data model out"));
+      return numbersIn(workspace.read("out"));
+    };
+    expectNear(predictions(""), predictions("-X "), 1e-4);
+  }
+  // Only this kernel leaves no choice of the multipliers.
+  const std::string options = "-s 3 -e 1e-9 -x 0:1 -t 2 -g 2";
+  expectNear(numbersIn(modelOf(workspace, options)), numbersIn(modelOf(workspace, options + " -X")),
+             1e-4);
+}
+
+TEST(Training, IterationLimitEndsTheRun) {
+  const Workspace workspace;
+  workspace.write("data", zeltest::fileText(zeltest::classSamples(2000, 3, {1, 2}, 1)));
+  const std::string text = succeed(workspace, words("zelsvm-train -L 1 -c 1000 -e 1e-9 data"));
+  EXPECT_NE(text.find("\nFailed to reach optimization in "), std::string::npos) << text;
+  const std::string full = succeed(workspace, words("zelsvm-train -L 100000 -c 1 data"));
+  EXPECT_NE(full.find("\nFinished optimization in "), std::string::npos) << full;
+}
+
+TEST(Training, OneLabelIsPredictedForEverySample) {
+  const Workspace workspace;
+  workspace.write("data", "3 1:1\n3 1:2 2:5\n");
+  workspace.write("test", "3 1:9\n4 2:1\n");
+  EXPECT_TRUE(matches(succeed(workspace, words("zelsvm-train data model")),
+                      "[^\n]+ GPU\n\nTotal nSV = 1\n"));
+  const std::string text = succeed(workspace, words("zelsvm-predict test model out"));
+  EXPECT_EQ(restOfLine(text, "Accuracy = "), "50%");
+  EXPECT_EQ(workspace.read("out"), "3 \n3 \n");
+}
+
+}  // namespace
