@@ -161,13 +161,6 @@ TEST_P(MatrixTest, MultipliesAllRowsWithABlock) {
     }
 }
 
-TEST_P(MatrixTest, WorksWithOneElement) {
-  const StoredMatrix stored = make(1, 1);
-  DeviceVector<double> result(1);
-  stored.matrix->rowProducts(result, 0);
-  expectProducts(stored.sums, stored.table, valuesOf(result), 1);
-}
-
 // Whichever allocation fails, it is an error, and the matrix works as soon as there is memory.
 TEST_P(MatrixTest, SurvivesADeviceWithoutMemory) {
   std::uint64_t failures = 0;

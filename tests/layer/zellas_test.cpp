@@ -117,13 +117,6 @@ TEST(SparseWrapper, ScattersAnyStretchOfStoredEntries) {
   }
 }
 
-TEST(SparseWrapper, RefusesBrokenIndices) {
-  SmallCsr a;
-  DeviceVector<int> columns{hostVector<int>({0, 1, 3})};
-  EXPECT_THROW(zellas::SparseMatrix<double>(a.context, a.values, columns, a.offsets, 2, 3),
-               RuntimeException);
-}
-
 // Both transpositions, over samples that lie further apart than they are long.
 TEST(DenseWrapper, MultipliesWithEitherSide) {
   BlasContext blas;

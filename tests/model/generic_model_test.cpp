@@ -38,13 +38,13 @@ TEST(GenericModel, PairsTakeTheirColumnsOfTheCoefficients) {
   model.setCoefficients(hostVector<double>({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}));
   zelsvm::HostVector<double> target(5);
   std::uint64_t t = 0;
-  for (const auto& [a, b, expected] : std::vector<std::tuple<int, int, std::vector<double>>>{
-           {0, 1, {1, 4, 7, 0, 0}},
-           {0, 2, {2, 5, 0, 0, 0}},
-           {0, 3, {3, 6, 0, 10, 13}},
-           {1, 2, {0, 0, 8, 0, 0}},
-           {1, 3, {0, 0, 9, 11, 14}},
-           {2, 3, {0, 0, 0, 12, 15}}}) {
+  for (const auto& [a, b, expected] :
+       std::vector<std::tuple<int, int, std::vector<double>>>{{0, 1, {1, 4, 7, 0, 0}},
+                                                              {0, 2, {2, 5, 0, 0, 0}},
+                                                              {0, 3, {3, 6, 0, 10, 13}},
+                                                              {1, 2, {0, 0, 8, 0, 0}},
+                                                              {1, 3, {0, 0, 9, 11, 14}},
+                                                              {2, 3, {0, 0, 0, 12, 15}}}) {
     const auto i = static_cast<std::uint64_t>(a);
     const auto j = static_cast<std::uint64_t>(b);
     EXPECT_EQ(zelsvm::pairIndex(i, j, 4), t++);
@@ -55,21 +55,6 @@ TEST(GenericModel, PairsTakeTheirColumnsOfTheCoefficients) {
   for (const auto& [i, j] : {std::pair{1u, 1u}, std::pair{1u, 0u}, std::pair{0u, 4u}})
     EXPECT_EQ(failureOf<AppException>([&, a = i, b = j] { model.pairCoefficients(target, a, b); }),
               "Unrecognized label pair");
-}
-
-TEST(GenericModel, GathersItsVectorsOnce) {
-  zelsvm::SvmContext<double> context({}, zelsvm::ParameterChecks::model);
-  zeltest::DataSet data(zeltest::unlabelled(2, {1, 2, 3, 4, 5, 6}), context);
-  Model model;
-  EXPECT_EQ(failureOf<AppException>([&] { model.gatherVectors(data.data().matrix()); }),
-            "The SVM vectors are not yet defined.");
-  model.setIndices(indexList({2, 0}));
-  model.gatherVectors(data.data().matrix());
-  EXPECT_EQ(model.featureCount, 2u);
-  model.setIndices(indexList({1}));
-  model.gatherVectors(data.data().matrix());
-  EXPECT_EQ(valuesOf(model.vectors().rowIds()), (std::vector<unsigned long long>{2, 0}));
-  EXPECT_EQ(model.vectors().values()[1], 6);
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ std::string fileText(const Samples& samples) {
   for (std::uint64_t i = 0; i < samples.rows(); ++i) {
     text << samples.labels[i];
     for (std::uint64_t k = 0; k < samples.cols; ++k)
-      if (samples.row(i)[k] != 0) text << ' ' << k + 1 << ':' << samples.row(i)[k];
+      if (k == 0 || samples.row(i)[k] != 0) text << ' ' << k + 1 << ':' << samples.row(i)[k];
     text << '\n';
   }
   return text.str();

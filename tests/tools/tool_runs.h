@@ -31,7 +31,7 @@ void refuse(const Workspace& workspace, const Command& command, const std::strin
 // Where the example data set lies.
 std::string cancerFile();
 
-// The samples in the data files' grammar, zeros left out.
+// The samples in the data files' grammar, zeros behind the first feature left out.
 std::string fileText(const Samples& samples);
 
 // All tokens between blanks, colons and line feeds as numbers; what is none counts as 0.

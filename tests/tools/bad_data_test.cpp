@@ -1,0 +1,124 @@
+// Data files that no tool may take for samples, and strange ones that must work.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tools/tool_runs.h"
+
+namespace {
+
+using zeltest::refuse;
+using zeltest::restOfLine;
+using zeltest::succeed;
+using zeltest::words;
+using zeltest::Workspace;
+
+// Every tool that reads the file refuses it, as sparse and as dense rows.
+void refuseData(const Workspace& workspace, const std::string& path, const std::string& message) {
+  refuse(workspace, {"zelsvm-train", "-q", path, "result"}, message);
+  refuse(workspace, {"zelsvm-train", "-q", "-X", path, "result"}, message);
+  refuse(workspace, {"zelsvm-predict", "-q", path, "model", "result"}, message);
+  refuse(workspace, {"zelsvm-scale", "-q", "-s", "record", path, "result"}, message);
+}
+
+class BadData : public testing::Test {
+ protected:
+  BadData() {
+    workspace.write("data", "1 1:1\n-1 1:2\n");
+    succeed(workspace, words("zelsvm-train -q data model"));
+  }
+
+  Workspace workspace;
+};
+
+TEST_F(BadData, FilesThatCannotBeRead) {
+  namespace fs = std::filesystem;
+  fs::create_directory(workspace.folder() / "folder");
+  fs::create_symlink("nowhere", workspace.folder() / "dangling");
+  for (const char* path : {"missing", "folder", "dangling", "data/below", "missing/data"})
+    refuseData(workspace, path, std::string("failed to open ") + path + ".");
+  refuseData(workspace, "/dev/null", "not a file that can be read twice: /dev/null");
+  // It opens, but its first page cannot be read.
+  refuseData(workspace, "/proc/self/mem", "failed reading from file: /proc/self/mem");
+}
+
+TEST_F(BadData, Contents) {
+  const std::string noData = "No proper data is found in input file";
+  const std::string noNumbers = "Error in loading SVM numeric values";
+  const std::string underflow = "Base index underflow detected in sparse data";
+  const std::pair<std::string, std::string> cases[] = {
+      {"", noData},
+      {std::string(1000, '\n'), noData},
+      {" \t\r\n\n", noData},
+      {"1\n-1 2:\n", noData},
+      {"1:0.5 2:1\n", noNumbers},
+      {"1 1:1\n1:0.5 2:1\n", noNumbers},
+      {"1 0:2\n", underflow},
+      {"1 1:1\n-1 1:1 x:2\n", underflow},
+      {workspace.read("model"), "Unexpected model content in input data file"},
+      {std::string("1 1:1\n\0\n", 8), "a NUL character in text file: file"},
+      {std::string("\x7f"
+                   "ELF\2\1\1\0\0\0",
+                   10),
+       "a NUL character in text file: file"}};
+  for (const auto& [text, message] : cases) {
+    workspace.write("file", text);
+    refuseData(workspace, "file", message);
+  }
+}
+
+TEST_F(BadData, IndicesThatNoMatrixHolds) {
+  std::string rows;
+  for (int i = 0; i < 1000; ++i) rows += "1 1:1\n";
+  for (const char* index : {"2147483648", "4294967295", "99999999999", "-1"}) {
+    workspace.write("file", rows + "-1 " + index + ":1\n");
+    refuse(workspace, words("zelsvm-train -q file result"),
+           "A feature index is too large for sparse data");
+    refuse(workspace, words("zelsvm-train -q -X file result"), "Unable to allocate memory");
+    refuse(workspace, words("zelsvm-scale -q file result"),
+           "A feature index is too large for sparse data");
+  }
+}
+
+TEST_F(BadData, LabelsOfClassification) {
+  for (const char* label : {"1.5", "-2.9", "nan", "1e-9"}) {
+    workspace.write("file", "1 1:1\n" + std::string(label) + " 1:2\n");
+    for (const char* type : {"-s 0", "-s 1"})
+      refuse(workspace, words(std::string("zelsvm-train -q ") + type + " file result"),
+             "Only integer values are supported for classification.");
+  }
+  // A target is no label.
+  workspace.write("file", "1.5 1:1\n-2.9 1:2\n");
+  succeed(workspace, words("zelsvm-train -q -s 3 file result"));
+}
+
+TEST_F(BadData, WideSparseDataWork) {
+  workspace.write("file", "1 1000000:1\n-1 999999:1 1:2\n");
+  for (const char* kernel : {"-t 0", "-t 2 -g 1"}) {
+    succeed(workspace, words(std::string("zelsvm-train -q ") + kernel + " file wide"));
+    const std::string text = succeed(workspace, words("zelsvm-predict file wide out"));
+    EXPECT_EQ(restOfLine(text, "Accuracy = "), "100%");
+  }
+}
+
+TEST_F(BadData, LongLinesAndStrangeNumbersTrain) {
+  std::string line;
+  for (int k = 1; k <= 200000; ++k) line += ' ' + std::to_string(k) + ":0.0000000000000000125";
+  workspace.write("file", "+1" + line + "\n0x2 1:+1 200001:1e5x 1:abc 7x:-.5e-3\n");
+  succeed(workspace, words("zelsvm-train -q -t 0 file long"));
+  EXPECT_EQ(restOfLine(workspace.read("long"), "Labels: "), "1 2");
+}
+
+// What is computed from them is no number either; the tools must just come to an end.
+TEST_F(BadData, ValuesThatAreNoFiniteNumbers) {
+  for (const char* value : {"inf", "-inf", "nan", "1e308", "1e-320"})
+    for (const char* type : {"0", "1", "2", "3", "4"}) {
+      workspace.write("file", "1 1:" + std::string(value) + "\n-1 1:2\n1 1:3\n-1 1:-1\n");
+      const auto result =
+          workspace.run("zelsvm-train", {"-q", "-L", "10000", "-s", type, "file", "strange"});
+      EXPECT_TRUE(result.status == 0 || result.status == 1) << testing::PrintToString(result);
+      EXPECT_FALSE(result.timedOut);
+    }
+}
+
+}  // namespace

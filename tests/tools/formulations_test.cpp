@@ -1,0 +1,161 @@
+// The five formulations and several labels, from the data file to the predictions.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "text_match.h"
+#include "tools/tool_runs.h"
+
+namespace {
+
+using zeltest::classSamples;
+using zeltest::expectNear;
+using zeltest::fileText;
+using zeltest::matches;
+using zeltest::numbersIn;
+using zeltest::restOfLine;
+using zeltest::Samples;
+using zeltest::succeed;
+using zeltest::words;
+using zeltest::Workspace;
+
+const std::string number = "-?[0-9.]+(e[-+][0-9]+)?";
+
+TEST(Formulations, ReportLines) {
+  const struct {
+    const char *options, *firstLine, *name;
+  } cases[] = {{"-s 0", "nu", "smo-C-classification"},
+               {"-s 0 -w 1:2", "", "smo-C-classification"},
+               {"-s 1 -n 0.3", "C", "smo-nu-classification"},
+               {"-s 2 -n 0.3", "", "smo-one-class"},
+               {"-s 3", "nu", "smo-epsilon-regression"},
+               {"-s 4 -n 0.3", "epsilon", "smo-nu-regression"}};
+  const Workspace workspace;
+  workspace.write("data", fileText(classSamples(80, 3, {1, -1}, 1)));
+  for (const auto& c : cases) {
+    const std::string line = c.firstLine;
+    const std::string first = line.empty() ? "" : line + " = " + number + "\n";
+    const std::string text =
+        succeed(workspace, words("zelsvm-train " + std::string(c.options) + " data model"));
+    EXPECT_TRUE(matches(text,
+                        "[^\n]+ GPU\n\n[.]+\nFinished optimization in [0-9]+ iterations"
+                        "\n\n\n" +
+                            first + "obj = " + number + ", rho = " + number +
+                            "\nnSV = [0-9]+, nBSV = [0-9]+\nTotal nSV = [0-9]+\n"))
+        << text;
+    EXPECT_EQ(restOfLine(workspace.read("model"), "SvmType: "), c.name);
+  }
+}
+
+TEST(Formulations, ClassificationOfRealData) {
+  const Workspace workspace;
+  succeed(workspace,
+          {"zelsvm-train", "-s", "1", "-n", "0.1", "-x", "-1:1", zeltest::cancerFile(), "model"});
+  const std::string text =
+      succeed(workspace, {"zelsvm-predict", zeltest::cancerFile(), "model", "out"});
+  EXPECT_GE(numbersIn(restOfLine(text, "Accuracy = ")).at(0), 97);
+}
+
+TEST(Formulations, OneClassLeavesAboutNuOutside) {
+  const Workspace workspace;
+  Samples samples = classSamples(400, 3, {1, 2}, 1);
+  std::fill(samples.labels.begin(), samples.labels.end(), 1);
+  workspace.write("data", fileText(samples));
+  for (const double nu : {0.05, 0.2}) {
+    succeed(workspace, words("zelsvm-train -s 2 -n " + std::to_string(nu) + " data model"));
+    const std::string text = succeed(workspace, words("zelsvm-predict data model out"));
+    EXPECT_NEAR(numbersIn(restOfLine(text, "Accuracy = ")).at(0), 100 * (1 - nu), 2);
+    const auto predictions = numbersIn(workspace.read("out"));
+    EXPECT_NEAR(static_cast<double>(std::count(predictions.begin(), predictions.end(), -1)),
+                400 * nu, 8);
+  }
+}
+
+double squaredError(const std::vector<double>& a, const std::vector<double>& b) {
+  double sum = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) sum += (a[i] - b[i]) * (a[i] - b[i]);
+  return sum / static_cast<double>(a.size());
+}
+
+TEST(Formulations, RegressionReportsUnscaledErrors) {
+  const Workspace workspace;
+  Samples samples = zeltest::targetSamples(150, 2, 1);
+  for (double& target : samples.labels) target = std::round(1000 * target) / 10 + 300;
+  workspace.write("data", fileText(samples));
+  for (const char* type : {"-s 3 -p 0.01", "-s 4 -n 0.5"}) {
+    succeed(workspace,
+            words(std::string("zelsvm-train -x 0:1 -y -1:1 -c 10 -g 2 ") + type + " data model"));
+    const std::string text = succeed(workspace, words("zelsvm-predict data model out"));
+    EXPECT_TRUE(matches(text, "[^\n]+ GPU\n\n\\.\nMean squared error = " + number +
+                                  "\nPearson correlation coefficient = " + number + "\n"))
+        << text;
+    const auto predictions = numbersIn(workspace.read("out"));
+    ASSERT_EQ(predictions.size(), samples.rows());
+    const double error = numbersIn(restOfLine(text, "error = ")).at(0);
+    EXPECT_NEAR(error, squaredError(predictions, samples.labels), 1e-4 * error);
+    EXPECT_GE(numbersIn(restOfLine(text, "coefficient = ")).at(0), 0.9) << type;
+  }
+}
+
+TEST(ManyLabels, FileOrderDoesNotMatter) {
+  const Workspace workspace;
+  const Samples samples = classSamples(150, 6, {7, -3, 2}, 1);
+  std::vector<std::uint64_t> reversed(samples.rows());
+  for (std::uint64_t i = 0; i < reversed.size(); ++i) reversed[i] = reversed.size() - 1 - i;
+  workspace.write("data", fileText(samples));
+  workspace.write("reversed", fileText(samples.selection(reversed)));
+  for (const char* set : {"data", "reversed"}) {
+    const std::string name = set;
+    const std::string report =
+        succeed(workspace, words("zelsvm-train -c 100 -g 1 -e 1e-6 " + name + " model"));
+    EXPECT_TRUE(matches(report, "(.*Finished optimization in){3}.*Total nSV = [0-9]+\n"));
+    EXPECT_EQ(restOfLine(workspace.read("model"), "Labels: "), "-3 2 7");
+    const std::string text = succeed(workspace, words("zelsvm-predict data model out-" + name));
+    EXPECT_GE(numbersIn(restOfLine(text, "Accuracy = ")).at(0), 95);
+  }
+  EXPECT_EQ(workspace.read("out-data"), workspace.read("out-reversed"));
+}
+
+TEST(ManyLabels, ExtremeLabels) {
+  const Workspace workspace;
+  workspace.write("data", "1e300 1:1\n-0 1:2\n0 1:3\n-1e300 1:4\n");
+  succeed(workspace, words("zelsvm-train -c 100 -g 1 data model"));
+  EXPECT_EQ(restOfLine(workspace.read("model"), "Labels: "), "-1e+300 0 1e+300");
+  succeed(workspace, words("zelsvm-predict data model out"));
+  EXPECT_EQ(workspace.read("out"), "1e+300 \n0 \n0 \n-1e+300 \n");
+}
+
+// The largest coefficient among the support vectors of every class.
+std::vector<double> largestCoefficients(const std::string& model) {
+  const auto lines = zeltest::vectorLines(model);
+  auto line = lines.begin();
+  std::vector<double> result;
+  for (const double size : numbersIn(restOfLine(model, "NrSV: "))) {
+    double largest = 0;
+    for (double i = 0; i < size; ++i, ++line) {
+      const auto numbers = numbersIn(*line);
+      for (const double c : {numbers.at(0), numbers.at(1)})
+        largest = std::max(largest, std::fabs(c));
+    }
+    result.push_back(largest);
+  }
+  return result;
+}
+
+TEST(ManyLabels, WeightsInAllSpellings) {
+  const Workspace workspace;
+  workspace.write("data", fileText(classSamples(150, 2, {1, 2, 3}, 1)));
+  const auto modelWith = [&](const std::string& weights) {
+    succeed(workspace, {"zelsvm-train", "-q", "-c", "0.5", "-w", weights, "data", "model"});
+    return workspace.read("model");
+  };
+  const std::string expected = modelWith("1:4 3:0.5");
+  // Overlapping classes: some multiplier is at its bound, C times the class's weight.
+  EXPECT_EQ(largestCoefficients(expected), (std::vector<double>{2, 0.5, 0.25}));
+  for (const char* weights : {"\"1:4 3:0.5\"", "'1:4 3:0.5'", "\"1:4\" \"3:0.5\"", "1:4  3:0.5",
+                              " 1:4 3:.5", "1:4 3:0.5 1:9", "1:4 3:0.5 5:7", "1:4 3:5e-1 2"})
+    EXPECT_EQ(modelWith(weights), expected) << weights;
+}
+
+}  // namespace

@@ -1,0 +1,109 @@
+// The prediction tool: its files, test sets of other widths, and what it refuses.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "text_match.h"
+#include "tools/tool_runs.h"
+
+namespace {
+
+using zeltest::fileText;
+using zeltest::numbersIn;
+using zeltest::refuse;
+using zeltest::restOfLine;
+using zeltest::succeed;
+using zeltest::words;
+using zeltest::Workspace;
+
+TEST(Prediction, FileAndReportAgree) {
+  const Workspace workspace;
+  const auto samples = zeltest::classSamples(200, 3, {1, 12}, 1);
+  workspace.write("data", fileText(samples));
+  succeed(workspace, words("zelsvm-train -q data model"));
+  const std::string text = succeed(workspace, words("zelsvm-predict data model out"));
+  const std::string out = workspace.read("out");
+  EXPECT_TRUE(zeltest::matches(out, "((1|12) \n){200}"));
+  const auto predictions = numbersIn(out);
+  double correct = 0;
+  for (std::size_t i = 0; i < predictions.size(); ++i)
+    correct += predictions[i] == samples.labels[i];
+  EXPECT_EQ(numbersIn(restOfLine(text, "Accuracy = ")).at(0), correct / 2);
+  EXPECT_LT(correct, 200);
+}
+
+class PredictionWidths : public testing::TestWithParam<const char*> {
+ protected:
+  PredictionWidths() {
+    workspace.write("data", fileText(zeltest::targetSamples(50, 3, 1)));
+    workspace.write("padded", "0 1:0 5:0\n" + fileText(zeltest::targetSamples(50, 3, 1)));
+    workspace.write("plain", "0 1:0 3:0\n" + fileText(zeltest::targetSamples(50, 3, 1)));
+  }
+
+  // The predictions for the lines of the test set.
+  std::vector<double> predict(const std::string& test, const std::string& model) {
+    workspace.write("test", test);
+    succeed(workspace,
+            words(std::string("zelsvm-predict -q") + GetParam() + " test " + model + " out"));
+    return numbersIn(workspace.read("out"));
+  }
+
+  void train(const std::string& options, const std::string& data) {
+    succeed(workspace, words(std::string("zelsvm-train -q -s 3") + GetParam() + ' ' + options +
+                             ' ' + data + " model-" + data));
+  }
+
+  Workspace workspace;
+};
+
+TEST_P(PredictionWidths, FeaturesThatTheTestSetLacksAreZero) {
+  for (const char* kernel : {"-t 0", "-t 2 -g 0.5", "-t 1 -r 1"}) {
+    train(std::string("-x 1:3 -y 0:9 ") + kernel, "data");
+    const auto narrow = predict("1 1:0.5\n2 1:-0.25\n", "model-data");
+    const auto full = predict("1 1:0.5 2:0 3:0\n2 1:-0.25 2:0 3:0\n", "model-data");
+    EXPECT_EQ(narrow, full) << kernel;
+    EXPECT_NE(narrow, predict("1 1:0.5 2:1\n2 1:-0.25 2:1\n", "model-data"));
+  }
+}
+
+TEST_P(PredictionWidths, FeaturesThatTheModelLacksAreZeroThere) {
+  const std::string test = "1 1:0.5 4:0.5\n2 2:1 3:0.25 4:-1 5:2\n";
+  for (const char* kernel : {"-t 0 -e 1e-7", "-t 2 -g 0.5 -e 1e-7"}) {
+    train(kernel, "plain");
+    train(kernel, "padded");
+    zeltest::expectNear(predict(test, "model-plain"), predict(test, "model-padded"), 1e-4);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, PredictionWidths, testing::Values("", " -X"),
+                         [](const auto& rows) { return *rows.param == 0 ? "Sparse" : "Dense"; });
+
+TEST(Prediction, SupportVectorWithoutFeaturesIsLeftOut) {
+  const Workspace workspace;
+  workspace.write("data", "3 1:0\n1 1:1\n-1 1:-1\n2 1:2\n");
+  // The dense rows' model does not write zeros; a vector of zeros adds nothing to this kernel.
+  succeed(workspace, words("zelsvm-train -q -s 3 -t 0 data sparse"));
+  succeed(workspace, words("zelsvm-train -q -s 3 -t 0 -X data dense"));
+  const auto lines = zeltest::vectorLines(workspace.read("dense"));
+  ASSERT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
+    return line.find(':') == std::string::npos;
+  }));
+  succeed(workspace, words("zelsvm-predict -q data sparse out-sparse"));
+  succeed(workspace, words("zelsvm-predict -q data dense out-dense"));
+  EXPECT_EQ(workspace.read("out-dense"), workspace.read("out-sparse"));
+}
+
+TEST(Prediction, ProbabilitiesAreRefused) {
+  const Workspace workspace;
+  workspace.write("data", "1 1:1\n-1 1:2\n1 1:3\n");
+  for (const char* type : {"-s 0", "-s 3"}) {
+    succeed(workspace, words(std::string("zelsvm-train -q ") + type + " data model"));
+    refuse(workspace, words("zelsvm-predict -q -b 1 data model out"),
+           "The model does not contain probability parameters.");
+  }
+  succeed(workspace, words("zelsvm-train -q -s 2 data model"));
+  refuse(workspace, words("zelsvm-predict -q -b 1 data model out"),
+         "Probability output for one-class SVM is not supported.");
+}
+
+}  // namespace
