@@ -15,7 +15,7 @@ namespace {
 
 template <typename T>
 cusparseStatus_t add(T** handle, T&& object) {
-  *handle = LiveObjects<T>::instance().add(std::move(object));
+  *handle = LiveObjects<T>::instance().add(std::forward<T>(object));
   return *handle == nullptr ? CUSPARSE_STATUS_ALLOC_FAILED : CUSPARSE_STATUS_SUCCESS;
 }
 

@@ -19,7 +19,7 @@ namespace {
 
 std::string processorName() {
   const SmallFile processors("/proc/cpuinfo");
-  if (auto line = processors.lineAfter("model name"); line && line->find(": ") != line->npos)
+  if (auto line = processors.lineAfter("model name"); line && line->find(": ") != std::string::npos)
     return std::string(line->substr(line->find(": ") + 2));
   utsname system{};
   return ::uname(&system) == 0 ? system.machine : "processor";

@@ -2,15 +2,18 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace zel::inline ZEL_PLATFORM {
 
 // Owns the objects and knows which handles are alive, so that null, foreign and destroyed handles
-// are refused. Few live at once; the search is linear.
+// are refused. Few live at once; the search is linear. Plain descriptors come and go with every
+// product, so theirs are kept for the next one.
 template <typename T>
 class LiveObjects {
  public:
@@ -22,7 +25,13 @@ class LiveObjects {
 
   // Takes the object over; null when memory is out.
   T* add(T&& object) noexcept try {
-    owned.push_back(std::make_unique<T>(std::move(object)));
+    if (spare.empty()) {
+      owned.push_back(std::make_unique<T>(std::move(object)));
+    } else {
+      *spare.back() = std::move(object);
+      owned.push_back(std::move(spare.back()));
+      spare.pop_back();
+    }
     return owned.back().get();
   } catch (const std::bad_alloc&) {
     return nullptr;
@@ -34,6 +43,8 @@ class LiveObjects {
   bool remove(const T* handle) {
     const auto place = find(handle);
     if (place == owned.end()) return false;
+    if constexpr (std::is_trivially_destructible_v<T>)
+      spare.push_back(std::move(owned[static_cast<std::size_t>(place - owned.begin())]));
     owned.erase(place);
     return true;
   }
@@ -45,6 +56,7 @@ class LiveObjects {
   }
 
   std::vector<std::unique_ptr<T>> owned;
+  std::vector<std::unique_ptr<T>> spare;
 };
 
 template <typename T>

@@ -6,7 +6,7 @@
 namespace zel::inline ZEL_PLATFORM {
 
 // First byte of the texture's memory; null for a handle that is not alive.
-const void* textureMemory(cudaTextureObject_t texture);
+const void* textureMemory(cudaTextureObject_t handle);
 
 template <typename T>
 const T* textureData(cudaTextureObject_t texture) {

@@ -181,6 +181,11 @@ void SparseMatrix<T>::rowProducts(DeviceVector<T>& result, std::uint64_t row) {
   const std::uint64_t count = rowEnd(row) - begin;
   if (isFullRow(row)) {
     deviceRow->copyFrom(*deviceValues, 0, begin, count);
+  } else if (count > this->cols()) {
+    // Repeated columns: more entries than a sparse vector may store.
+    rowBuffer.resize(this->cols());
+    copyRow(rowBuffer.data(), row, true);
+    deviceRow->copyFrom(rowBuffer, 0, 0, this->cols());
   } else {
     zel::clearDeviceMemory(deviceRow->data(), this->cols() * sizeof(T));
     if (count != 0) deviceMatrix->scatterRow(deviceRow->data(), begin, count);

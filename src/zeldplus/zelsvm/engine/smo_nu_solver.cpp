@@ -62,8 +62,8 @@ template <typename T>
 T SmoNuSolver<T>::selectWorkingSet(SmoSelection<T>& positive, SmoSelection<T>& negative,
                                    unsigned activeCount) {
   selectGrid = zel::gridSize(selectLimit, activeCount, searchBlock);
-  upperBlocks.resize(2 * selectGrid);
-  indexBlocks.resize(2 * selectGrid);
+  upperBlocks.resize(std::uint64_t{2} * selectGrid);
+  indexBlocks.resize(std::uint64_t{2} * selectGrid);
   zel::launch(selectSmoWorkingSetKernel<T, true>, {selectGrid, searchBlock, selectSharedBytes},
               upperBlocks.data(), indexBlocks.data(), upperBlocks.data() + selectGrid,
               indexBlocks.data() + selectGrid, this->activeSet.data(), activeCount);

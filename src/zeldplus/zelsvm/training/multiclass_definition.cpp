@@ -19,12 +19,14 @@ MulticlassDefinition<T>::MulticlassDefinition(SvmData<T>& data, SvmLabelClassifi
 template <typename T>
 void MulticlassDefinition<T>::requireMemory() const {
   const std::uint64_t k = classifier.labels().size();
+  const std::uint64_t available = zel::availableHostMemory();
   std::uint64_t bytes = pairCount(k) * sizeof(PairView<T>) +
                         (k - 1) * data->matrix().rows() * sizeof(T);  // the coefficients
-  for (std::uint64_t a = 0; a < k; ++a)
+  // So many pairs that adding them up would take long do not fit before the first is added.
+  for (std::uint64_t a = 0; a < k && bytes <= available; ++a)
     for (std::uint64_t b = a + 1; b < k; ++b)
       bytes += zel::roundedCapacity(classifier.count(a) + classifier.count(b)) * sizeof(T);
-  if (bytes > zel::availableHostMemory())
+  if (bytes > available)
     zel::throwAppException("The solutions of %lu label pairs do not fit into memory.",
                            pairCount(k));
 }
