@@ -19,7 +19,6 @@ using zeltest::failureOf;
 using zeltest::hostVector;
 using zeltest::indexList;
 using zeltest::Matrix;
-using zeltest::rowOf;
 using zeltest::Storage;
 using zeltest::StoredMatrix;
 using zeltest::Table;

@@ -1,4 +1,6 @@
 // Weights of classes: how they are spelled, and what they do.
+#include "zeldplus/zelsvm/engine/class_weights.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -7,7 +9,6 @@
 #include "data/temp_file.h"
 #include "support/solved_problem.h"
 #include "zeldplus/inc/zelerrors.h"
-#include "zeldplus/zelsvm/engine/class_weights.h"
 
 namespace {
 
@@ -26,9 +27,9 @@ TEST(ClassWeights, Spellings) {
            {"  1:2   -1:5e-1  ", {{1, 2}, {-1, 0.5}}},
            {"'1:2 -1:0.5'", {{1, 2}, {-1, 0.5}}},
            {"\"1\":2 '\"3':4", {{1, 2}, {3, 4}}},
-           {"1:2 1:5", {{1, 2}}},        // the first one counts
-           {"0:2 -0:5", {{0, 2}}},       // one label
-           {"1:2 3", {{1, 2}}},          // a label without a weight ends the list
+           {"1:2 1:5", {{1, 2}}},   // the first one counts
+           {"0:2 -0:5", {{0, 2}}},  // one label
+           {"1:2 3", {{1, 2}}},     // a label without a weight ends the list
            {"1:2 3:", {{1, 2}}},
            {"7", {}},
            {"1e300:1e-300", {{1e300, 1e-300}}},

@@ -1,17 +1,17 @@
 // The kernel row cache: sizes, and which rows it keeps.
+#include "zeldplus/zelsvm/engine/mru_cache.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <list>
-#include <map>
 #include <random>
 #include <vector>
 
 #include "data/temp_file.h"
 #include "zeldplus/inc/zeldev.h"
 #include "zeldplus/inc/zelerrors.h"
-#include "zeldplus/zelsvm/engine/mru_cache.h"
 
 namespace {
 
@@ -40,16 +40,16 @@ TEST(MruCache, SlotsFollowTheBudget) {
     std::uint64_t slots;
   };
   for (const auto& [samples, megabytes, pitch, slots] : {
-           Row{1000, 100, 1024, 1000},      // everything fits
-           Row{512, 2, 512, 512},           // just so
-           Row{513, 4, 1024, 512},          // 4 MB hold 512 rows of 8 kB
-           Row{513, 5, 1024, 513},          // not a multiple of 16, but everything
-           Row{100'000, 100, 100'352, 128}, // 130 rows, rounded down
-           Row{100'000, 13, 100'352, 16},   // 16.98 rows
-           Row{100'000, 0, 100'352, 16},    // never fewer
-           Row{10, 0, 512, 16},             // even where there are fewer samples
-           Row{1000, 4096, 1024, 16},       // 32 bits: a budget of 0
-           Row{1000, 4097, 1024, 128},      // and of 1 MB
+           Row{1000, 100, 1024, 1000},       // everything fits
+           Row{512, 2, 512, 512},            // just so
+           Row{513, 4, 1024, 512},           // 4 MB hold 512 rows of 8 kB
+           Row{513, 5, 1024, 513},           // not a multiple of 16, but everything
+           Row{100'000, 100, 100'352, 128},  // 130 rows, rounded down
+           Row{100'000, 13, 100'352, 16},    // 16.98 rows
+           Row{100'000, 0, 100'352, 16},     // never fewer
+           Row{10, 0, 512, 16},              // even where there are fewer samples
+           Row{1000, 4096, 1024, 16},        // 32 bits: a budget of 0
+           Row{1000, 4097, 1024, 128},       // and of 1 MB
        }) {
     MRUCache<double> cache;
     cache.initialize(samples, megabytes);
@@ -59,51 +59,29 @@ TEST(MruCache, SlotsFollowTheBudget) {
   }
 }
 
-// The naive model: rows by last use, the oldest first, and where each one is.
-class SlowCache {
- public:
-  SlowCache(double* storage, std::uint64_t slots, std::uint64_t pitch) {
-    for (std::uint64_t k = 0; k < slots; ++k) unused.push_back(storage + k * pitch);
-  }
-  double* query(std::uint64_t row) {
-    if (!places.contains(row)) return nullptr;
-    order.remove(row);
-    order.push_back(row);
-    return places[row];
-  }
-  double* grab(std::uint64_t row) {
-    double* place;
-    if (!unused.empty()) {
-      place = unused.front();
-      unused.pop_front();
-    } else {
-      place = places[order.front()];
-      places.erase(order.front());
-      order.pop_front();
-    }
-    places[row] = place;
-    order.push_back(row);
-    return place;
-  }
-
- private:
-  std::list<double*> unused;
-  std::list<std::uint64_t> order;
-  std::map<std::uint64_t, double*> places;
-};
-
-// Runs both side by side; every fourth request is for a row of a small popular set.
+// Runs the cache beside a naive model, a list of rows and places by last use. Every fourth request
+// is for one of a few popular rows.
 void compareOverTrace(MRUCache<double>& cache, std::uint64_t samples, unsigned seed) {
-  SlowCache slow(cache.storage().data(), cache.slotCount(), cache.slotPitch());
+  struct Entry {
+    std::uint64_t row;
+    double* place;
+  };
+  std::list<Entry> model;  // the least recently used first
+  for (std::uint64_t k = 0; k < cache.slotCount(); ++k)
+    model.push_back({~std::uint64_t{0}, cache.storage().data() + k * cache.slotPitch()});
   std::mt19937 generator(seed);
   for (int step = 0; step < 4000; ++step) {
     const std::uint64_t row =
         generator() % (generator() % 4 == 0 ? std::min<std::uint64_t>(8, samples) : samples);
+    auto found = std::find_if(model.begin(), model.end(), [&](auto& e) { return e.row == row; });
     double* const cached = cache.query(row);
-    ASSERT_EQ(cached, slow.query(row)) << "step " << step << ", row " << row;
+    ASSERT_EQ(cached, found == model.end() ? nullptr : found->place) << "step " << step;
     if (cached == nullptr) {
-      ASSERT_EQ(cache.grab(row), slow.grab(row)) << "step " << step << ", row " << row;
+      found = model.begin();
+      found->row = row;
+      ASSERT_EQ(cache.grab(row), found->place) << "step " << step;
     }
+    model.splice(model.end(), model, found);
   }
 }
 

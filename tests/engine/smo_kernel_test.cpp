@@ -1,7 +1,6 @@
 // Kernel rows and blocks against the kernel functions as plain loops.
-#include <gtest/gtest.h>
-
 #include <cuda_runtime.h>
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "data/temp_file.h"
 #include "platform/host/texture_view.h"
+#include "support/host_vectors.h"
 #include "support/samples.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
@@ -21,17 +21,13 @@ using zelsvm::ParameterChecks;
 using zelsvm::SmoKernel;
 using zelsvm::SVM_KERNEL;
 using zelsvm::SvmContext;
-using zelsvm::SvmParameters;
 using zeltest::DataSet;
 using zeltest::failureOf;
 using zeltest::kernelValue;
 using zeltest::Samples;
 
 std::vector<double> fromDevice(const double* values, std::uint64_t count) {
-  std::vector<double> copy(count);
-  EXPECT_EQ(cudaMemcpy(copy.data(), values, count * sizeof(double), cudaMemcpyDeviceToHost),
-            cudaSuccess);
-  return copy;
+  return zeltest::valuesOf(zel::DeviceVector<double>(count, const_cast<double*>(values)));
 }
 
 // As a solver publishes them.
@@ -87,8 +83,8 @@ TEST_P(SmoKernelTest, BlocksHoldTheKernelFunctionAndEmptyTheCache) {
   initialize(rows);
   const std::vector<double> before = fromDevice(kernel.getRow(3), rows);
   for (const auto& [first, count] : {std::pair{0, 16}, {16, 16}, {32, 5}, {36, 1}}) {
-    const double* const block = kernel.computeBlock(static_cast<std::uint64_t>(first),
-                                                    static_cast<std::uint64_t>(count));
+    const double* const block =
+        kernel.computeBlock(static_cast<std::uint64_t>(first), static_cast<std::uint64_t>(count));
     for (std::uint64_t c = 0; c < static_cast<std::uint64_t>(count); ++c) {
       const std::vector<double> column = fromDevice(block + c * kernel.pitch(), rows);
       for (std::uint64_t r = 0; r < rows; ++r)

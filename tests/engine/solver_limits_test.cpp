@@ -40,9 +40,9 @@ TEST(SolverLimits, IterationsAreCountedInBatches) {
   SvmParameters parameters{.C = 100, .eps = 1e-12};
   for (const auto& [limit, iterations] : {std::pair{1, 40}, {40, 40}, {41, 80}, {81, 120}}) {
     parameters.maxIterations = static_cast<std::uint64_t>(limit);
-    EXPECT_EQ(train(samples, parameters).text, "\nFailed to reach optimization in " +
-                                                   std::to_string(iterations) +
-                                                   " iterations\n\n\n");
+    EXPECT_EQ(
+        train(samples, parameters).text,
+        "\nFailed to reach optimization in " + std::to_string(iterations) + " iterations\n\n\n");
   }
   parameters.eps = 1e-3;
   parameters.maxIterations = 0;

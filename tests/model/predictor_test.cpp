@@ -13,7 +13,6 @@
 namespace {
 
 using zelsvm::HostVector;
-using zelsvm::SVM_KERNEL;
 using zelsvm::SvmParameters;
 using zeltest::MadeModel;
 using zeltest::Samples;

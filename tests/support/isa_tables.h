@@ -23,9 +23,8 @@ inline std::vector<IsaTables> runnableTables() {
   const auto plain = [](double a, double b, double c) {
     return zelsvm::fusedMultiplyAdd(a, b, c);  // as this file is compiled: baseline
   };
-  std::vector<IsaTables> tables{
-      {"baseline", &zelsvm::baseline::smoSweepTable, &zelsvm::baseline::transformSweepTable,
-       plain}};
+  std::vector<IsaTables> tables{{"baseline", &zelsvm::baseline::smoSweepTable,
+                                 &zelsvm::baseline::transformSweepTable, plain}};
 #ifdef __x86_64__
   const auto fused = [](double a, double b, double c) { return std::fma(a, b, c); };
   if (zel::processorIsa() >= zel::Isa::avx2)

@@ -89,8 +89,7 @@ inline double kernelValue(const zelsvm::SvmContext<double>& context, const doubl
 class DataSet {
  public:
   DataSet(const Samples& samples, zelsvm::SvmContext<double>& context)
-      : values(context.sparse ? std::vector<double>{} : samples.values),
-        labels(samples.labels) {
+      : values(context.sparse ? std::vector<double>{} : samples.values), labels(samples.labels) {
     if (context.sparse) compress(samples);
     matrix = zelmag::createMatrix<double>(values.data(), columns.data(), offsets.data(),
                                           samples.cols, samples.rows(), context.las());

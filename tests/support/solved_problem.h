@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "support/captured_output.h"
+#include "support/host_vectors.h"
 #include "support/samples.h"
 #include "zeldplus/zelsvm/engine/smo_core_solver.h"
 #include "zeldplus/zelsvm/engine/smo_nu_solver.h"
@@ -24,10 +25,6 @@ struct SolvedProblem {
   zelsvm::SmoSolution solution;
 };
 
-inline std::vector<double> copyOf(const zelsvm::HostVector<double>& v) {
-  return {v.data(), v.data() + v.size()};
-}
-
 template <typename Solver>
 class RecordingSolver : public Solver {
  public:
@@ -37,13 +34,13 @@ class RecordingSolver : public Solver {
              zelsvm::HostVector<double>& alpha, zelsvm::HostVector<char2>& status,
              const zelsvm::HostVector<double>& p) override {
     SolvedProblem problem;
-    problem.start = copyOf(alpha);
-    problem.p = copyOf(p);
-    for (std::uint64_t k = 0; k < status.size(); ++k) problem.y.push_back(status.at(k)->y);
+    problem.start = valuesOf(alpha);
+    problem.p = valuesOf(p);
+    for (const char2& entry : valuesOf(status)) problem.y.push_back(entry.y);
     problem.Cp = this->Cp;
     problem.Cn = this->Cn;
     Solver::solve(result, data, alpha, status, p);
-    problem.alpha = copyOf(alpha);
+    problem.alpha = valuesOf(alpha);
     problem.solution = result;
     problems.push_back(problem);
   }

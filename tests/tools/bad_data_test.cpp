@@ -92,6 +92,15 @@ TEST_F(BadData, LabelsOfClassification) {
   succeed(workspace, words("zelsvm-train -q -s 3 file result"));
 }
 
+// Found out before anything is trained, and without adding up pair after pair.
+TEST_F(BadData, MoreLabelPairsThanMemoryHolds) {
+  std::string rows;
+  for (int i = 0; i < 300000; ++i) rows += std::to_string(i) + " 1:1\n";
+  workspace.write("file", rows);
+  refuse(workspace, words("zelsvm-train -q file result"),
+         "The solutions of 44999850000 label pairs do not fit into memory.");
+}
+
 TEST_F(BadData, WideSparseDataWork) {
   workspace.write("file", "1 1000000:1\n-1 999999:1 1:2\n");
   for (const char* kernel : {"-t 0", "-t 2 -g 1"}) {

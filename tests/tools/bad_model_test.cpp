@@ -69,9 +69,10 @@ TEST_F(BadModel, HeaderLines) {
 
 TEST_F(BadModel, SupportVectorLines) {
   const std::string numbers = "Error in loading SVM numeric values";
-  refuseModel(replaced("SV:\n", "SV:\n1 1:1 2:1"), numbers);
-  refuseModel(replaced("SV:\n", "SV:\n1:1 2:1"), numbers);
-  refuseModel(replaced("SV:\n", "SV:\n1 0 0:1"), "Base index underflow detected in sparse data");
+  const std::string first = zeltest::vectorLines(model).at(0);
+  refuseModel(replaced(first, "1 1:1 2:1"), numbers);
+  refuseModel(replaced(first, "1:1 2:1"), numbers);
+  refuseModel(replaced(first, "1 0 0:1"), "Base index underflow detected in sparse data");
   const auto lastLine = model.rfind('\n', model.size() - 2) + 1;
   refuseModel(model.substr(0, lastLine), numbers);
   const auto header = model.find("\nSV:\n");

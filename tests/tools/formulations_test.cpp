@@ -10,7 +10,6 @@
 namespace {
 
 using zeltest::classSamples;
-using zeltest::expectNear;
 using zeltest::fileText;
 using zeltest::matches;
 using zeltest::numbersIn;

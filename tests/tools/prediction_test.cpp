@@ -78,6 +78,20 @@ TEST_P(PredictionWidths, FeaturesThatTheModelLacksAreZeroThere) {
 INSTANTIATE_TEST_SUITE_P(Rows, PredictionWidths, testing::Values("", " -X"),
                          [](const auto& rows) { return *rows.param == 0 ? "Sparse" : "Dense"; });
 
+TEST(Prediction, IndexBaseShiftsFilesOnly) {
+  const Workspace workspace;
+  workspace.write("one", "3 1:1\n1 2:1\n-1 1:-1 3:2\n2 1:2\n");
+  workspace.write("zero", "3 0:1\n1 1:1\n-1 0:-1 2:2\n2 0:2\n");
+  succeed(workspace, words("zelsvm-train -q -s 3 -x 0:1 one model-one"));
+  succeed(workspace, words("zelsvm-train -q -s 3 -x 0:1 -I 0 zero model-zero"));
+  EXPECT_NE(workspace.read("model-zero"), workspace.read("model-one"));
+  succeed(workspace, words("zelsvm-predict -q one model-one out-one"));
+  succeed(workspace, words("zelsvm-predict -q -I 0 zero model-zero out-zero"));
+  EXPECT_EQ(workspace.read("out-one"), workspace.read("out-zero"));
+  refuse(workspace, words("zelsvm-predict -q zero model-zero out"),
+         "Base index underflow detected in sparse data");
+}
+
 TEST(Prediction, SupportVectorWithoutFeaturesIsLeftOut) {
   const Workspace workspace;
   workspace.write("data", "3 1:0\n1 1:1\n-1 1:-1\n2 1:2\n");

@@ -7,7 +7,6 @@
 
 namespace {
 
-using zeltest::RunSettings;
 using zeltest::Workspace;
 
 TEST(ToolProcess, PassesEverythingInAndOut) {

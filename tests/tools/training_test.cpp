@@ -1,8 +1,7 @@
 // Training and prediction on real data: accuracy, reports, and settings that must not matter.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <set>
+#include <filesystem>
 
 #include "text_match.h"
 #include "tools/tool_runs.h"
@@ -103,7 +102,7 @@ TEST(Training, CacheThreadsAndLocaleDoNotMatter) {
   const Workspace workspace;
   // So many samples that sweeps use threads, work is done in batches and variables are shrunk.
   workspace.write("data", zeltest::fileText(zeltest::classSamples(6000, 4, {-1, 1}, 1)));
-  const std::string options = "-x 0:1 -c 0.5 -g 2 -L 3000 -e 0.01";
+  const std::string options = "-x 0:1 -c 0.5 -g 2 -e 0.01";
   const auto with = [&](const std::string& more, const char* name, const char* value) {
     return modelOf(workspace, options + more, {.environment = {{name, value}}});
   };
