@@ -105,10 +105,10 @@ TEST_F(ModelRoundTrip, KeepsEveryKindOfModel) {
         for (const auto& [pair, sigmoid] : made.model.sigmoids)
           EXPECT_EQ(model.sigmoids.at(pair).A, sigmoid.A);
         ASSERT_EQ(model.hasLabels(), made.model.hasLabels());
-        if (model.hasLabels())
-          EXPECT_EQ(valuesOf(model.classStarts()), valuesOf(made.model.classStarts()));
         expectSameValues(zeltest::decisionValues(*loaded.context, model, test),
                          zeltest::decisionValues(made.context, made.model, test));
+        if (!model.hasLabels()) continue;
+        EXPECT_EQ(valuesOf(model.classStarts()), valuesOf(made.model.classStarts()));
       }
 }
 

@@ -81,7 +81,7 @@ TEST_F(BadData, IndicesThatNoMatrixHolds) {
 }
 
 TEST_F(BadData, LabelsOfClassification) {
-  for (const char* label : {"1.5", "-2.9", "nan", "1e-9"}) {
+  for (const char* label : {"1.5", "-2.9", "nan", "1e-9", "1e300", "inf"}) {
     workspace.write("file", "1 1:1\n" + std::string(label) + " 1:2\n");
     for (const char* type : {"-s 0", "-s 1"})
       refuse(workspace, words(std::string("zelsvm-train -q ") + type + " file result"),

@@ -18,11 +18,14 @@ void SvmData<T>::defineLabelPair(const LabelPair& newPair) {
   pair = newPair;
 }
 
+// Whole numbers are those that a 64-bit integer holds.
+constexpr double labelLimit = 9223372036854775808.0;
+
 template <typename T>
 void requireIntegerLabels(HostVector<T>& labels) {
   for (std::uint64_t i = 0; i < labels.size(); ++i) {
     const T whole = std::trunc(labels[i]);
-    if (!(labels[i] == whole))
+    if (!(labels[i] == whole && std::abs(whole) < labelLimit))
       throw zel::AppException("Only integer values are supported for classification.");
     labels.set(i, whole + 0.0);  // never -0
   }

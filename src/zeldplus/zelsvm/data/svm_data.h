@@ -69,8 +69,8 @@ class UserData : public SimpleData<T> {
   HostVector<T> labelValues;
 };
 
-// Truncates every label toward zero in place. Throws AppException at the first label that is NaN or
-// not a whole number.
+// Truncates every label toward zero in place. Throws AppException at the first label that is not a
+// whole number of 64 bits.
 template <typename T>
 void requireIntegerLabels(HostVector<T>& labels);
 
