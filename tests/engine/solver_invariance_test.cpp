@@ -138,6 +138,19 @@ TEST(SolverThreads, GiveTheSameBits) {
   }
 }
 
+// Every pair of opposite samples solves this problem at once: the first of each sign do.
+TEST(SolverThreads, TiesGoToTheFirstOfAllChunks) {
+  Samples samples{1, {}, {}};
+  for (int i = 0; i < 40'000; ++i) {
+    samples.values.push_back(i % 2 == 0 ? 1 : -1);
+    samples.labels.push_back(i % 2 == 0 ? 1 : -1);
+  }
+  const SolvedProblem problem = train(samples, {.kernelType = 0}).only();
+  EXPECT_EQ(problem.alpha[0], 0.5);
+  EXPECT_EQ(problem.alpha[1], 0.5);
+  EXPECT_EQ(problem.solution.nSV, 2);
+}
+
 // A solver keeps buffers, but no state, from problems of other sizes.
 template <typename Trainer, typename Solver>
 void solveRepeatedly(int svmType) {

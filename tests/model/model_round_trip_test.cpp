@@ -108,6 +108,7 @@ TEST_F(ModelRoundTrip, KeepsEveryKindOfModel) {
         expectSameValues(zeltest::decisionValues(*loaded.context, model, test),
                          zeltest::decisionValues(made.context, made.model, test));
         if (!model.hasLabels()) continue;
+        EXPECT_EQ(valuesOf(model.labels()), kind.labels);
         EXPECT_EQ(valuesOf(model.classStarts()), valuesOf(made.model.classStarts()));
       }
 }

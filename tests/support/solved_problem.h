@@ -54,7 +54,7 @@ struct Training {
 
   [[nodiscard]] const SolvedProblem& only() const {
     EXPECT_EQ(problems.size(), 1);
-    return problems.front();
+    return problems.at(0);
   }
 };
 

@@ -3,6 +3,7 @@
 
 #include <cuda_runtime.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -59,6 +60,9 @@ class Multibound {
     double2 bounds{0, 0};
   };
   std::vector<Entry> entries;
+
+ public:
+  static constexpr std::size_t columnBytes = sizeof(Entry);
 };
 
 }  // namespace zelmag::inline ZEL_PLATFORM

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/inc/zelmemory.h"
 #include "zeldplus/zelsvm/data/bounds.h"
 #include "zeldplus/zelsvm/data/scaled_sparse_rows.h"
 
@@ -103,6 +103,8 @@ void SparseMatrix<T>::copyRow(T* target, std::uint64_t row, bool clear) const {
 
 template <typename T>
 void SparseMatrix<T>::collectBounds(HostVector<double2>& bounds) const {
+  // Checked together: none of it is touched before all of it has been promised.
+  zel::requireHostMemory(this->cols(), Multibound<T>::columnBytes + sizeof(std::uint64_t));
   Multibound<T> found(this->cols());
   std::vector<std::uint64_t> presentRows(this->cols(), 0);
   AscendingRow<T> row;
