@@ -22,7 +22,7 @@ using zeltest::Training;
 using zeltest::valuesOf;
 using Numbers = std::vector<double>;
 
-SolvedProblem problemOf(const Samples& samples, SvmParameters parameters) {
+SolvedProblem problemOf(const Samples& samples, const SvmParameters& parameters) {
   return train(samples, parameters).only();
 }
 

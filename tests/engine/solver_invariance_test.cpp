@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/solved_problem.h"
+#include "zeldplus/inc/zelerrors.h"
 
 namespace {
 
@@ -151,7 +152,7 @@ TEST(SolverThreads, TiesGoToTheFirstOfAllChunks) {
   EXPECT_EQ(problem.solution.nSV, 2);
 }
 
-// A solver keeps buffers, but no state, from problems of other sizes.
+// A solver keeps buffers, but no state, from problems of other sizes and from failures.
 template <typename Trainer, typename Solver>
 void solveRepeatedly(int svmType) {
   SvmContext<double> context({.svmType = svmType, .cacheSize = 0},
@@ -159,11 +160,16 @@ void solveRepeatedly(int svmType) {
   zeltest::RecordingSolver<Solver> solver(context);
   Trainer trainer(context, solver);
   const zeltest::CapturedOutput output;
-  for (const std::uint64_t rows : {60, 700, 30, 60, 700}) {
-    zeltest::DataSet set(samplesFor(svmType, rows, 6), context);
+  const auto run = [&](const Samples& samples) {
+    zeltest::DataSet set(samples, context);
     zelsvm::GenericModel<double> model;
     static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
-  }
+  };
+  run(samplesFor(svmType, 60, 6));
+  Samples bad = samplesFor(svmType, 60, 6);
+  for (double& value : bad.values) value = NAN;
+  EXPECT_THROW(run(bad), zel::AppException);
+  for (const std::uint64_t rows : {700, 30, 60, 700}) run(samplesFor(svmType, rows, 6));
   expectSameBits(solver.problems[3], solver.problems[0]);
   expectSameBits(solver.problems[4], solver.problems[1]);
 }

@@ -1,9 +1,10 @@
 #include "zeldplus/zelsvm/training/classifier.h"
 
-#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "zeldplus/inc/zelconsole.h"
+#include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/training/label_classifier.h"
 #include "zeldplus/zelsvm/training/model_extraction.h"
 #include "zeldplus/zelsvm/training/multiclass_definition.h"
@@ -98,6 +99,8 @@ void NuSvmClassifier<T>::trainTwoClass(GenericModel<T>& model, SvmData<T>& data)
   }
   SmoSolution solution = this->solve(data, problem);
   const T r = solution.r;
+  // Without a margin there is nothing to scale by.
+  if (r == 0 || !std::isfinite(r)) throw zel::AppException("Failed to optimize the svm.");
   solution.obj /= r * r;
   solution.rho /= r;
   for (std::uint64_t i = 0; i < n; ++i) problem.alpha.set(i, problem.alpha[i] / r);
