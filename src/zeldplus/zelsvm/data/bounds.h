@@ -34,7 +34,15 @@ class Multiscale {
 // ends; a later value moves an end only by comparing below or above it, so NaN never does.
 template <typename T>
 class Multibound {
+  struct Entry {
+    bool seen = false;
+    double2 bounds{0, 0};
+  };
+
  public:
+  // What each column takes in memory.
+  static constexpr std::size_t columnBytes = sizeof(Entry);
+
   explicit Multibound(std::uint64_t columns) : entries(columns) {}
   virtual ~Multibound() = default;
 
@@ -55,14 +63,7 @@ class Multibound {
   }
 
  private:
-  struct Entry {
-    bool seen = false;
-    double2 bounds{0, 0};
-  };
   std::vector<Entry> entries;
-
- public:
-  static constexpr std::size_t columnBytes = sizeof(Entry);
 };
 
 }  // namespace zelmag::inline ZEL_PLATFORM
