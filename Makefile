@@ -2,7 +2,8 @@
 PREFIX ?= /usr/local
 DESTDIR ?=
 
-.PHONY: build tools demo test sanitize bench install format lint setup setup-checks
+.PHONY: build tools demo test sanitize bench install package check-package check-processors \
+        check-arm64 format lint setup setup-checks setup-packages setup-arm64
 
 build: setup
 	cmake --preset host
@@ -30,6 +31,22 @@ bench: setup
 install: tools
 	DESTDIR="$(DESTDIR)" cmake --install build/host --prefix "$(PREFIX)"
 
+# A Debian package and a tarball, in build/packages.
+package: setup-packages tools
+	rm -rf build/packages
+	cpack --config build/host/CPackConfig.cmake -B build/packages
+
+# Both, tried in a clean root.
+check-package: package
+	scripts/check-package
+
+# The tools on emulated older processors, and built for arm64.
+check-processors: setup-packages tools
+	scripts/check-processors
+
+check-arm64: setup-arm64 tools
+	scripts/check-arm64
+
 format: setup-checks
 	scripts/format
 
@@ -43,3 +60,9 @@ setup:
 
 setup-checks:
 	@scripts/setup checks
+
+setup-packages:
+	@scripts/setup packages
+
+setup-arm64:
+	@scripts/setup arm64

@@ -3,6 +3,9 @@ add_library(zel_options INTERFACE)
 target_compile_options(
   zel_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow=local -ffp-contract=off
                         -fno-math-errno $<$<BOOL:${ZELSVM_WERROR}>:-Werror>)
+# Error texts name source files, but not the folder that they were built in.
+target_compile_options(zel_options INTERFACE
+                       $<$<COMPILE_LANGUAGE:CXX>:-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=>)
 target_include_directories(zel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 
 if(ZELSVM_SANITIZE)

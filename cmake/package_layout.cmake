@@ -1,0 +1,34 @@
+# Run by CPack on the installed files before they are packed: what only one kind of package has.
+set(source ${CMAKE_CURRENT_LIST_DIR}/../packaging)
+set(root ${CPACK_TEMPORARY_INSTALL_DIRECTORY})
+
+# The newest version of a library's symbols that the program asks for.
+function(newest_symbol_version output program prefix)
+  execute_process(COMMAND objdump -T ${program} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "${prefix}_[0-9.]+" versions "${symbols}")
+  list(SORT versions COMPARE NATURAL ORDER DESCENDING)
+  list(GET versions 0 newest)
+  string(REPLACE "${prefix}_" "" newest ${newest})
+  set(${output} ${newest} PARENT_SCOPE)
+endfunction()
+
+if(CPACK_GENERATOR STREQUAL TGZ)
+  newest_symbol_version(GLIBC ${root}/bin/zelsvm GLIBC)
+  newest_symbol_version(GLIBCXX ${root}/bin/zelsvm GLIBCXX)
+  configure_file(${source}/INSTALL.txt.in ${root}/INSTALL.txt @ONLY)
+  return()
+endif()
+
+# Debian's places and forms.
+set(share ${root}/tools/usr/share)
+file(GLOB pages ${share}/man/man1/*.1)
+if(pages)
+  execute_process(COMMAND gzip -9n ${pages} COMMAND_ERROR_IS_FATAL ANY)
+endif()
+if(EXISTS ${share}/zsh/site-functions)
+  file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
+endif()
+file(MAKE_DIRECTORY ${share}/lintian/overrides)
+file(COPY_FILE ${source}/lintian-overrides ${share}/lintian/overrides/zelsvm)
+# The flavour that shares our threading runtime, where any would do for the linker.
+file(WRITE ${root}/tools/debian/shlibs.local "libopenblas 0 libopenblas0-openmp\n")
