@@ -13,9 +13,10 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL tools)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
     "Command-line tools for classification, regression and the estimation of a
-distribution's support: zelsvm-train, zelsvm-predict, zelsvm-scale and zelsvm-test.
-They read sparse text files, work in double precision on all processors of the
-machine, and give the same results for any number of threads.")
+distribution's support: zelsvm-train, zelsvm-predict, zelsvm-scale and
+zelsvm-test. They read sparse text files, work in double precision on all
+processors of the machine, and give the same results for any number of
+threads. Models and predictions are text, too.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zelsvm)
