@@ -1,7 +1,6 @@
 #include "zeldplus/zelsvm/training/rsprocessor.h"
 
 #include "zeldplus/inc/zelerrors.h"
-#include "zeldplus/zelsvm/model/multiclass_probability_estimator.h"
 #include "zeldplus/zelsvm/model/rspredictor.h"
 #include "zeldplus/zelsvm/training/generic_trainer.h"
 
@@ -16,16 +15,39 @@ void refuseOneClassProbability(ProblemKind kind) {
 }  // namespace
 
 template <typename T>
-void GenericProcessor<T>::train(GenericModel<T>& model, SimpleData<T>& data, bool probability) {
+void GenericProcessor<T>::requireTrainable(SimpleData<T>& data, bool probability) const {
   if (context->problemKind == ProblemKind::classification) requireIntegerLabels(data.labels());
   if (probability) refuseOneClassProbability(context->problemKind);
+}
+
+template <typename T>
+GenericProbabilityTrainer<T>& GenericProcessor<T>::makeProbabilityTrainer() {
+  probabilityTrainer = std::make_unique<GenericProbabilityTrainer<T>>(*context);
+  return *probabilityTrainer;
+}
+
+template <typename T>
+void GenericProcessor<T>::train(GenericModel<T>& model, SimpleData<T>& data, bool probability) {
+  requireTrainable(data, probability);
   GenericTrainer<T> trainer(*context);
-  if (probability) {
-    model.probability = true;
-    probabilityTrainer = std::make_unique<GenericProbabilityTrainer<T>>(*context);
-    trainer.addHandler(*probabilityTrainer);
-  }
+  model.probability = probability;
+  if (probability) trainer.addHandler(makeProbabilityTrainer());
   trainer.train(model, data);
+}
+
+template <typename T>
+void GenericProcessor<T>::crossTrain(HostVector<T>& predictions, SimpleData<T>& data,
+                                     std::uint64_t folds, bool probability) {
+  requireTrainable(data, probability);
+  crossTrainer = std::make_unique<SvmCrossTrainer<T>>(*context);
+  crossTrainer->evaluateAgainst(data);
+  // A regression's predictions need no resolver and do not depend on the scale of their residuals.
+  if (context->problemKind != ProblemKind::regression) {
+    if (probability) crossTrainer->addBuildHandler(makeProbabilityTrainer());
+    crossTrainer->addPredictionHandler(
+        probability ? static_cast<AbstractPredictionHandler<T>&>(probabilityResolver) : resolver);
+  }
+  crossTrainer->run(predictions, data, folds);
 }
 
 template <typename T>
