@@ -13,6 +13,8 @@ namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
 constexpr unsigned blockThreads = 128;
+// What a sum's rounding may hide of the objective, relatively: near the solution steps gain less.
+constexpr double roundingAllowance = 1e-14;
 
 void resetCounters() {
   const unsigned zero = 0;
@@ -91,10 +93,12 @@ typename SigmoidFit<T>::Step SigmoidFit<T>::newtonStep(const SigmoidHessian<T>& 
 
 template <typename T>
 void SigmoidFit<T>::searchLine(Sigmoid& sigmoid, T& value, const Step& step) {
+  const T allowance = roundingAllowance * std::fabs(value);
   for (T length = 1; length >= settings.minStep; length *= 0.5) {
     const Sigmoid trial{sigmoid.A + length * step.dA, sigmoid.B + length * step.dB};
     const T trialValue = objective(trial);
-    if (trialValue < value + settings.epsilon * 10 * length * step.slope) {
+    const T decrease = settings.epsilon * 10 * length * step.slope;
+    if (trialValue < value + decrease + allowance) {
       sigmoid = trial;
       value = trialValue;
       return;
