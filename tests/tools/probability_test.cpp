@@ -45,7 +45,7 @@ TEST(ProbabilityTools, ClassesOfARealDataSet) {
   succeed(workspace, words("zelsvm-predict -q data plain out-plain"));
   succeed(workspace, words("zelsvm-predict -q data model out-model"));
   EXPECT_EQ(workspace.read("out-model"), workspace.read("out-plain"));
-  const std::string report = succeed(workspace, words("zelsvm-train -q -v 3 -R 1 -b 1 data"));
+  const auto report = succeed(workspace, words("zelsvm-train -q -v 3 -R 1 -b 1 -x -1:1 data"));
   EXPECT_GT(numbersIn(restOfLine(report, "  Accuracy = ")).at(0), 90);
 }
 
@@ -54,9 +54,6 @@ TEST(ProbabilityTools, ManyClasses) {
   workspace.write("data", fileText(zeltest::classSamples(160, 4, {7, -2, 0, 3}, 1)));
   for (const char* type : {"-s 0", "-s 1 -n 0.3"}) {
     succeed(workspace, words(std::string("zelsvm-train -q -R 1 -b 1 ") + type + " data model"));
-    const std::string model = workspace.read("model");
-    for (const char* line : {"\nProbability_A: ", "\nProbability_B: "})
-      EXPECT_EQ(numbersIn(restOfLine(model, line)).size(), 6);
     succeed(workspace, words("zelsvm-predict -q -b 1 data model out"));
     expectProbabilities(workspace.read("out"), {-2, 0, 3, 7});
   }
