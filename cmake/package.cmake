@@ -1,5 +1,9 @@
 # The packages: a tarball that runs from any folder, and Debian packages. The CUDA engine is a
 # package of its own, since only it needs the vendor's libraries, which come from elsewhere.
+# Dependencies are looked up among the machine's own packages, so that a cross build makes none.
+if(CMAKE_CROSSCOMPILING)
+  return()
+endif()
 set(CPACK_GENERATOR TGZ DEB)
 set(CPACK_PACKAGE_FILE_NAME zelsvm-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
 set(CPACK_PACKAGE_CONTACT "zelsvm maintainers <maintainers@zelsvm.invalid>"
