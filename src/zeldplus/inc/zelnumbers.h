@@ -3,7 +3,6 @@
 #pragma once
 
 #include <bit>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -94,7 +93,7 @@ inline const char* readExponent(const char* text, const char* end, int& exponent
 inline const char* parseShortDecimal(const char* text, const char* end, double& value) {
   if (text == end) return nullptr;
   const bool negative = *text == '-';
-  text += static_cast<int>(negative) | static_cast<int>(*text == '+');  // a branch here fails often
+  if (negative || *text == '+') ++text;
   std::uint64_t mantissa = 0;
   const char* after = detail::readDigits(text, end, mantissa);
   auto digitCount = after - text;
@@ -112,9 +111,10 @@ inline const char* parseShortDecimal(const char* text, const char* end, double& 
     if (after == nullptr) return nullptr;
   }
   if (exponent < -detail::maxExactPower || exponent > detail::maxExactPower) return nullptr;
-  const double exact = std::copysign(static_cast<double>(mantissa), negative ? -1.0 : 1.0);
-  value =
+  const auto exact = static_cast<double>(mantissa);
+  const double magnitude =
       exponent < 0 ? exact / detail::exactPowers[-exponent] : exact * detail::exactPowers[exponent];
+  value = negative ? -magnitude : magnitude;
   return after;
 }
 
