@@ -1,6 +1,7 @@
 #include "zeldplus/zelsvm/model/decision_functions.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "platform/host/dense_product.h"
