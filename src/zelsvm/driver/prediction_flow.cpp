@@ -1,7 +1,6 @@
 #include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/zelsvm/data/scaled_data.h"
 #include "zeldplus/zelsvm/model/prediction_file.h"
-#include "zeldplus/zelsvm/training/rsprocessor.h"
 #include "zelsvm/driver/zelsvm_main.h"
 #include "zelsvm/usage.h"
 
@@ -21,8 +20,7 @@ void ZelSvmMain<T>::predict() {
   processor.predict(predictions, *model, scaled, options->probability);
   for (std::uint64_t i = 0; i < predictions.size(); ++i)
     predictions.set(i, model->scale.unscaledTarget(predictions[i]));
-  results.set(0, processor.evaluator().primaryMeasure() * model->scale.varianceFactor());
-  correlations.set(0, processor.evaluator().secondaryMeasure());
+  takePredictionMeasures(processor, model->scale.varianceFactor());
   if (zel::verbose) reportPrediction();
   zelsvm::writePredictions(options->outputFile, predictions, zelsvm::HostVector<T>(), *model);
 }

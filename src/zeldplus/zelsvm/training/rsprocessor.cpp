@@ -19,14 +19,29 @@ void refuseOneClassProbability(ProblemKind kind) {
 }  // namespace
 
 template <typename T>
-void GenericProcessor<T>::train(GenericModel<T>& model, SimpleData<T>& data, bool probability) {
+void GenericProcessor<T>::requireTrainable(SimpleData<T>& data, bool probability) const {
   if (context->problemKind == ProblemKind::classification) requireIntegerLabels(data.labels());
   if (probability) {
     refuseOneClassProbability(context->problemKind);
     refuseProbability();
   }
+}
+
+template <typename T>
+void GenericProcessor<T>::train(GenericModel<T>& model, SimpleData<T>& data, bool probability) {
+  requireTrainable(data, probability);
   GenericTrainer<T> trainer(*context);
   trainer.train(model, data);
+}
+
+template <typename T>
+void GenericProcessor<T>::crossTrain(HostVector<T>& predictions, SimpleData<T>& data,
+                                     std::uint64_t folds, bool probability) {
+  requireTrainable(data, probability);
+  crossTrainer = std::make_unique<SvmCrossTrainer<T>>(*context);
+  crossTrainer->evaluateAgainst(data);
+  if (context->problemKind != ProblemKind::regression) crossTrainer->addPredictionHandler(resolver);
+  crossTrainer->run(predictions, data, folds);
 }
 
 template <typename T>
