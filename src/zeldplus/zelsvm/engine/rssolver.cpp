@@ -18,6 +18,7 @@ constexpr unsigned sweepBlock = 128;
 constexpr std::uint64_t batchLimit = 1000;
 // Smaller problems are not worth shrinking.
 constexpr std::uint64_t shrinkingThreshold = 4096;
+constexpr const char* overflowText = "Failed to optimize the svm.";
 
 // Publishes the handle of a texture over the vector, made anew where there is none.
 template <typename Texture, typename Vector>
@@ -140,6 +141,9 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
                     progress.converged ? "Finished" : "Failed to reach",
                     progress.iterations & 0xFFFFFFFFu);
   readBack(hostAlpha);
+  if (!std::all_of(gradientHost.data(), gradientHost.data() + variableCount,
+                   [](T g) { return std::isfinite(g); }))
+    throw zel::AppException(overflowText);
   data.releaseDevice();
   releaseTextures();
   collectSolution(result, hostAlpha, hostStatus, p);
@@ -160,6 +164,7 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
       progress.gap = selectWorkingSet(selection, second, progress.active);
       restored = true;
     }
+    if (!std::isfinite(progress.gap)) throw zel::AppException(overflowText);
     ++k;
     if (progress.gap <= params->eps) {
       progress.converged = true;
@@ -241,7 +246,7 @@ unsigned SmoBaseSolver<T>::readSecondIndex(zel::DeviceVector<SmoLowerBeta<T>>& b
   lowerHost.copyFrom(blocks, 0, 0, 1);
   const unsigned j = lowerHost.data()->index;
   // Numbers that are not comparable leave no candidate.
-  if (j == noIndex) throw zel::AppException("Failed to optimize the svm.");
+  if (j == noIndex) throw zel::AppException(overflowText);
   return j;
 }
 

@@ -1,7 +1,9 @@
 #include "zeldplus/zelsvm/training/rsprocessor.h"
 
 #include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/zelsvm/model/decision_check.h"
 #include "zeldplus/zelsvm/model/rspredictor.h"
+#include "zeldplus/zelsvm/training/finite_samples.h"
 #include "zeldplus/zelsvm/training/generic_trainer.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -25,6 +27,8 @@ void GenericProcessor<T>::requireTrainable(SimpleData<T>& data, bool probability
     refuseOneClassProbability(context->problemKind);
     refuseProbability();
   }
+  requireFiniteFeatures(data.matrix());
+  if (context->problemKind == ProblemKind::regression) requireFiniteTargets(data.labels());
 }
 
 template <typename T>
@@ -54,6 +58,8 @@ void GenericProcessor<T>::predict(HostVector<T>& output, const GenericModel<T>& 
     refuseProbability();
   }
   GenericPredictor<T> predictor(*context, model);
+  DecisionCheck<T> check;
+  predictor.addHandler(check);
   if (context->problemKind != ProblemKind::regression) predictor.addHandler(resolver);
   evaluation = std::make_unique<GenericEvaluationHandler<T>>(context->problemKind, data);
   predictor.addHandler(*evaluation);
