@@ -89,7 +89,7 @@ TEST_P(HardNumbers, EndWithAFiniteModelOrASentence) {
     for (const char* kernel : {"0", "1", "2", "3"}) {
       const std::string& options = settings[run++ % std::size(settings)];
       expectSoundEnd(workspace,
-                     std::string("zelsvm-train -q -L 20000 -s ") + type + " -t " + kernel +
+                     std::string("zelsvm-train -q -L 1000 -s ") + type + " -t " + kernel +
                          (options.empty() ? "" : " ") + options + " data model",
                      "model");
       if (std::filesystem::exists(workspace.folder() / "model"))
@@ -123,8 +123,8 @@ TEST(NoNumbers, AreRefusedWhereTheyMatter) {
 // Rounding keeps the gap above such a tolerance: the run has no other end than to notice.
 TEST(Tolerances, BelowRoundingEndTheRun) {
   const Workspace workspace;
-  workspace.write("data", zeltest::fileText(zeltest::classSamples(30, 2, {0, 1}, 1)));
-  for (const char* options : {"-s 0 -t 0", "-s 0", "-s 1", "-s 2 -t 3", "-s 3", "-s 4"}) {
+  workspace.write("data", rows(side, ramp));
+  for (const char* options : {"-s 0 -t 0", "-s 0", "-s 1", "-s 2", "-s 3", "-s 4"}) {
     const auto report = succeed(
         workspace, words(std::string("zelsvm-train -q -e 1e-300 ") + options + " data model"));
     EXPECT_TRUE(

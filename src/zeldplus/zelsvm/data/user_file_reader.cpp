@@ -50,12 +50,12 @@ void UserFileReader<T>::countRows(std::uint64_t minimumCols) {
     more = file.readLine(line);
   }
   for (; more; more = file.readLine(line)) countLine(line);
-  // The writer ends every line, so this one may have lost the end of its last number.
-  if (modelFile && !file.lastLineEnded()) throwLoadingError();
   file.close();
   colCount = std::uint64_t{maxIndex} + 1 - this->baseIndex;
   if (colCount == 0 || rowCount == 0)
     throw zel::RuntimeException("No proper data is found in input file");
+  // The writer ends every line, so this one may have lost the end of its last number.
+  if (modelFile && !file.lastLineEnded()) throwLoadingError();
   colCount = std::max(colCount, minimumCols);
   if (modelFile) settleClassSizes(modelHeader, rowCount + skippedLines.size(), skippedLines);
 }
