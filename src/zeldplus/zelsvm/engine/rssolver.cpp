@@ -18,6 +18,7 @@ constexpr unsigned sweepBlock = 128;
 constexpr std::uint64_t batchLimit = 1000;
 // Smaller problems are not worth shrinking.
 constexpr std::uint64_t shrinkingThreshold = 4096;
+constexpr const char* overflowText = "Failed to optimize the svm.";
 
 // Publishes the handle of a texture over the vector, made anew where there is none.
 template <typename Texture, typename Vector>
@@ -39,7 +40,8 @@ SmoBaseSolver<T>::SmoBaseSolver(const SvmContext<T>& params)
           static_cast<unsigned>(zel::residentBlocks(initSmoGradientKernel<T>, sweepBlock, 0))),
       updateGradientLimit(
           static_cast<unsigned>(zel::residentBlocks(updateSmoGradientKernel<T>, sweepBlock, 0))),
-      lowerHost(1, zel::MemoryKind::pinned) {
+      lowerHost(1, zel::MemoryKind::pinned),
+      deltaHost(1, zel::MemoryKind::pinned) {
   this->Cp = params.C;
   this->Cn = params.C;
   if (!(this->Cp > 0 && this->Cn > 0))
@@ -126,8 +128,11 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
   progress.active = resetActiveSet();
   progress.shrinking = params->shrinking && variableCount > shrinkingThreshold;
   if (!this->gradientReady) initGradient(data);
-  while (!progress.converged) {
+  StallWatch watch(variableCount);
+  while (!progress.converged && !progress.stuck) {
     progress.iterations += runBatch(progress, hostStatus);
+    if (!progress.converged && watch.isDue(progress.iterations))
+      progress.stuck = hasStalled(watch, progress.iterations, hostAlpha, p);
     if (zel::verbose) zel::printMessage(".");
     if (!progress.converged && progress.shrinking) shrink(progress, hostStatus);
     if (progress.iterations >= params->maxIterations) break;
@@ -135,9 +140,10 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
   zel::printMessage("\n%s optimization in %lu iterations\n\n\n",
                     progress.converged ? "Finished" : "Failed to reach",
                     progress.iterations & 0xFFFFFFFFu);
-  gradientHost.resize(variableCount);
-  gradientHost.copyFrom(gradient, 0, 0, variableCount);
-  hostAlpha.copyFrom(alpha, 0, 0, variableCount);
+  readBack(hostAlpha);
+  if (!std::all_of(gradientHost.data(), gradientHost.data() + variableCount,
+                   [](T g) { return std::isfinite(g); }))
+    throw zel::AppException(overflowText);
   data.releaseDevice();
   releaseTextures();
   collectSolution(result, hostAlpha, hostStatus, p);
@@ -150,7 +156,7 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
   SmoSelection<T> second;
   bool restored = false;
   std::uint64_t k = 0;
-  while (k < batch && !progress.converged && !restored) {
+  while (k < batch && !progress.stuck && !restored) {
     progress.gap = selectWorkingSet(selection, second, progress.active);
     if (progress.gap <= params->eps && progress.shrinking) {
       zel::printMessage("*");
@@ -158,13 +164,47 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
       progress.gap = selectWorkingSet(selection, second, progress.active);
       restored = true;
     }
+    if (!std::isfinite(progress.gap)) throw zel::AppException(overflowText);
     ++k;
-    if (progress.gap <= params->eps)
+    if (progress.gap <= params->eps) {
       progress.converged = true;
-    else
-      updateGradient(findDelta(hostStatus, selection, second, progress.active));
+      break;
+    }
+    const SmoPair<T> pair = findDelta(hostStatus, selection, second, progress.active);
+    // A step that changed nothing is followed by the same one, so only such a pair is looked at.
+    progress.stuck = pair.i == progress.pair.i && pair.j == progress.pair.j && isEmptyStep();
+    progress.pair = pair;
+    updateGradient(pair);
   }
   return k;
+}
+
+template <typename T>
+bool SmoBaseSolver<T>::isEmptyStep() {
+  deltaHost.copyFrom(delta, 0, 0, 1);
+  const auto [deltaI, deltaJ] = *deltaHost.data();
+  return deltaI == 0 && deltaJ == 0;
+}
+
+template <typename T>
+bool SmoBaseSolver<T>::hasStalled(StallWatch& watch, std::uint64_t iterations,
+                                  HostVector<T>& hostAlpha, const HostVector<T>& p) {
+  readBack(hostAlpha);
+  T objective = 0;
+  T magnitude = 0;
+  for (unsigned k = 0; k < variableCount; ++k) {
+    const T term = (gradientHost.data()[k] + p.data()[k]) * hostAlpha.data()[k];
+    objective += term;
+    magnitude += std::abs(term);
+  }
+  return watch.hasStalled(iterations, objective, magnitude);
+}
+
+template <typename T>
+void SmoBaseSolver<T>::readBack(HostVector<T>& hostAlpha) {
+  gradientHost.resize(variableCount);
+  gradientHost.copyFrom(gradient, 0, 0, variableCount);
+  hostAlpha.copyFrom(alpha, 0, 0, variableCount);
 }
 
 template <typename T>
@@ -206,7 +246,7 @@ unsigned SmoBaseSolver<T>::readSecondIndex(zel::DeviceVector<SmoLowerBeta<T>>& b
   lowerHost.copyFrom(blocks, 0, 0, 1);
   const unsigned j = lowerHost.data()->index;
   // Numbers that are not comparable leave no candidate.
-  if (j == noIndex) throw zel::AppException("Failed to optimize the svm.");
+  if (j == noIndex) throw zel::AppException(overflowText);
   return j;
 }
 

@@ -12,6 +12,7 @@
 #include "zeldplus/zelsvm/data/svm_data.h"
 #include "zeldplus/zelsvm/engine/rskernel.h"
 #include "zeldplus/zelsvm/engine/smo_records.h"
+#include "zeldplus/zelsvm/engine/stall_watch.h"
 #include "zeldplus/zelsvm/engine/svm_context.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -86,7 +87,9 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
     std::uint64_t iterations = 0;
     unsigned active = 0;
     T gap = 0;
+    SmoPair<T> pair{noIndex, noIndex, nullptr, nullptr};  // of the last step
     bool converged = false;
+    bool stuck = false;  // further steps change or gain nothing
     bool unshrunk = false;
     bool shrinking = false;
   };
@@ -98,6 +101,10 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   unsigned rebuildActiveSet(const HostVector<char2>& hostStatus);
   std::uint64_t runBatch(Progress& progress, const HostVector<char2>& hostStatus);
   void shrink(Progress& progress, HostVector<char2>& hostStatus);
+  [[nodiscard]] bool isEmptyStep();
+  [[nodiscard]] bool hasStalled(StallWatch& watch, std::uint64_t iterations,
+                                HostVector<T>& hostAlpha, const HostVector<T>& p);
+  void readBack(HostVector<T>& hostAlpha);
   void updateGradient(const SmoPair<T>& pair);
   void releaseTextures();
   void collectSolution(SmoSolution& result, const HostVector<T>& hostAlpha,
@@ -115,6 +122,7 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   HostVector<unsigned> activeHost;
   HostVector<T> gradientHost;
   HostVector<SmoLowerBeta<T>> lowerHost;
+  HostVector<SmoDelta<T>> deltaHost;
 };
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

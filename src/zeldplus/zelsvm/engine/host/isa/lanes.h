@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "zeldplus/zelsvm/engine/host/isa/pack.h"
-#include "zeldplus/zelsvm/engine/rule.h"
+#include "zeldplus/inc/zelrule.h"
 
 namespace zelsvm::inline ZEL_PLATFORM::ZEL_ISA {
 
