@@ -19,8 +19,7 @@ int main(int argc, char** argv) {
   int engineStatus = EXIT_SUCCESS;
   const int status = zelsvm_main::runGuarded([&] {
     const zelsvm_opt::ZelSvmOpt options(argc, argv);
-    const ZelsvmEngine* const engine =
-        zelsvm_main::chooseEngine(std::getenv("ZELSVM_PLATFORM"));
+    const ZelsvmEngine* const engine = zelsvm_main::chooseEngine(std::getenv("ZELSVM_PLATFORM"));
     if (engine != nullptr)
       engineStatus = engine->run(&options, zel::verbose);
     else
