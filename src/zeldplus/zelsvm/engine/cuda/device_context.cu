@@ -12,7 +12,10 @@ __constant__ cudaTextureObject_t zelsvm_tx_ys;
 __constant__ cudaTextureObject_t zelsvm_tx_alpha;
 __constant__ cudaTextureObject_t zelsvm_tx_f;
 __constant__ cudaTextureObject_t zelsvm_tx_norm;
+__constant__ cudaTextureObject_t zelsvm_tx_sigx[2];
 __device__ unsigned zelsvm_cnv_sem;
 __device__ unsigned zelsvm_wss_sem;
+__device__ unsigned zelsvm_reduction_sem;
+__device__ unsigned zelsvm_sigmoid_sem;
 
 }  // namespace zelsvm::inline ZEL_PLATFORM
