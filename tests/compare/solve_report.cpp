@@ -1,7 +1,9 @@
 // Trains every formulation with every kernel, sparse and dense, and prints what came of it in full,
 // for scripts/compare-reports. With the argument "small" on few samples.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "support/models.h"
@@ -24,16 +26,11 @@ void report(const char* size, const Samples& samples, const zelsvm::SvmParameter
   std::printf("case %s/%s/%s/%s %.17g %lu\n", context.algorithmName.c_str(),
               context.kernelName.c_str(), context.sparse ? "sparse" : "dense", size,
               training.only().solution.obj, iterationsIn(training.text));
-  zel::verbose = false;
   for (const double value : zeltest::decisionValues(context, model, samples))
     std::printf("%.17g\n", value);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  zel::verbose = false;
-  const bool small = argc > 1 && std::strcmp(argv[1], "small") == 0;
+void reportAll(bool small) {
   const std::uint64_t rows = small ? 100 : 700;
   const Samples classes = zeltest::classSamples(rows, 20, {1, -1}, 1);
   const Samples targets = zeltest::targetSamples(rows, 20, 2);
@@ -42,11 +39,24 @@ int main(int argc, char** argv) {
       for (const bool sparse : {true, false})
         report("some", type < 3 ? classes : targets,
                {.svmType = type, .kernelType = kernel, .coef0 = 0.1, .sparse = sparse});
-  if (small) return 0;
+  if (small) return;
   // Enough variables for shrinking, and more rows than the cache holds.
   for (const int type : {0, 1, 3, 4})
     report("many",
            type < 3 ? zeltest::classSamples(6000, 20, {1, -1}, 3)
                     : zeltest::targetSamples(3000, 20, 4),
            {.svmType = type, .C = 10, .cacheSize = 20});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  zel::verbose = false;
+  try {
+    reportAll(argc > 1 && std::strcmp(argv[1], "small") == 0);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
 }
