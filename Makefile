@@ -1,8 +1,10 @@
 # A thin front: the CMake presets and the scripts do the work.
 PREFIX ?= /usr/local
 DESTDIR ?=
+# What tools and install build: host, or cuda for the CUDA engine beside the host's.
+PRESET ?= host
 
-.PHONY: build tools demo test sanitize bench install format lint setup setup-checks
+.PHONY: build tools demo test cuda sanitize bench install format lint setup setup-checks
 
 build: setup
 	cmake --preset host
@@ -10,14 +12,18 @@ build: setup
 
 # What a user of the program needs, without the tests.
 tools: setup
-	cmake --preset host
-	cmake --build --preset host --target zelsvm
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target tools
 
 demo: tools
-	@scripts/demo build/host/bin
+	@scripts/demo build/$(PRESET)/bin
 
 test: setup
 	cmake --workflow --preset host
+
+# The CUDA engine, the tests' CUDA build, and what of both can be checked without a device.
+cuda: setup
+	cmake --workflow --preset cuda
 
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize: setup
@@ -28,7 +34,7 @@ bench: setup
 	bench/run
 
 install: tools
-	DESTDIR="$(DESTDIR)" cmake --install build/host --prefix "$(PREFIX)"
+	DESTDIR="$(DESTDIR)" cmake --install build/$(PRESET) --prefix "$(PREFIX)"
 
 format: setup-checks
 	scripts/format

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "data/temp_file.h"
-#include "platform/host/texture_view.h"
 #include "support/host_vectors.h"
+#include "support/published_texture.h"
 #include "support/samples.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
@@ -113,7 +113,8 @@ TEST_P(SmoKernelTest, RefusesVariablesOutOfRange) {
 
 TEST_P(SmoKernelTest, TheDiagonalIsKnownToTheDevice) {
   initialize(rows);
-  const auto* const norms = zel::textureData<double>(zelsvm::zelsvm_tx_norm);
+  const std::vector<double> norms =
+      fromDevice(zeltest::publishedTexture(zelsvm::zelsvm_tx_norm), rows);
   const bool radial = context.kernelType == zelsvm::SVM_KERNEL_RADIAL;  // keeps squared norms
   for (std::uint64_t r = 0; r < rows; ++r)
     EXPECT_NEAR(norms[r],
@@ -148,7 +149,7 @@ TEST(PolynomialKernel, DegreeBelowOneIsExactlyOne) {
   SmoKernel<double> kernel;
   kernel.initialize(set.data().matrix(), context.kernelType, 2, 1);
   EXPECT_EQ(fromDevice(kernel.getRow(0), 2), (std::vector<double>{1, 1}));
-  EXPECT_EQ(zel::textureData<double>(zelsvm::zelsvm_tx_norm)[0], 1);
+  EXPECT_EQ(fromDevice(zeltest::publishedTexture(zelsvm::zelsvm_tx_norm), 1)[0], 1);
 }
 
 }  // namespace
