@@ -1,13 +1,15 @@
 #include "platform/host/isa.h"
+#include "zeldplus/zelsvm/engine/host/row_products.h"
 #include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
 #include "zeldplus/zelsvm/engine/host/transform_sweeps.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
+// A table of sweeps or one function.
 template <typename Table>
-const Table& choose(const Table& baselineTable, [[maybe_unused]] const Table& avx2Table,
-                    [[maybe_unused]] const Table& avx512Table) {
+Table& choose(Table& baselineTable, [[maybe_unused]] Table& avx2Table,
+              [[maybe_unused]] Table& avx512Table) {
   switch (zel::processorIsa()) {
     case zel::Isa::avx512:
       return avx512Table;
@@ -33,10 +35,18 @@ const TransformSweeps& transformSweeps() {
       choose(baseline::transformSweepTable, avx2::transformSweepTable, avx512::transformSweepTable);
   return chosen;
 }
+
+RowProducts rowProducts() {
+  static const RowProducts chosen =
+      choose(baseline::rowProducts, avx2::rowProducts, avx512::rowProducts);
+  return chosen;
+}
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
 const TransformSweeps& transformSweeps() { return baseline::transformSweepTable; }
+
+RowProducts rowProducts() { return baseline::rowProducts; }
 #endif
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

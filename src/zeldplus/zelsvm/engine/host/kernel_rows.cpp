@@ -1,0 +1,138 @@
+#include "zeldplus/zelsvm/engine/kernel_rows.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "platform/host/parallel.h"
+#include "platform/system/available_memory.h"
+#include "zeldplus/inc/zelvectors.h"
+#include "zeldplus/zelsvm/data/scaled_sparse_rows.h"
+#include "zeldplus/zelsvm/engine/host/kernel_transform.h"
+#include "zeldplus/zelsvm/engine/host/packed_samples.h"
+#include "zeldplus/zelsvm/engine/host/row_products.h"
+#include "zeldplus/zelsvm/engine/host/sparse_columns.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+// Rows computed at once, and panels whose products are transformed before they leave the
+// first-level cache for their slots, which lie at distances that the cache is bad at.
+constexpr unsigned mostPackedTogether = 32;
+constexpr std::uint64_t panelGroup = 8;
+constexpr std::uint64_t groupSamples = panelGroup * panelSamples;
+constexpr double nanosecondsPerProduct = 0.04;
+constexpr double nanosecondsPerSparseValue = 1.0;
+// From this share of stored elements on, packed samples are the faster ones (measured).
+constexpr double packedShare = 0.2;
+// Packing may take this part of what memory is left.
+constexpr std::uint64_t memoryPart = 4;
+
+bool packingPays(const zelmag::AbstractMatrix<double>& matrix) {
+  if (matrix.columnIndices() == nullptr) return true;
+  const double elements = static_cast<double>(matrix.rows()) * static_cast<double>(matrix.cols());
+  return static_cast<double>(matrix.valueCount()) >= packedShare * elements &&
+         elements * sizeof(double) <= static_cast<double>(zel::availableHostMemory() / memoryPart);
+}
+
+class HostKernelRows : public KernelRows<double> {
+ public:
+  void assign(zelmag::AbstractMatrix<double>& newSamples, SVM_KERNEL newKernelType,
+              const double* newNorms) override {
+    samples = &newSamples;
+    kernelType = newKernelType;
+    norms = newNorms;
+    packed = packingPays(newSamples);
+    packed ? packedSamples.assign(newSamples) : sparseColumns.assign(newSamples);
+  }
+
+  [[nodiscard]] unsigned mostTogether() const override { return packed ? mostPackedTogether : 1; }
+
+  void compute(const RowTarget<double>* rows, unsigned count) override {
+    if (packed) return computePacked(rows, count);
+    for (unsigned c = 0; c < count; ++c) computeSparse(rows[c]);
+  }
+
+ private:
+  [[nodiscard]] double transformCost() const {
+    return kernelType == SVM_KERNEL_LINEAR ? 0 : transformNanoseconds<SVM_KERNEL_RADIAL>;
+  }
+
+  void transform(double* products, std::uint64_t begin, std::uint64_t end, double norm) const {
+    const std::uint64_t n = end - begin;
+    if (kernelType == SVM_KERNEL_POLYNOMIAL)
+      transformProducts<SVM_KERNEL_POLYNOMIAL>(products, norms + begin, n, norm);
+    if (kernelType == SVM_KERNEL_RADIAL)
+      transformProducts<SVM_KERNEL_RADIAL>(products, norms + begin, n, norm);
+    if (kernelType == SVM_KERNEL_SIGMOID)
+      transformProducts<SVM_KERNEL_SIGMOID>(products, norms + begin, n, norm);
+  }
+
+  void computePacked(const RowTarget<double>* rows, unsigned count) {
+    const std::uint64_t length = packedSamples.length();
+    denseRows.resize(count * length);
+    std::vector<const double*>& from = factors;
+    from.resize(count);
+    for (unsigned c = 0; c < count; ++c) {
+      samples->copyRow(denseRows.data() + c * length, rows[c].sample, true);
+      from[c] = denseRows.data() + c * length;
+    }
+    const double perPanel = static_cast<double>(panelSamples * count) *
+                            (nanosecondsPerProduct * static_cast<double>(length) + transformCost());
+    zel::forEachChunk(
+        packedSamples.panels(), panelGroup, perPanel,
+        [&](std::uint64_t begin, std::uint64_t end) { computePanels(rows, count, begin, end); });
+  }
+
+  void computePanels(const RowTarget<double>* rows, unsigned count, std::uint64_t begin,
+                     std::uint64_t end) const {
+    alignas(64) double products[mostPackedTogether * groupSamples];
+    double* targets[mostPackedTogether];
+    const std::uint64_t first = begin * panelSamples;
+    const std::uint64_t last = std::min(end * panelSamples, samples->rows());
+    for (unsigned c = 0; c < count; ++c) targets[c] = products + c * groupSamples;
+    rowProducts()(packedSamples.panel(begin), end - begin, packedSamples.length(), factors.data(),
+                  targets, count);
+    for (unsigned c = 0; c < count; ++c) {
+      transform(targets[c], first, last, norms[rows[c].sample]);
+      std::copy_n(targets[c], last - first, rows[c].values + first);
+    }
+  }
+
+  void computeSparse(const RowTarget<double>& row) {
+    const int* const offsets = samples->rowOffsets();
+    const std::uint64_t count =
+        ascending.assign(samples->columnIndices(), samples->values(),
+                         static_cast<std::uint64_t>(offsets[row.sample]),
+                         static_cast<std::uint64_t>(offsets[row.sample + 1]));
+    entries.resize(count);
+    for (std::uint64_t k = 0; k < count; ++k)
+      entries[k] = {static_cast<std::uint64_t>(ascending.columns[k]), ascending.values[k]};
+    const double total = nanosecondsPerSparseValue * sparseColumns.work(entries);
+    const std::uint64_t n = samples->rows();
+    zel::forEachChunk(n, sparseColumns.stretch(), total / static_cast<double>(n) + transformCost(),
+                      [&](std::uint64_t begin, std::uint64_t end) {
+                        sparseColumns.multiply(entries, begin, row.values + begin);
+                        transform(row.values + begin, begin, end, norms[row.sample]);
+                      });
+  }
+
+  const zelmag::AbstractMatrix<double>* samples = nullptr;
+  SVM_KERNEL kernelType = SVM_KERNEL_UNSUPPORTED;
+  const double* norms = nullptr;
+  bool packed = true;
+  PackedSamples packedSamples;
+  SparseColumns sparseColumns;
+  zel::DeviceVector<double> denseRows;
+  std::vector<const double*> factors;
+  zelmag::AscendingRow<double> ascending;
+  std::vector<SparseEntry> entries;
+};
+
+}  // namespace
+
+template <>
+std::unique_ptr<KernelRows<double>> makeKernelRows() {
+  return std::make_unique<HostKernelRows>();
+}
+
+}  // namespace zelsvm::inline ZEL_PLATFORM
