@@ -5,11 +5,11 @@
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
-constexpr unsigned firstTogether = 8;
-constexpr unsigned period = 16;
+constexpr unsigned firstTogether = 4;
+constexpr unsigned period = 32;
 constexpr unsigned longPause = 128;
 constexpr double manyUsed = 0.5;
-constexpr double fewUsed = 0.25;
+constexpr double fewUsed = 0.3;
 
 }  // namespace
 

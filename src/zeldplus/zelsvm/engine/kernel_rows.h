@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "zeldplus/zelsvm/data/matrix.h"
+#include "zeldplus/zelsvm/engine/row_forecast.h"
 #include "zeldplus/zelsvm/engine/svm_kernel_type.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -31,6 +32,8 @@ class KernelRows {
                       const T* norms) = 0;
   // Rows beyond the first are cheaper up to so many; 1 where they are not.
   [[nodiscard]] virtual unsigned mostTogether() const = 0;
+  // For forecasts; null where rows are not worth computing together.
+  virtual PairKernel* pairs() = 0;
   // Equal bits for a row whichever rows are computed with it.
   virtual void compute(const RowTarget<T>* rows, unsigned count) = 0;
 };

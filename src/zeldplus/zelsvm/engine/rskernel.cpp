@@ -77,8 +77,9 @@ const T* SmoKernel<T>::computeRow(std::uint64_t sample) {
   T* const slot = cache.grab(sample);
   targets.assign(1, {sample, slot});
   const unsigned most = policy.guesses(cache.usedGuesses());
-  if (forecast != nullptr && most > 0) {
-    forecast->likelySamples(guesses, most, cache.cachedRows());
+  if (PairKernel* const pairs = rows->pairs();
+      forecast != nullptr && pairs != nullptr && most > 0) {
+    forecast->likelySamples(guesses, most, cache.cachedRows(), *pairs);
     for (const std::uint64_t guess : guesses) targets.push_back({guess, cache.grabGuess(guess)});
     policy.guessed(guesses.size());
   }

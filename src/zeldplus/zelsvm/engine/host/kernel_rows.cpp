@@ -20,6 +20,8 @@ namespace {
 constexpr unsigned mostPackedTogether = 32;
 constexpr std::uint64_t panelGroup = 8;
 constexpr std::uint64_t groupSamples = panelGroup * panelSamples;
+// Samples that stay in the second-level cache are as cheap to meet one row at a time.
+constexpr std::uint64_t cachedBytes = std::uint64_t{1} << 20;
 constexpr double nanosecondsPerProduct = 0.04;
 constexpr double nanosecondsPerSparseValue = 1.0;
 // From this share of stored elements on, packed samples are the faster ones (measured).
@@ -34,7 +36,7 @@ bool packingPays(const zelmag::AbstractMatrix<double>& matrix) {
          elements * sizeof(double) <= static_cast<double>(zel::availableHostMemory() / memoryPart);
 }
 
-class HostKernelRows : public KernelRows<double> {
+class HostKernelRows : public KernelRows<double>, private PairKernel {
  public:
   void assign(zelmag::AbstractMatrix<double>& newSamples, SVM_KERNEL newKernelType,
               const double* newNorms) override {
@@ -45,7 +47,10 @@ class HostKernelRows : public KernelRows<double> {
     packed ? packedSamples.assign(newSamples) : sparseColumns.assign(newSamples);
   }
 
-  [[nodiscard]] unsigned mostTogether() const override { return packed ? mostPackedTogether : 1; }
+  [[nodiscard]] unsigned mostTogether() const override {
+    return packed && packedSamples.bytes() > cachedBytes ? mostPackedTogether : 1;
+  }
+  PairKernel* pairs() override { return mostTogether() > 1 ? this : nullptr; }
 
   void compute(const RowTarget<double>* rows, unsigned count) override {
     if (packed) return computePacked(rows, count);
@@ -57,24 +62,53 @@ class HostKernelRows : public KernelRows<double> {
     return kernelType == SVM_KERNEL_LINEAR ? 0 : transformNanoseconds<SVM_KERNEL_RADIAL>;
   }
 
-  void transform(double* products, std::uint64_t begin, std::uint64_t end, double norm) const {
-    const std::uint64_t n = end - begin;
+  void transform(double* products, const double* others, std::uint64_t n, double norm) const {
     if (kernelType == SVM_KERNEL_POLYNOMIAL)
-      transformProducts<SVM_KERNEL_POLYNOMIAL>(products, norms + begin, n, norm);
+      transformProducts<SVM_KERNEL_POLYNOMIAL>(products, others, n, norm);
     if (kernelType == SVM_KERNEL_RADIAL)
-      transformProducts<SVM_KERNEL_RADIAL>(products, norms + begin, n, norm);
+      transformProducts<SVM_KERNEL_RADIAL>(products, others, n, norm);
     if (kernelType == SVM_KERNEL_SIGMOID)
-      transformProducts<SVM_KERNEL_SIGMOID>(products, norms + begin, n, norm);
+      transformProducts<SVM_KERNEL_SIGMOID>(products, others, n, norm);
+  }
+
+  void pairValues(const std::vector<std::uint64_t>& chosen, std::vector<double>& values) override {
+    const std::uint64_t length = packedSamples.length();
+    const std::uint64_t count = chosen.size();
+    const std::uint64_t width = (count + panelSamples - 1) / panelSamples * panelSamples;
+    denseRows.resize(count * length);
+    pairPanels.resize(width * length);
+    pairProducts.resize(count * width);
+    pairNorms.resize(count);
+    factors.resize(count);
+    pairTargets.resize(count);
+    for (std::uint64_t c = 0; c < count; ++c) {
+      const std::uint64_t sample = chosen[c];
+      const double* const from = packedSamples.panel(sample / panelSamples) + sample % panelSamples;
+      double* const row = denseRows.data() + c * length;
+      double* const to =
+          pairPanels.data() + c / panelSamples * panelSamples * length + c % panelSamples;
+      for (std::uint64_t j = 0; j < length; ++j)
+        row[j] = to[j * panelSamples] = from[j * panelSamples];
+      factors[c] = row;
+      pairTargets[c] = pairProducts.data() + c * width;
+      pairNorms[c] = norms[sample];
+    }
+    rowProducts()(pairPanels.data(), width / panelSamples, length, factors.data(),
+                  pairTargets.data(), static_cast<unsigned>(count));
+    values.resize(count * count);
+    for (std::uint64_t c = 0; c < count; ++c) {
+      transform(pairTargets[c], pairNorms.data(), count, pairNorms[c]);
+      std::copy_n(pairTargets[c], count, values.data() + c * count);
+    }
   }
 
   void computePacked(const RowTarget<double>* rows, unsigned count) {
     const std::uint64_t length = packedSamples.length();
     denseRows.resize(count * length);
-    std::vector<const double*>& from = factors;
-    from.resize(count);
+    factors.resize(count);
     for (unsigned c = 0; c < count; ++c) {
       samples->copyRow(denseRows.data() + c * length, rows[c].sample, true);
-      from[c] = denseRows.data() + c * length;
+      factors[c] = denseRows.data() + c * length;
     }
     const double perPanel = static_cast<double>(panelSamples * count) *
                             (nanosecondsPerProduct * static_cast<double>(length) + transformCost());
@@ -89,12 +123,13 @@ class HostKernelRows : public KernelRows<double> {
     double* targets[mostPackedTogether];
     const std::uint64_t first = begin * panelSamples;
     const std::uint64_t last = std::min(end * panelSamples, samples->rows());
-    for (unsigned c = 0; c < count; ++c) targets[c] = products + c * groupSamples;
+    for (unsigned c = 0; c < count; ++c)
+      targets[c] = count > 1 ? products + c * groupSamples : rows[c].values + first;
     rowProducts()(packedSamples.panel(begin), end - begin, packedSamples.length(), factors.data(),
                   targets, count);
     for (unsigned c = 0; c < count; ++c) {
-      transform(targets[c], first, last, norms[rows[c].sample]);
-      std::copy_n(targets[c], last - first, rows[c].values + first);
+      transform(targets[c], norms + first, last - first, norms[rows[c].sample]);
+      if (count > 1) std::copy_n(targets[c], last - first, rows[c].values + first);
     }
   }
 
@@ -112,7 +147,8 @@ class HostKernelRows : public KernelRows<double> {
     zel::forEachChunk(n, sparseColumns.stretch(), total / static_cast<double>(n) + transformCost(),
                       [&](std::uint64_t begin, std::uint64_t end) {
                         sparseColumns.multiply(entries, begin, row.values + begin);
-                        transform(row.values + begin, begin, end, norms[row.sample]);
+                        transform(row.values + begin, norms + begin, end - begin,
+                                  norms[row.sample]);
                       });
   }
 
@@ -124,6 +160,10 @@ class HostKernelRows : public KernelRows<double> {
   SparseColumns sparseColumns;
   zel::DeviceVector<double> denseRows;
   std::vector<const double*> factors;
+  std::vector<double> pairPanels;
+  std::vector<double> pairProducts;
+  std::vector<double> pairNorms;
+  std::vector<double*> pairTargets;
   zelmag::AscendingRow<double> ascending;
   std::vector<SparseEntry> entries;
 };

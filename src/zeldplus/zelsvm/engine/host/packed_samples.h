@@ -17,6 +17,7 @@ class PackedSamples {
 
   [[nodiscard]] std::uint64_t panels() const { return panelCount; }
   [[nodiscard]] std::uint64_t length() const { return cols; }
+  [[nodiscard]] std::uint64_t bytes() const { return elements.size() * sizeof(double); }
   [[nodiscard]] const double* panel(std::uint64_t p) const;
 
  private:

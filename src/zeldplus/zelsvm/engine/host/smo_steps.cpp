@@ -7,8 +7,8 @@
 
 #include "platform/host/parallel.h"
 #include "zeldplus/inc/zelvectors.h"
+#include "zeldplus/zelsvm/engine/host/lookahead.h"
 #include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
-#include "zeldplus/zelsvm/engine/host/violators.h"
 #include "zeldplus/zelsvm/engine/smo_rules.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -56,6 +56,7 @@ class HostSmoSteps : public SmoSteps<double> {
     for (unsigned t = 0; t < all.count; ++t)
       v.data()[placeOf(t)] = violation(isPositive(t), all.gradient[t]);
     selected = false;
+    moved = false;
   }
 
   void addColumns(const double* columns, std::uint64_t ld, unsigned first,
@@ -108,9 +109,8 @@ class HostSmoSteps : public SmoSteps<double> {
   }
 
   void updateGradient(const SmoPair<double>& pair) override {
-    const auto [deltaI, deltaJ] = *all.delta;
-    const GradientStep step{pair.rowI, pair.rowJ, isPositive(pair.i) ? deltaI : -deltaI,
-                            isPositive(pair.j) ? deltaJ : -deltaJ};
+    const GradientStep step{pair.rowI, pair.rowJ, pending.stepI, pending.stepJ};
+    moved = false;
     sweepUpper([&](unsigned half, std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
       smoSweeps().updateAndSelect[nu](v.data() + half * stride, states.data() + half * stride, step,
                                       begin, end, best);
@@ -133,9 +133,11 @@ class HostSmoSteps : public SmoSteps<double> {
   }
 
   void likelySamples(std::vector<std::uint64_t>& samples, unsigned most,
-                     const std::vector<std::uint32_t>& isKnown) override {
-    violators.collect(samples, most, isKnown,
-                      {v.data(), states.data(), all.samples, stride, halves});
+                     const std::vector<std::uint32_t>& isKnown, PairKernel& kernel) override {
+    lookahead.forecast(
+        samples, most, isKnown, kernel,
+        {v.data(), states.data(), all.alpha, all.Cp, all.Cn, all.samples, stride, halves, nu},
+        moved ? &pending : nullptr);
   }
 
  private:
@@ -236,10 +238,13 @@ class HostSmoSteps : public SmoSteps<double> {
     const double delta =
         pairStep(sameSign, gradientI, gradientJ, pairCurvature(diagonal(i) + diagonal(j), k));
     const PairValues old{all.alpha[i], all.alpha[j]};
-    const PairValues moved = clippedPair(sameSign, old, delta, {upperBound(i), upperBound(j)});
-    all.alpha[i] = moved.i;
-    all.alpha[j] = moved.j;
-    *all.delta = {moved.i - old.i, moved.j - old.j};
+    const PairValues next = clippedPair(sameSign, old, delta, {upperBound(i), upperBound(j)});
+    all.alpha[i] = next.i;
+    all.alpha[j] = next.j;
+    *all.delta = {next.i - old.i, next.j - old.j};
+    pending = {i, j, isPositive(i) ? all.delta->deltaI : -all.delta->deltaI,
+               isPositive(j) ? all.delta->deltaJ : -all.delta->deltaJ};
+    moved = true;
     refreshState(i);
     refreshState(j);
   }
@@ -253,7 +258,9 @@ class HostSmoSteps : public SmoSteps<double> {
   zel::DeviceVector<SmoState> states;
   bool selected = false;
   SmoSelection<double> chosen[2]{};
-  Violators violators;
+  bool moved = false;  // the pending step is not yet in v
+  PendingStep pending{};
+  Lookahead lookahead;
 };
 
 }  // namespace
