@@ -44,8 +44,9 @@ class SmoKernel {
   [[nodiscard]] std::uint64_t pitch() const { return cache.slotPitch(); }
   // K(x, x) by sample on the device, or squared norms for the radial kernel.
   [[nodiscard]] const T* diagonal() const { return norms.data(); }
-  // Rows computed since initialize, guesses included.
+  // Since initialize: rows computed, guesses included, and guesses that were asked for later.
   [[nodiscard]] std::uint64_t computedRows() const { return rowCount; }
+  [[nodiscard]] std::uint64_t usedGuesses() const { return cache.usedGuesses(); }
 
  private:
   [[nodiscard]] std::uint64_t sampleOf(std::uint64_t index) const;
