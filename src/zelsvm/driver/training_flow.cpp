@@ -1,10 +1,10 @@
+#include <cstdint>
+#include <memory>
 #include <string>
 
 #include "zeldplus/inc/zelconsole.h"
-#include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/data/scaled_data.h"
 #include "zeldplus/zelsvm/model/model_file.h"
-#include "zeldplus/zelsvm/training/rsprocessor.h"
 #include "zelsvm/driver/zelsvm_main.h"
 #include "zelsvm/usage.h"
 
@@ -25,24 +25,40 @@ void ZelSvmMain<T>::train() {
     zel::printMessage("%s", zelsvm_opt::usageText(zelsvm_opt::Tool::train));
     return;
   }
-  if (options->foldCount >= 2)
-    throw zel::AppException("Cross-validation is not available in this version.");
-  const std::string modelFile =
-      options->modelFile.empty() ? defaultModelName(options->inputFile) : options->modelFile;
   createContext();
   loadData(options->inputFile);
   model = std::make_unique<zelsvm::GenericModel<T>>();
-  const bool regression = context->problemKind == zelsvm::ProblemKind::regression;
-  model->scale.setRanges(zelsvm::parseScaleRange(options->xScale),
-                         regression ? zelsvm::parseScaleRange(options->yScale) : double2{0, 0});
-  model->scale.initialize(*dataSet);
+  fillScale(model->scale);
   zelsvm::ScaledData<T> scaled(*dataSet, model->scale);
+  if (options->foldCount >= 2) {
+    crossValidate(scaled, model->scale.varianceFactor());
+    return reportCrossValidation();
+  }
   zelsvm::GenericProcessor<T> processor(*context);
   processor.train(*model, scaled, options->probability);
+  const std::string modelFile =
+      options->modelFile.empty() ? defaultModelName(options->inputFile) : options->modelFile;
   zelsvm::writeModel(modelFile, options->indexBase, *context, *model);
   if (zel::verbose) zel::printMessage("Total nSV = %lu\n", model->vectors().rows());
 }
 
+template <typename T>
+void ZelSvmMain<T>::reportCrossValidation() const {
+  const bool regression = context->problemKind == zelsvm::ProblemKind::regression;
+  zel::printMessage("\nResult of %lu-fold cross-validation:\n", options->foldCount);
+  if (regression) {
+    zel::printMessage("  Mean squared error = %g\n", results[0]);
+    zel::printMessage("  Pearson correlation coefficient = %g\n", correlations[0]);
+    zel::printMessage("Mean squared errors of individual training:\n  ");
+  } else {
+    zel::printMessage("  Accuracy = %g%%\n", results[0]);
+    zel::printMessage("Individual training accuracy:\n  ");
+  }
+  const char* const format = regression ? "%g " : "%g%% ";
+  for (std::uint64_t i = 1; i <= options->foldCount; ++i) zel::printMessage(format, results[i]);
+}
+
 template void ZelSvmMain<double>::train();
+template void ZelSvmMain<double>::reportCrossValidation() const;
 
 }  // namespace zelsvm_main::inline ZEL_PLATFORM

@@ -38,6 +38,7 @@ template <typename T>
 void ZelSvmMain<T>::reset() {
   model.reset();
   samples.reset();
+  labelStore.reset();
   dataSet.reset();
   reader.reset();
   modelReader.reset();
@@ -73,7 +74,7 @@ void ZelSvmMain<T>::run() {
     case zelsvm_opt::Tool::scale:
       return scale();
     case zelsvm_opt::Tool::test:
-      throw zel::AppException("The test tool is not available in this version.");
+      return test();
     case zelsvm_opt::Tool::none:
       return;
   }
@@ -116,6 +117,31 @@ void ZelSvmMain<T>::loadModel(const std::string& path) {
   model = std::move(loaded.model);
   context = std::move(loaded.context);
   modelReader = std::move(loaded.reader);
+}
+
+template <typename T>
+void ZelSvmMain<T>::fillScale(zelsvm::SvmScale<T>& scale) {
+  const bool regression = context->problemKind == zelsvm::ProblemKind::regression;
+  scale.setRanges(zelsvm::parseScaleRange(options->xScale),
+                  regression ? zelsvm::parseScaleRange(options->yScale) : double2{0, 0});
+  scale.initialize(*dataSet);
+}
+
+template <typename T>
+void ZelSvmMain<T>::crossValidate(zelsvm::SimpleData<T>& data, double varianceFactor) {
+  zelsvm::HostVector<T> predictions(data.sampleCount());
+  predictions.fill(0);
+  zelsvm::GenericProcessor<T> processor(*context);
+  processor.crossTrain(predictions, data, options->foldCount, options->probability);
+  processor.collectResults(results, correlations);
+  for (std::uint64_t i = 0; i < results.size(); ++i) results.set(i, results[i] * varianceFactor);
+}
+
+template <typename T>
+void ZelSvmMain<T>::takePredictionMeasures(const zelsvm::GenericProcessor<T>& processor,
+                                           double varianceFactor) {
+  results.set(0, processor.evaluator().primaryMeasure() * varianceFactor);
+  correlations.set(0, processor.evaluator().secondaryMeasure());
 }
 
 template class ZelSvmMain<double>;

@@ -11,6 +11,7 @@
 #include "zeldplus/zelsvm/data/user_file_reader.h"
 #include "zeldplus/zelsvm/engine/svm_context.h"
 #include "zeldplus/zelsvm/model/generic_model.h"
+#include "zeldplus/zelsvm/training/rsprocessor.h"
 #include "zelsvm/options.h"
 
 namespace zelsvm_main::inline ZEL_PLATFORM {
@@ -41,12 +42,22 @@ class ZelSvmMain {
   void train();
   void predict();
   void scale();
+  void test();
+  // Makes samples and data set from the options' random numbers.
+  void createTestData();
+  // Takes ranges from the options and bounds from the samples.
+  void fillScale(zelsvm::SvmScale<T>& scale);
+  // Fills results and correlations; errors are in units of the data file.
+  void crossValidate(zelsvm::SimpleData<T>& data, double varianceFactor);
+  void takePredictionMeasures(const zelsvm::GenericProcessor<T>& processor, double varianceFactor);
+  void reportCrossValidation() const;
   void reportPrediction() const;
 
   const zelsvm_opt::ZelSvmOpt* options;
   std::unique_ptr<zelsvm::SvmContext<T>> context;
   std::unique_ptr<zelsvm::GenericModel<T>> model;
   std::unique_ptr<zelmag::AbstractMatrix<T>> samples;
+  std::unique_ptr<zelsvm::HostVector<T>> labelStore;  // labels that no reader holds
   std::unique_ptr<zelsvm::UserData<T>> dataSet;
   std::unique_ptr<zelsvm::UserFileReader<T>> reader;
   std::unique_ptr<zelsvm::UserFileReader<T>> modelReader;

@@ -22,8 +22,9 @@ class GenericEvaluationHandler : public AbstractPredictionHandler<T> {
 
   void handle(HostVector<T>& output, const HostVector<T>& /*decisionValues*/,
               const GenericModel<T>& /*model*/) override {
-    measures->evaluate(output, *data);
+    evaluate(output);
   }
+  void evaluate(const HostVector<T>& output) { measures->evaluate(output, *data); }
   [[nodiscard]] const AbstractEvaluator<T>& evaluator() const { return *measures; }
 
  private:

@@ -1,8 +1,9 @@
+#include "zeldplus/zelsvm/engine/smo_steps.h"
+
 #include "zeldplus/inc/zeldev.h"
 #include "zeldplus/inc/zellaunch.h"
 #include "zeldplus/inc/zelvectors.h"
 #include "zeldplus/zelsvm/engine/smo_kernels.h"
-#include "zeldplus/zelsvm/engine/smo_steps.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {

@@ -1,0 +1,41 @@
+#include <memory>
+
+#include "zeldplus/inc/zelerrors.h"
+#include "zelsvm/driver/zelsvm_main.h"
+
+namespace zelsvm_main::inline ZEL_PLATFORM {
+
+template <typename T>
+void ZelSvmMain<T>::createTestData() {
+  if (!options->denseMatrix)
+    throw zel::AppException("Only dense matrices are allowed for internal testing.");
+  samples = zelmag::createMatrix<T>(options->randomFeatures(), nullptr, nullptr,
+                                    options->testFeatures, options->testSamples, context->las());
+  labelStore =
+      std::make_unique<zelsvm::HostVector<T>>(options->testSamples, options->randomLabels());
+  dataSet = std::make_unique<zelsvm::UserData<T>>(*samples, *labelStore);
+}
+
+// Measures without printing. The scale record only goes into the model: unlike the training tool,
+// this one sees the data as they are.
+template <typename T>
+void ZelSvmMain<T>::test() {
+  createContext();
+  if (options->inputFile.empty())
+    createTestData();
+  else
+    loadData(options->inputFile);
+  model = std::make_unique<zelsvm::GenericModel<T>>();
+  fillScale(model->scale);
+  if (options->foldCount > 1) return crossValidate(*dataSet, model->scale.varianceFactor());
+  zelsvm::GenericProcessor<T> processor(*context);
+  processor.train(*model, *dataSet, options->probability);
+  zelsvm::HostVector<T> predictions(dataSet->sampleCount());
+  zelsvm::HostVector<T> noProbabilities;
+  processor.predict(predictions, noProbabilities, *model, *dataSet, false);
+  takePredictionMeasures(processor, model->scale.varianceFactor());
+}
+
+template void ZelSvmMain<double>::test();
+
+}  // namespace zelsvm_main::inline ZEL_PLATFORM
