@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -77,6 +78,25 @@ TEST_P(SmoKernelTest, RowsHoldTheKernelFunction) {
       for (std::uint64_t r = 0; r < rows; ++r)
         EXPECT_NEAR(row[r], expected(i, r), 1e-13) << i << ", " << r;
     }
+}
+
+// Few stored values, in several stretches of samples.
+TEST_P(SmoKernelTest, RowsOfMostlyEmptySamplesHoldTheKernelFunction) {
+  constexpr std::uint64_t many = 4500;
+  constexpr std::uint64_t wide = 60;
+  std::mt19937 generator(3);
+  Samples thin{wide, std::vector<double>(many * wide), std::vector<double>(many, 1)};
+  for (std::uint64_t i = 0; i < many; ++i)
+    for (std::uint64_t k = i % 5; k > 0; --k)
+      thin.values[i * wide + generator() % wide] = static_cast<double>(generator() % 9) / 8;
+  DataSet thinSet(thin, context);
+  publishConstants(context, wide);
+  kernel.initialize(thinSet.data().matrix(), context.kernelType, many, 0);
+  for (const std::uint64_t i : {std::uint64_t{4}, std::uint64_t{0}, many - 1}) {
+    const std::vector<double> row = fromDevice(kernel.getRow(i), many);
+    for (std::uint64_t r = 0; r < many; ++r)
+      ASSERT_NEAR(row[r], kernelValue(context, thin.row(i), thin.row(r), wide), 1e-13);
+  }
 }
 
 TEST_P(SmoKernelTest, BlocksHoldTheKernelFunctionAndEmptyTheCache) {
