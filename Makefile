@@ -1,8 +1,10 @@
 # A thin front: the CMake presets and the scripts do the work.
 PREFIX ?= /usr/local
 DESTDIR ?=
+# What tools, install and package build: host, or cuda for the CUDA engine beside the host's.
+PRESET ?= host
 
-.PHONY: build tools demo test sanitize bench install package check-package check-processors \
+.PHONY: build tools demo test cuda sanitize bench install package check-package check-processors \
         check-arm64 format lint setup setup-checks setup-packages setup-arm64
 
 build: setup
@@ -11,14 +13,18 @@ build: setup
 
 # What a user of the program needs, without the tests.
 tools: setup
-	cmake --preset host
-	cmake --build --preset host --target zelsvm
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target tools
 
 demo: tools
-	@scripts/demo build/host/bin
+	@scripts/demo build/$(PRESET)/bin
 
 test: setup
 	cmake --workflow --preset host
+
+# The CUDA engine, the tests' CUDA build, and what of both can be checked without a device.
+cuda: setup
+	cmake --workflow --preset cuda
 
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize: setup
@@ -29,12 +35,12 @@ bench: setup
 	bench/run
 
 install: tools
-	DESTDIR="$(DESTDIR)" cmake --install build/host --prefix "$(PREFIX)"
+	DESTDIR="$(DESTDIR)" cmake --install build/$(PRESET) --prefix "$(PREFIX)"
 
 # A Debian package and a tarball, in build/packages.
 package: setup-packages tools
 	rm -rf build/packages
-	cpack --config build/host/CPackConfig.cmake -B build/packages
+	cpack --config build/$(PRESET)/CPackConfig.cmake -B build/packages
 
 # Both, tried in a clean root.
 check-package: package
