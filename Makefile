@@ -2,7 +2,10 @@
 PREFIX ?= /usr/local
 DESTDIR ?=
 
-.PHONY: build tools demo test sanitize bench install format lint setup setup-checks
+.PHONY: build tools demo test sanitize tsan fuzz bench install format lint setup setup-checks
+
+# Seconds that each fuzz target runs.
+FUZZ_SECONDS ?= 60
 
 build: setup
 	cmake --preset host
@@ -22,6 +25,15 @@ test: setup
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize: setup
 	cmake --workflow --preset host-asan
+
+# The tests of the loops that share work among threads, under the thread sanitizer.
+tsan: setup-checks
+	cmake --workflow --preset tsan
+
+fuzz: setup-checks
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	fuzz/run $(FUZZ_SECONDS)
 
 bench: setup
 	cmake --workflow --preset bench
