@@ -48,6 +48,8 @@ format: setup-checks
 lint: setup-checks
 	scripts/format --check
 	scripts/check-layers
+	scripts/check-options
+	mandoc -T lint -W warning man/*.1
 	scripts/lint
 
 setup:

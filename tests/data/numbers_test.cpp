@@ -132,6 +132,10 @@ TEST(FormatNumbers, AreThoseOfPrintf) {
                              1e-4,
                              1e-5,
                              0.00001234565,
+                             9.999995e-5,
+                             99999.95,
+                             1e-13,
+                             9.9999999e-14,
                              1.0 / 13,
                              2.5,
                              100000.5,
@@ -153,6 +157,9 @@ TEST(FormatNumbers, AreThoseOfPrintf) {
     const double narrow = std::ldexp(static_cast<double>(random()), -64) * 10;
     ASSERT_EQ(formatted(wide), format("%g", wide));
     ASSERT_EQ(formatted(narrow), format("%g", narrow));
+    // Often half-way between two texts.
+    const double tied = std::ldexp(-static_cast<double>(random() % 4000000), -(i % 32));
+    ASSERT_EQ(formatted(tied), format("%g", tied));
   }
 }
 

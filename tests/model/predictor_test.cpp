@@ -55,15 +55,15 @@ void expectFunction(const MadeModel& made, const Values& c, double rho, const Sa
                     const double* values) {
   const Samples vectors = widened(made.rows, test.cols);
   for (std::uint64_t i = 0; i < test.rows(); ++i) {
-    double sum = 0;
+    long double sum = 0;
     double magnitude = std::abs(rho);
     for (std::uint64_t k = 0; k < vectors.rows(); ++k) {
-      const double term =
+      const long double term =
           c[k] * zeltest::kernelValue(made.context, test.row(i), vectors.row(k), test.cols);
       sum += term;
-      magnitude += std::abs(term);
+      magnitude += static_cast<double>(std::abs(term));
     }
-    ASSERT_NEAR(values[i], sum - rho, 1e-12 * magnitude) << i;
+    ASSERT_NEAR(values[i], static_cast<double>(sum - rho), 1e-12 * magnitude) << i;
   }
 }
 
@@ -112,6 +112,27 @@ TEST_F(PredictorTest, ThreeLabelsGiveTheirPairsInOrder) {
   for (const auto& [a, b, q] :
        {std::tuple{0u, 1u, 0u}, std::tuple{0u, 2u, 1u}, std::tuple{1u, 2u, 2u}})
     expectFunction(made, pairCoefficients(made, a, b), made.rho[q], test, &values[300 * q]);
+}
+
+// Classes below, at and above a tile of vectors, and an empty one; blocks of samples likewise.
+TEST_F(PredictorTest, ManyLabelsAgreeAtEveryTileAndBlockSize) {
+  const std::vector<unsigned long long> sizes{513, 1, 0, 511, 512};
+  const std::vector<double> labels{1, 2, 3, 4, 7};
+  for (unsigned kernel = 0; kernel < 4; ++kernel)
+    for (const bool sparse : {false, true}) {
+      MadeModel made(parametersFor(kernel, sparse), randomRows(1537, 3, 1), labels, sizes, 2);
+      for (const std::uint64_t tests : {1, 31, 33, 289}) {
+        const Samples test = randomRows(tests, 4, 3);
+        const Values values = zeltest::decisionValues(made.context, made.model, test);
+        ASSERT_EQ(values.size(), 10 * tests);
+        for (std::uint64_t a = 0, q = 0; a < 5; ++a)
+          for (std::uint64_t b = a + 1; b < 5; ++b, ++q) {
+            SCOPED_TRACE(testing::Message() << kernel << sparse << tests << " pair " << q);
+            expectFunction(made, pairCoefficients(made, a, b), made.rho[q], test,
+                           &values[tests * q]);
+          }
+      }
+    }
 }
 
 TEST_F(PredictorTest, RegressionGivesTheFunctionItself) {

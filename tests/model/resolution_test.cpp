@@ -46,6 +46,14 @@ TEST(MulticlassResolver, VotesAreCountedByPair) {
   // Four labels: the winner of three pairs, then two labels with two votes each.
   EXPECT_EQ(resolved({1, 2, 3, 4}, {{-1, -1}, {-1, 1}, {-1, -1}, {-1, 1}, {1, -1}, {1, 1}}),
             (Values{3, 2}));
+  // Labels that are equal share their votes; a NaN is no label to vote for.
+  EXPECT_EQ(resolved({1, 2, 1}, {{-1, -1}, {1, -1}, {1, -1}}), (Values{2, 1}));
+  EXPECT_EQ(resolved({nan, 2}, {{1, -1}}), (Values{0, 2}));
+  // More samples than are counted at a time.
+  Values signs(1100, -1);
+  for (const std::size_t s : {0u, 511u, 512u, 1099u}) signs[s] = 1;
+  const Values labels = resolved({6, 5}, {signs});
+  for (std::size_t s = 0; s < signs.size(); ++s) ASSERT_EQ(labels[s], signs[s] > 0 ? 6 : 5) << s;
 }
 
 class Evaluation : public testing::Test {

@@ -51,7 +51,6 @@ TEST(BadParameters, OfTraining) {
       {"-s 4 -y 2:1", order},
       {"-I 2", base},
       {"-I -1", base},
-      {"-b 1", "Probability estimates are not available in this version."},
       {"-s 2 -b 1", oneClass},
       {"-s 1 -n 0.9", "Error: there is no feasible solution for the nu value."},
       {"-s 3 -p 100", "Unable to create support vectors."}};

@@ -8,4 +8,18 @@ enum class Isa { baseline, avx2, avx512 };
 // The best set that this processor and its system offer.
 Isa processorIsa();
 
+// Of one table of loops per instruction set the one for this processor.
+template <typename Table>
+const Table& tableForProcessor(const Table& baseline, const Table& avx2, const Table& avx512) {
+  switch (processorIsa()) {
+    case Isa::avx512:
+      return avx512;
+    case Isa::avx2:
+      return avx2;
+    case Isa::baseline:
+      break;
+  }
+  return baseline;
+}
+
 }  // namespace zel::inline ZEL_PLATFORM

@@ -4,9 +4,12 @@
 #include <stdlib.h>
 
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <system_error>
+
+#include "zeldplus/util/six_digits.h"
 
 namespace zel::inline ZEL_PLATFORM {
 namespace {
@@ -85,6 +88,11 @@ std::int32_t parseInteger(std::string_view text) {
 }
 
 char* formatDouble(char* text, double value) {
+  const double magnitude = std::abs(value);
+  if (SixDigits::serves(magnitude)) {
+    if (value < 0) *text++ = '-';
+    return SixDigits(magnitude).write(text);
+  }
   return std::to_chars(text, text + numberCapacity, value, std::chars_format::general, 6).ptr;
 }
 

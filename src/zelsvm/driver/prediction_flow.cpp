@@ -16,13 +16,17 @@ void ZelSvmMain<T>::predict() {
   loadData(options->inputFile, model->featureCount);
   zelsvm::ScaledData<T> scaled(*dataSet, model->scale);
   zelsvm::HostVector<T> predictions(samples->rows());
+  const bool perLabel =
+      options->probability && context->problemKind == zelsvm::ProblemKind::classification;
+  zelsvm::HostVector<T> probabilities(perLabel ? model->labels().size() * predictions.size() : 0);
+  probabilities.fill(0);
   zelsvm::GenericProcessor<T> processor(*context);
-  processor.predict(predictions, *model, scaled, options->probability);
+  processor.predict(predictions, probabilities, *model, scaled, options->probability);
   for (std::uint64_t i = 0; i < predictions.size(); ++i)
     predictions.set(i, model->scale.unscaledTarget(predictions[i]));
   takePredictionMeasures(processor, model->scale.varianceFactor());
   if (zel::verbose) reportPrediction();
-  zelsvm::writePredictions(options->outputFile, predictions, zelsvm::HostVector<T>(), *model);
+  zelsvm::writePredictions(options->outputFile, predictions, probabilities, *model);
 }
 
 template <typename T>
@@ -33,6 +37,10 @@ void ZelSvmMain<T>::reportPrediction() const {
   }
   zel::printMessage("Mean squared error = %g\n", results[0]);
   zel::printMessage("Pearson correlation coefficient = %g\n", correlations[0]);
+  if (!options->probability) return;
+  zel::printMessage("\nProbability model of the test data with Laplace distribution:\n");
+  zel::printMessage("  location parameter = predicted value\n");
+  zel::printMessage("  scale paremeter = %g\n", model->sigma);
 }
 
 template void ZelSvmMain<double>::predict();

@@ -31,7 +31,8 @@ void ZelSvmMain<T>::test() {
   zelsvm::GenericProcessor<T> processor(*context);
   processor.train(*model, *dataSet, options->probability);
   zelsvm::HostVector<T> predictions(dataSet->sampleCount());
-  processor.predict(predictions, *model, *dataSet, false);
+  zelsvm::HostVector<T> noProbabilities;
+  processor.predict(predictions, noProbabilities, *model, *dataSet, false);
   takePredictionMeasures(processor, model->scale.varianceFactor());
 }
 

@@ -8,7 +8,7 @@
 namespace zelsvm::inline ZEL_PLATFORM {
 
 // Grid (parts, test samples), blocks of 128 threads. products holds one column of svCount dot
-// products, leading dimension ld, per test sample and may be overwritten. partial[y * parts + x]
+// products, leading dimension ld, per test sample and stays as it is. partial[y * parts + x]
 // receives part x of sample y's sum of coefficient times kernel value.
 template <typename T, SVM_KERNEL K>
 __global__ void decisionValueKernel(T* partial, const T* testNorms, const T* coefficients,

@@ -26,6 +26,14 @@ constexpr std::uint64_t pairIndex(std::uint64_t i, std::uint64_t j, std::uint64_
 
 constexpr std::uint64_t pairCount(std::uint64_t k) { return k * (k - 1) / 2; }
 
+// Calls use(pair index, label pair) for every pair of labels in order.
+template <typename T, typename Use>
+void forEachLabelPair(const HostVector<T>& labels, Use use) {
+  std::uint64_t t = 0;
+  for (std::uint64_t i = 0; i < labels.size(); ++i)
+    for (std::uint64_t j = i + 1; j < labels.size(); ++j) use(t++, LabelPair{labels[i], labels[j]});
+}
+
 // Members are filled once, by training or by reading a model file; an accessor asked for a member
 // that is not there yet throws AppException. With k labels: rho holds k (k - 1) / 2 offsets in pair
 // order (one for regression), coefficients k - 1 numbers per support vector (one for regression),

@@ -24,14 +24,6 @@ HostVector<T> toHostVector(const std::vector<double>& v) {
   return result;
 }
 
-// Calls use(pair index, label pair) for every pair of labels in order.
-template <typename T, typename Use>
-void forEachLabelPair(const HostVector<T>& labels, Use use) {
-  std::uint64_t t = 0;
-  for (std::uint64_t i = 0; i < labels.size(); ++i)
-    for (std::uint64_t j = i + 1; j < labels.size(); ++j) use(t++, LabelPair{labels[i], labels[j]});
-}
-
 template <typename T>
 void describeClasses(ModelHeader& header, const GenericModel<T>& model) {
   header.labels = toStdVector(model.labels());

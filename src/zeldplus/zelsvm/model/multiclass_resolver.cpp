@@ -1,18 +1,25 @@
 #include "zeldplus/zelsvm/model/multiclass_resolver.h"
 
+#include <algorithm>
 #include <cstdint>
-
-#include "zeldplus/inc/zelhostmatrix.h"
+#include <vector>
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
-using Votes = zel::HostMatrix<unsigned long long>;
+// Samples whose votes are counted together, so that the counters stay in the cache.
+constexpr std::uint64_t stripe = 512;
 
+// The class that counts a class's votes: the first with an equal label, so that equal labels share
+// theirs. The label count for a NaN, which equals none and gets no vote.
 template <typename T>
-void castVote(Votes& votes, const HostVector<T>& labels, std::uint64_t sample, T winner) {
-  for (std::uint64_t c = 0; c < labels.size(); ++c)
-    if (labels[c] == winner) ++votes.row(sample)[c];
+std::vector<std::uint64_t> countingClasses(const HostVector<T>& labels) {
+  const T* const begin = labels.data();
+  const T* const end = begin + labels.size();
+  std::vector<std::uint64_t> classes;
+  for (const T* label = begin; label != end; ++label)
+    classes.push_back(static_cast<std::uint64_t>(std::find(begin, end, *label) - begin));
+  return classes;
 }
 
 }  // namespace
@@ -23,21 +30,28 @@ void MulticlassResolver<T>::handle(HostVector<T>& output, const HostVector<T>& d
   const HostVector<T>& labels = model.labels();
   const std::uint64_t k = labels.size();
   const std::uint64_t n = output.size();
-  HostVector<unsigned long long> counters(n * k);
-  counters.fill(0);
-  Votes votes(counters.data(), k, n);
-  const T* d = decisionValues.data();
-  for (std::uint64_t i = 0; i < k; ++i)
-    for (std::uint64_t j = i + 1; j < k; ++j)
-      for (std::uint64_t s = 0; s < n; ++s, ++d)
-        if (*d != 0) castVote(votes, labels, s, *d > 0 ? labels[i] : labels[j]);
-
-  for (std::uint64_t s = 0; s < n; ++s) {
-    unsigned long long best = 0;
-    for (std::uint64_t c = 0; c < k; ++c) {
-      if (votes.row(s)[c] <= best) continue;
-      best = votes.row(s)[c];
-      output.set(s, labels[c]);
+  const std::vector<std::uint64_t> counting = countingClasses(labels);
+  std::vector<std::uint64_t> votes((k + 1) * stripe);
+  for (std::uint64_t first = 0; first < n; first += stripe) {
+    const std::uint64_t count = std::min(stripe, n - first);
+    std::fill(votes.begin(), votes.end(), 0);
+    const T* d = decisionValues.data() + first;
+    for (std::uint64_t i = 0; i < k; ++i)
+      for (std::uint64_t j = i + 1; j < k; ++j, d += n) {
+        std::uint64_t* const forI = votes.data() + counting[i] * stripe;
+        std::uint64_t* const forJ = votes.data() + counting[j] * stripe;
+        for (std::uint64_t s = 0; s < count; ++s) {
+          forI[s] += d[s] > 0;
+          forJ[s] += !(d[s] >= 0);
+        }
+      }
+    for (std::uint64_t s = 0; s < count; ++s) {
+      std::uint64_t best = 0;
+      for (std::uint64_t c = 0; c < k; ++c) {
+        if (counting[c] == k || votes[counting[c] * stripe + s] <= best) continue;
+        best = votes[counting[c] * stripe + s];
+        output.set(first + s, labels[c]);
+      }
     }
   }
 }

@@ -1,20 +1,26 @@
 #include "zeldplus/zelsvm/model/rspredictor.h"
 
 #include <algorithm>
+#include <string>
 
 #include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/inc/zeldev.h"
-#include "zeldplus/inc/zellaunch.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
-#include "zeldplus/zelsvm/model/decision_kernels.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
-constexpr unsigned blockThreads = 128;
-constexpr std::uint64_t maxParts = 1024;
 constexpr std::uint64_t minBlockSize = 4;
 constexpr std::uint64_t maxBlockSize = 256;
+// Decision values of a block, which many functions make large.
+constexpr std::uint64_t maxValueBytes = std::uint64_t{64} << 20;
+
+// One dot per function, spread over the samples.
+void showProgress(std::uint64_t functions, std::uint64_t before, std::uint64_t after,
+                  std::uint64_t samples) {
+  const std::uint64_t dots = functions * after / samples - functions * before / samples;
+  if (zel::verbose && dots != 0) zel::printMessage("%s", std::string(dots, '.').c_str());
+}
 
 }  // namespace
 
@@ -23,11 +29,8 @@ GenericPredictor<T>::GenericPredictor(const SvmContext<T>& params, const Generic
     : params(&params),
       model(&model),
       vectors(&model.vectors()),
-      svCount(vectors->rows()),
-      pitch(zel::roundedCapacity(svCount)),
-      coefficients(svCount),
-      svNorms(vectors->rowNorms()) {
-  static_cast<void>(model.rho());
+      pitch(zel::roundedCapacity(vectors->rows())),
+      functions(params, model) {
   publishConstants();
 }
 
@@ -41,19 +44,20 @@ void GenericPredictor<T>::publishConstants() const {
 
 template <typename T>
 void GenericPredictor<T>::size(const zelmag::AbstractMatrix<T>& test) {
-  parts = static_cast<unsigned>(std::min((svCount + blockThreads - 1) / blockThreads, maxParts));
   const std::uint64_t available = zel::freeDeviceMemory() / 2;
-  const std::uint64_t bytesPerSample = (pitch + parts) * sizeof(T) + 16;
+  const std::uint64_t valueBytes = functions.count() * sizeof(T);
+  const std::uint64_t bytesPerSample =
+      pitch * sizeof(T) + functions.bytesPerSample() + valueBytes + 16;
   const auto fitting = static_cast<std::uint32_t>(available / bytesPerSample + 3) & ~3u;
   blockSize = std::clamp<std::uint64_t>(fitting, minBlockSize, maxBlockSize);
+  blockSize = std::clamp(maxValueBytes / valueBytes, minBlockSize, blockSize);
   // Sparse rows are laid out densely on the device, which many columns make large.
   if (test.rowOffsets() != nullptr)
     blockSize = std::clamp(available / 4 / (test.cols() * sizeof(T)), minBlockSize, blockSize);
   const std::uint64_t m = std::min(test.rows(), blockSize);
-  partials.resize(m * parts);
   products.resize(m * pitch);
   testNorms.resize(m);
-  outputs.resize(m);
+  values.resize(m * functions.count());
 }
 
 template <typename T>
@@ -61,7 +65,9 @@ void GenericPredictor<T>::predict(HostVector<T>& output, zelmag::AbstractMatrix<
   output.fill(0);
   size(test);
   if (params->problemKind == ProblemKind::regression) {
-    computeDecisionValues(output, test, model->coefficients(), model->rho()[0]);
+    forEachBlock(test, [&](std::uint64_t first, std::uint64_t count) {
+      output.copyFrom(values, first, 0, count);
+    });
     for (auto* handler : handlers) handler->handle(output, output, *model);
   } else {
     predictPairs(output, test);
@@ -72,53 +78,27 @@ void GenericPredictor<T>::predict(HostVector<T>& output, zelmag::AbstractMatrix<
 template <typename T>
 void GenericPredictor<T>::predictPairs(HostVector<T>& output, zelmag::AbstractMatrix<T>& test) {
   const std::uint64_t n = output.size();
-  const std::uint64_t k = model->labels().size();
-  HostVector<T> decisionValues(pairCount(k) * n);
-  HostVector<T> functionCoefficients(svCount);
-  std::uint64_t q = 0;
-  for (std::uint64_t a = 0; a < k; ++a)
-    for (std::uint64_t b = a + 1; b < k; ++b, ++q) {
-      model->pairCoefficients(functionCoefficients, a, b);
-      HostVector<T> slice(n, decisionValues.data() + q * n);
-      computeDecisionValues(slice, test, functionCoefficients, model->rho()[q]);
-    }
+  HostVector<T> decisionValues(functions.count() * n);
+  HostVector<T> block(values.size());
+  forEachBlock(test, [&](std::uint64_t first, std::uint64_t count) {
+    block.copyFrom(values, 0, 0, functions.count() * count);
+    for (std::uint64_t f = 0; f < functions.count(); ++f)
+      std::copy_n(block.at(f * count), count, decisionValues.at(f * n + first));
+  });
   for (auto* handler : handlers) handler->handle(output, decisionValues, *model);
 }
 
 template <typename T>
-void GenericPredictor<T>::computeDecisionValues(HostVector<T>& output,
-                                                zelmag::AbstractMatrix<T>& test,
-                                                const HostVector<T>& functionCoefficients, T rho) {
-  coefficients.copyFrom(functionCoefficients, 0, 0, svCount);
-  for (std::uint64_t start = 0; start < test.rows(); start += blockSize) {
-    const std::uint64_t count = std::min(blockSize, test.rows() - start);
+template <typename Take>
+void GenericPredictor<T>::forEachBlock(zelmag::AbstractMatrix<T>& test, Take take) {
+  const std::uint64_t n = test.rows();
+  for (std::uint64_t start = 0; start < n; start += blockSize) {
+    const std::uint64_t count = std::min(blockSize, n - start);
     vectors->blockProducts(test.deviceRows(start, count), test.cols(), products, pitch, count);
     testNorms.copyFrom(test.rowNorms(), 0, start, count);
-    launchDecisionValues(count);
-    zel::launch(decisionReductionKernel<T>, {static_cast<unsigned>(count), blockThreads},
-                outputs.data(), partials.data(), rho, parts);
-    output.copyFrom(outputs, start, 0, count);
-  }
-  if (zel::verbose) zel::printMessage(".");
-}
-
-template <typename T>
-void GenericPredictor<T>::launchDecisionValues(std::uint64_t count) {
-  const dim3 grid{parts, static_cast<unsigned>(count)};
-  const auto run = [&](auto* kernel) {
-    zel::launch(kernel, {grid, blockThreads}, partials.data(), testNorms.data(),
-                coefficients.data(), svNorms.data(), svCount, products.data(), pitch);
-  };
-  switch (params->kernelType) {
-    case SVM_KERNEL_POLYNOMIAL:
-      return run(decisionValueKernel<T, SVM_KERNEL_POLYNOMIAL>);
-    case SVM_KERNEL_RADIAL:
-      return run(decisionValueKernel<T, SVM_KERNEL_RADIAL>);
-    case SVM_KERNEL_SIGMOID:
-      return run(decisionValueKernel<T, SVM_KERNEL_SIGMOID>);
-    case SVM_KERNEL_LINEAR:
-    case SVM_KERNEL_UNSUPPORTED:
-      return run(decisionValueKernel<T, SVM_KERNEL_LINEAR>);
+    functions.evaluate(values, products, pitch, testNorms, count);
+    take(start, count);
+    showProgress(functions.count(), start, start + count, n);
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "zeldplus/inc/zelvectors.h"
 #include "zeldplus/zelsvm/engine/svm_context.h"
+#include "zeldplus/zelsvm/model/decision_functions.h"
 #include "zeldplus/zelsvm/model/prediction_handler.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -29,25 +30,21 @@ class GenericPredictor {
  private:
   void publishConstants() const;
   void size(const zelmag::AbstractMatrix<T>& test);
+  // Calls take(first sample, count) with each block's decision values in values.
+  template <typename Take>
+  void forEachBlock(zelmag::AbstractMatrix<T>& test, Take take);
   void predictPairs(HostVector<T>& output, zelmag::AbstractMatrix<T>& test);
-  void computeDecisionValues(HostVector<T>& output, zelmag::AbstractMatrix<T>& test,
-                             const HostVector<T>& functionCoefficients, T rho);
-  void launchDecisionValues(std::uint64_t count);
 
   const SvmContext<T>* params;
   const GenericModel<T>* model;
   std::vector<AbstractPredictionHandler<T>*> handlers;
   zelmag::AbstractMatrix<T>* vectors;
-  std::uint64_t svCount;
   std::uint64_t pitch;
   std::uint64_t blockSize = 0;  // test samples per pass
-  unsigned parts = 0;           // partial sums per test sample
-  zel::DeviceVector<T> coefficients;
-  zel::DeviceVector<T> svNorms;
-  zel::DeviceVector<T> partials;
+  DecisionFunctions<T> functions;
   zel::DeviceVector<T> products;
   zel::DeviceVector<T> testNorms;
-  zel::DeviceVector<T> outputs;
+  zel::DeviceVector<T> values;
 };
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

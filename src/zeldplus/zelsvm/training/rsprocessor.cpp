@@ -12,25 +12,26 @@ void refuseOneClassProbability(ProblemKind kind) {
     throw zel::AppException("Probability output for one-class SVM is not supported.");
 }
 
-[[noreturn]] void refuseProbability() {
-  throw zel::AppException("Probability estimates are not available in this version.");
-}
-
 }  // namespace
 
 template <typename T>
 void GenericProcessor<T>::requireTrainable(SimpleData<T>& data, bool probability) const {
   if (context->problemKind == ProblemKind::classification) requireIntegerLabels(data.labels());
-  if (probability) {
-    refuseOneClassProbability(context->problemKind);
-    refuseProbability();
-  }
+  if (probability) refuseOneClassProbability(context->problemKind);
+}
+
+template <typename T>
+GenericProbabilityTrainer<T>& GenericProcessor<T>::makeProbabilityTrainer() {
+  probabilityTrainer = std::make_unique<GenericProbabilityTrainer<T>>(*context);
+  return *probabilityTrainer;
 }
 
 template <typename T>
 void GenericProcessor<T>::train(GenericModel<T>& model, SimpleData<T>& data, bool probability) {
   requireTrainable(data, probability);
   GenericTrainer<T> trainer(*context);
+  model.probability = probability;
+  if (probability) trainer.addHandler(makeProbabilityTrainer());
   trainer.train(model, data);
 }
 
@@ -40,24 +41,39 @@ void GenericProcessor<T>::crossTrain(HostVector<T>& predictions, SimpleData<T>& 
   requireTrainable(data, probability);
   crossTrainer = std::make_unique<SvmCrossTrainer<T>>(*context);
   crossTrainer->evaluateAgainst(data);
-  if (context->problemKind != ProblemKind::regression) crossTrainer->addPredictionHandler(resolver);
+  // A regression's predictions need no resolver and do not depend on the scale of their residuals.
+  if (context->problemKind != ProblemKind::regression) {
+    if (probability) crossTrainer->addBuildHandler(makeProbabilityTrainer());
+    crossTrainer->addPredictionHandler(
+        probability ? static_cast<AbstractPredictionHandler<T>&>(probabilityResolver) : resolver);
+  }
   crossTrainer->run(predictions, data, folds);
 }
 
 template <typename T>
-void GenericProcessor<T>::predict(HostVector<T>& output, const GenericModel<T>& model,
-                                  SvmData<T>& data, bool probability) {
+void GenericProcessor<T>::predict(HostVector<T>& output, HostVector<T>& probabilities,
+                                  const GenericModel<T>& model, SvmData<T>& data,
+                                  bool probability) {
   if (probability) {
     refuseOneClassProbability(context->problemKind);
     if (!model.probability)
       throw zel::AppException("The model does not contain probability parameters.");
-    refuseProbability();
   }
   GenericPredictor<T> predictor(*context, model);
-  if (context->problemKind != ProblemKind::regression) predictor.addHandler(resolver);
+  if (context->problemKind != ProblemKind::regression)
+    predictor.addHandler(chooseResolver(probabilities, probability));
   evaluation = std::make_unique<GenericEvaluationHandler<T>>(context->problemKind, data);
   predictor.addHandler(*evaluation);
   predictor.predict(output, data.matrix());
+}
+
+template <typename T>
+AbstractPredictionHandler<T>& GenericProcessor<T>::chooseResolver(HostVector<T>& probabilities,
+                                                                  bool probability) {
+  if (!probability) return resolver;
+  if (probabilities.size() == 0) return probabilityResolver;
+  probabilityEstimator = std::make_unique<MulticlassProbabilityEstimator<T>>(probabilities);
+  return *probabilityEstimator;
 }
 
 template class GenericProcessor<double>;

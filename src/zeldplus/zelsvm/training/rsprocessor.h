@@ -6,8 +6,10 @@
 #include "zeldplus/zelsvm/engine/svm_context.h"
 #include "zeldplus/zelsvm/model/evaluation_handler.h"
 #include "zeldplus/zelsvm/model/generic_model.h"
+#include "zeldplus/zelsvm/model/multiclass_probability_estimator.h"
 #include "zeldplus/zelsvm/model/multiclass_resolver.h"
 #include "zeldplus/zelsvm/training/cross_trainer.h"
+#include "zeldplus/zelsvm/training/generic_probability_trainer.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 
@@ -32,9 +34,11 @@ class GenericProcessor {
   }
 
   // Writes one prediction per sample of data, in scaled units, and evaluates them against its
-  // labels.
-  void predict(HostVector<T>& output, const GenericModel<T>& model, SvmData<T>& data,
-               bool probability);
+  // labels. With probability it chooses labels by their probabilities, and unless the vector is
+  // empty it writes them there, one per label and sample, sample by sample. Throws AppException for
+  // a model without probability parameters.
+  void predict(HostVector<T>& output, HostVector<T>& probabilities, const GenericModel<T>& model,
+               SvmData<T>& data, bool probability);
 
   // Measures of the last prediction.
   [[nodiscard]] const AbstractEvaluator<T>& evaluator() const { return evaluation->evaluator(); }
@@ -42,10 +46,16 @@ class GenericProcessor {
  private:
   // Throws AppException for data or a request that no training can serve.
   void requireTrainable(SimpleData<T>& data, bool probability) const;
+  GenericProbabilityTrainer<T>& makeProbabilityTrainer();
+  // What turns decision values into labels.
+  AbstractPredictionHandler<T>& chooseResolver(HostVector<T>& probabilities, bool probability);
 
   const SvmContext<T>* context;
   std::unique_ptr<GenericEvaluationHandler<T>> evaluation;
+  std::unique_ptr<GenericProbabilityTrainer<T>> probabilityTrainer;
   std::unique_ptr<SvmCrossTrainer<T>> crossTrainer;
+  std::unique_ptr<MulticlassProbabilityEstimator<T>> probabilityEstimator;
+  BinaryProbabilityResolver<T> probabilityResolver;
   MulticlassResolver<T> resolver;
 };
 

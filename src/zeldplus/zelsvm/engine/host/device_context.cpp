@@ -12,7 +12,10 @@ cudaTextureObject_t zelsvm_tx_ys = 0;
 cudaTextureObject_t zelsvm_tx_alpha = 0;
 cudaTextureObject_t zelsvm_tx_f = 0;
 cudaTextureObject_t zelsvm_tx_norm = 0;
+cudaTextureObject_t zelsvm_tx_sigx[2] = {};
 unsigned zelsvm_cnv_sem = 0;
 unsigned zelsvm_wss_sem = 0;
+unsigned zelsvm_reduction_sem = 0;
+unsigned zelsvm_sigmoid_sem = 0;
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

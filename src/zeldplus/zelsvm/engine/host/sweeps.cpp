@@ -3,34 +3,17 @@
 #include "zeldplus/zelsvm/engine/host/transform_sweeps.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
-namespace {
-
-template <typename Table>
-const Table& choose(const Table& baselineTable, [[maybe_unused]] const Table& avx2Table,
-                    [[maybe_unused]] const Table& avx512Table) {
-  switch (zel::processorIsa()) {
-    case zel::Isa::avx512:
-      return avx512Table;
-    case zel::Isa::avx2:
-      return avx2Table;
-    case zel::Isa::baseline:
-      break;
-  }
-  return baselineTable;
-}
-
-}  // namespace
 
 #ifdef __x86_64__
 const SmoSweeps& smoSweeps() {
   static const SmoSweeps& chosen =
-      choose(baseline::smoSweepTable, avx2::smoSweepTable, avx512::smoSweepTable);
+      zel::tableForProcessor(baseline::smoSweepTable, avx2::smoSweepTable, avx512::smoSweepTable);
   return chosen;
 }
 
 const TransformSweeps& transformSweeps() {
-  static const TransformSweeps& chosen =
-      choose(baseline::transformSweepTable, avx2::transformSweepTable, avx512::transformSweepTable);
+  static const TransformSweeps& chosen = zel::tableForProcessor(
+      baseline::transformSweepTable, avx2::transformSweepTable, avx512::transformSweepTable);
   return chosen;
 }
 #else

@@ -1,0 +1,17 @@
+#include "zeldplus/zelsvm/training/host/sigmoid_sweeps.h"
+
+#include "platform/host/isa.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+#ifdef __x86_64__
+const SigmoidSweeps& sigmoidSweeps() {
+  static const SigmoidSweeps& chosen = zel::tableForProcessor(
+      baseline::sigmoidSweepTable, avx2::sigmoidSweepTable, avx512::sigmoidSweepTable);
+  return chosen;
+}
+#else
+const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
+#endif
+
+}  // namespace zelsvm::inline ZEL_PLATFORM
