@@ -1,11 +1,13 @@
 # A thin front: the CMake presets and the scripts do the work.
 PREFIX ?= /usr/local
 DESTDIR ?=
-
-.PHONY: build tools demo test sanitize tsan fuzz bench install format lint setup setup-checks
+# What tools and install build: host, or cuda for the CUDA engine beside the host's.
+PRESET ?= host
 
 # Seconds that each fuzz target runs.
 FUZZ_SECONDS ?= 60
+
+.PHONY: build tools demo test cuda sanitize tsan fuzz bench install format lint setup setup-checks
 
 build: setup
 	cmake --preset host
@@ -13,14 +15,18 @@ build: setup
 
 # What a user of the program needs, without the tests.
 tools: setup
-	cmake --preset host
-	cmake --build --preset host --target zelsvm
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target tools
 
 demo: tools
-	@scripts/demo build/host/bin
+	@scripts/demo build/$(PRESET)/bin
 
 test: setup
 	cmake --workflow --preset host
+
+# The CUDA engine, the tests' CUDA build, and what of both can be checked without a device.
+cuda: setup
+	cmake --workflow --preset cuda
 
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize: setup
@@ -40,7 +46,7 @@ bench: setup
 	bench/run
 
 install: tools
-	DESTDIR="$(DESTDIR)" cmake --install build/host --prefix "$(PREFIX)"
+	DESTDIR="$(DESTDIR)" cmake --install build/$(PRESET) --prefix "$(PREFIX)"
 
 format: setup-checks
 	scripts/format

@@ -46,15 +46,11 @@ double medianOf(const std::function<double()>& measure) {
   return figures[timedRuns / 2];
 }
 
-// Counts the rows that are computed.
-class CountingMatrix : public zelmag::DenseMatrix<double> {
+// Tells how many rows were computed.
+class CountingSolver : public zelsvm::SmoCoreSolver<double> {
  public:
-  using DenseMatrix::DenseMatrix;
-  void rowProducts(zel::DeviceVector<double>& result, std::uint64_t row) override {
-    ++rowsComputed;
-    DenseMatrix::rowProducts(result, row);
-  }
-  std::uint64_t rowsComputed = 0;
+  using SmoCoreSolver::SmoCoreSolver;
+  [[nodiscard]] std::uint64_t rowsComputed() const { return kernel.computedRows(); }
 };
 
 struct Problem {
@@ -71,7 +67,7 @@ struct Problem {
         values.set(i * features + j, noise(random) + 0.03 * labels[i]);
     }
   }
-  CountingMatrix matrix(zellas::BlasContext& context) {
+  zelmag::DenseMatrix<double> matrix(zellas::BlasContext& context) {
     return {HostVector<double>(values.size(), values.data()), features, samples, context};
   }
 };
@@ -87,7 +83,7 @@ double copyBandwidth() {
 // Every row once, through the kernel object, from an empty cache.
 double rowSeconds(Problem& problem, const zelsvm::SvmContext<double>& context,
                   zellas::BlasContext& blas) {
-  CountingMatrix matrix = problem.matrix(blas);
+  zelmag::DenseMatrix<double> matrix = problem.matrix(blas);
   zelsvm::SmoKernel<double> kernel;
   double checksum = 0;
   const auto allRows = [&] {
@@ -114,9 +110,9 @@ struct SolveFigures {
 // The iteration count stands in what the solver prints.
 SolveFigures solveOnce(Problem& problem, const zelsvm::SvmContext<double>& context,
                        zellas::BlasContext& blas) {
-  CountingMatrix matrix = problem.matrix(blas);
+  zelmag::DenseMatrix<double> matrix = problem.matrix(blas);
   zelsvm::UserData<double> data(matrix, problem.labels);
-  zelsvm::SmoCoreSolver<double> solver(context);
+  CountingSolver solver(context);
   solver.gradientReady = true;
   HostVector<double> alpha(samples);
   HostVector<double> p(samples);
@@ -140,7 +136,7 @@ SolveFigures solveOnce(Problem& problem, const zelsvm::SvmContext<double>& conte
     std::exit(1);
   }
   return {seconds, std::atof(finished + std::strlen("Finished optimization in ")),
-          static_cast<double>(matrix.rowsComputed)};
+          static_cast<double>(solver.rowsComputed())};
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 # What every target of ours is compiled with.
 add_library(zel_options INTERFACE)
 target_compile_options(
-  zel_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow=local -ffp-contract=off
-                        -fno-math-errno $<$<BOOL:${ZELSVM_WERROR}>:-Werror>)
+  zel_options
+  INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wconversion -Wshadow=local
+            -ffp-contract=off -fno-math-errno $<$<BOOL:${ZELSVM_WERROR}>:-Werror>>)
 target_include_directories(zel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 
 if(ZELSVM_SANITIZE)

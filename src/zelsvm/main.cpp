@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "zeldplus/inc/zelconsole.h"
 #include "zelsvm/driver/zelsvm_main.h"
 #include "zelsvm/options.h"
 #include "zelsvm/platform_choice.h"
@@ -15,11 +16,14 @@ __attribute__((visibility("default"), used)) std::uint32_t NvOptimusEnablementCu
 int main(int argc, char** argv) {
   // A reader that went away is an error we see, not a signal that kills us.
   std::signal(SIGPIPE, SIG_IGN);
-  return zelsvm_main::runGuarded([&] {
+  int engineStatus = EXIT_SUCCESS;
+  const int status = zelsvm_main::runGuarded([&] {
     const zelsvm_opt::ZelSvmOpt options(argc, argv);
-    switch (zelsvm_main::choosePlatform(std::getenv("ZELSVM_PLATFORM"))) {
-      case zelsvm_main::Platform::host:
-        zelsvm_main::ZelSvmMain<double>(options).run();
-    }
+    const ZelsvmEngine* const engine = zelsvm_main::chooseEngine(std::getenv("ZELSVM_PLATFORM"));
+    if (engine != nullptr)
+      engineStatus = engine->run(&options, zel::verbose);
+    else
+      zelsvm_main::ZelSvmMain<double>(options).run();
   });
+  return status == EXIT_SUCCESS ? engineStatus : status;
 }

@@ -99,6 +99,33 @@ TEST(MruCache, KeepsTheMostRecentlyUsedRows) {
   }
 }
 
+// Guesses go first, the oldest before the others, and never take a place that the latest requests
+// need; one that is asked for is a row like any other.
+TEST(MruCache, GuessesAreOlderThanUsedRows) {
+  MRUCache<double> cache;
+  cache.initialize(700, 0);
+  ASSERT_EQ(cache.slotCount(), 16);
+  const auto isCached = [&](std::uint64_t row) { return cache.cachedRows()[row] != 0; };
+  for (std::uint64_t row = 0; row < 8; ++row) cache.grab(row);
+  for (std::uint64_t row = 100; row < 108; ++row) cache.grabGuess(row);
+  EXPECT_EQ(cache.usedGuesses(), 0);
+  EXPECT_NE(cache.query(100), nullptr);
+  EXPECT_EQ(cache.usedGuesses(), 1);
+  cache.grab(8);  // in the place of guess 101
+  EXPECT_FALSE(isCached(101));
+  cache.grabGuess(200);  // guesses hold more than a quarter: in the place of 102
+  EXPECT_FALSE(isCached(102));
+  for (std::uint64_t row = 0; row < 9; ++row) EXPECT_TRUE(isCached(row)) << row;
+  for (std::uint64_t row = 9; row < 13; ++row) cache.grab(row);  // 103 to 106
+  for (std::uint64_t row = 103; row < 107; ++row) EXPECT_FALSE(isCached(row)) << row;
+  EXPECT_TRUE(isCached(100) && isCached(107) && isCached(200));
+  cache.grabGuess(201);  // guesses are few now: in the place of the least recently used row
+  EXPECT_FALSE(isCached(0));
+  EXPECT_TRUE(isCached(107) && isCached(200) && isCached(201));
+  for (std::uint64_t guess = 300; guess < 340; ++guess) cache.grabGuess(guess);
+  for (std::uint64_t row = 2; row < 13; ++row) EXPECT_TRUE(isCached(row)) << row;
+}
+
 TEST(MruCache, RefusesRowsOutOfRange) {
   MRUCache<double> cache;
   cache.initialize(20, 1);
@@ -106,6 +133,8 @@ TEST(MruCache, RefusesRowsOutOfRange) {
     EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.query(row); }),
               "Unexpected kernel cache query request.");
     EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.grab(row); }),
+              "Unexpected kernel cache grab request.");
+    EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.grabGuess(row); }),
               "Unexpected kernel cache grab request.");
   }
   EXPECT_NE(cache.grab(19), nullptr);

@@ -1,4 +1,4 @@
-// The shrinking kernel: which variables it marks.
+// Shrinking: which variables are marked.
 #include <cuda_runtime.h>
 #include <gtest/gtest.h>
 
@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "support/host_vectors.h"
-#include "zeldplus/inc/zellaunch.h"
 #include "zeldplus/inc/zeltexture_v2.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
-#include "zeldplus/zelsvm/engine/smo_kernels.h"
+#include "zeldplus/zelsvm/engine/smo_steps.h"
 
 namespace {
 
@@ -62,10 +61,12 @@ TEST_P(ShrinkMarks, FallOnBoundVariablesBeyondTheirClass) {
   publish(zelsvm::zelsvm_tx_alpha, alphaTexture.handle());
   publish(zelsvm::zelsvm_tx_f, gradientTexture.handle());
   publish(zelsvm::zelsvm_tx_ys, statusTexture.handle());
-  zel::launch(nu ? zelsvm::reduceSmoWorkingSetKernel<double, true>
-                 : zelsvm::reduceSmoWorkingSetKernel<double, false>,
-              {4, 128}, deviceStatus.data(), up[0], up[1], low[0], low[1], deviceActive.data(),
-              static_cast<unsigned>(active.size()));
+  DeviceVector<zelsvm::SmoDelta<double>> delta(1);
+  const auto steps = zelsvm::makeSmoSteps<double>(zelsvm::SVM_KERNEL_RADIAL, nu);
+  steps->begin({count, count, Cp, Cn, deviceGradient.data(), deviceAlpha.data(),
+                deviceStatus.data(), deviceActive.data(), delta.data(), nullptr});
+  steps->activate(static_cast<unsigned>(active.size()));
+  steps->reduce({0, {up[0], low[0]}}, {0, {up[1], low[1]}});
   const std::vector<char2> marked = valuesOf(deviceStatus);
   for (unsigned t = 0; t < count; ++t) {
     EXPECT_EQ(marked[t].x, expected[t] ? 1 : 0) << t;

@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "data/temp_file.h"
-#include "platform/host/texture_view.h"
 #include "support/host_vectors.h"
+#include "support/published_texture.h"
 #include "support/samples.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
@@ -79,6 +80,25 @@ TEST_P(SmoKernelTest, RowsHoldTheKernelFunction) {
     }
 }
 
+// Few stored values, in several stretches of samples.
+TEST_P(SmoKernelTest, RowsOfMostlyEmptySamplesHoldTheKernelFunction) {
+  constexpr std::uint64_t many = 4500;
+  constexpr std::uint64_t wide = 60;
+  std::mt19937 generator(3);
+  Samples thin{wide, std::vector<double>(many * wide), std::vector<double>(many, 1)};
+  for (std::uint64_t i = 0; i < many; ++i)
+    for (std::uint64_t k = i % 5; k > 0; --k)
+      thin.values[i * wide + generator() % wide] = static_cast<double>(generator() % 9) / 8;
+  DataSet thinSet(thin, context);
+  publishConstants(context, wide);
+  kernel.initialize(thinSet.data().matrix(), context.kernelType, many, 0);
+  for (const std::uint64_t i : {std::uint64_t{4}, std::uint64_t{0}, many - 1}) {
+    const std::vector<double> row = fromDevice(kernel.getRow(i), many);
+    for (std::uint64_t r = 0; r < many; ++r)
+      ASSERT_NEAR(row[r], kernelValue(context, thin.row(i), thin.row(r), wide), 1e-13);
+  }
+}
+
 TEST_P(SmoKernelTest, BlocksHoldTheKernelFunctionAndEmptyTheCache) {
   initialize(rows);
   const std::vector<double> before = fromDevice(kernel.getRow(3), rows);
@@ -113,7 +133,8 @@ TEST_P(SmoKernelTest, RefusesVariablesOutOfRange) {
 
 TEST_P(SmoKernelTest, TheDiagonalIsKnownToTheDevice) {
   initialize(rows);
-  const auto* const norms = zel::textureData<double>(zelsvm::zelsvm_tx_norm);
+  const std::vector<double> norms =
+      fromDevice(zeltest::publishedTexture(zelsvm::zelsvm_tx_norm), rows);
   const bool radial = context.kernelType == zelsvm::SVM_KERNEL_RADIAL;  // keeps squared norms
   for (std::uint64_t r = 0; r < rows; ++r)
     EXPECT_NEAR(norms[r],
@@ -148,7 +169,7 @@ TEST(PolynomialKernel, DegreeBelowOneIsExactlyOne) {
   SmoKernel<double> kernel;
   kernel.initialize(set.data().matrix(), context.kernelType, 2, 1);
   EXPECT_EQ(fromDevice(kernel.getRow(0), 2), (std::vector<double>{1, 1}));
-  EXPECT_EQ(zel::textureData<double>(zelsvm::zelsvm_tx_norm)[0], 1);
+  EXPECT_EQ(fromDevice(zeltest::publishedTexture(zelsvm::zelsvm_tx_norm), 1)[0], 1);
 }
 
 }  // namespace

@@ -13,124 +13,71 @@ namespace {
 using zelsvm::LowerQuery;
 using zelsvm::SelectedLower;
 using zelsvm::SelectedUpper;
-using zelsvm::SmoView;
+using zelsvm::SmoState;
 using zeltest::IsaTables;
 using zeltest::runnableTables;
 using zeltest::sameNumber;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double garbage = std::numeric_limits<double>::quiet_NaN();
-constexpr double Cp = 1;
-constexpr double Cn = 2;
-constexpr std::uint64_t counts[] = {0, 1, 2, 3, 7, 8, 9, 63, 64, 65, 1000};
+constexpr SelectedUpper noUpper{-infinity, infinity, -1};
+constexpr SelectedLower noLower{-infinity, -1};
+constexpr std::uint64_t counts[] = {0, 16, 48, 256, 272, 512, 1040};
 
-enum class Fill { mixed, zeros, bounds, nan };
+enum class Fill { mixed, noMembers, nan };
 
-// A solver's state. The arrays begin one element behind their memory, so that no vector load is
-// aligned by chance; gradients take few values, so that ties abound.
-class State {
- public:
-  State(std::uint64_t variables, std::uint64_t samples, Fill fill, unsigned seed)
-      : variables(variables), samples(samples), generator(seed) {
-    for (std::uint64_t k = 0; k <= variables; ++k) {
-      const bool positive = generator() % 2 == 0;
-      status.push_back({static_cast<signed char>(generator() % 3 - 1),
-                        static_cast<signed char>(positive ? 1 : -1)});
-      const double bound = positive ? Cp : Cn;
-      gradient.push_back(fill == Fill::nan || generator() % 16 == 0 ? garbage : halves(4));
-      alpha.push_back(fill == Fill::zeros    ? 0
-                      : fill == Fill::bounds ? bound
-                                             : bound * static_cast<double>(generator() % 3) / 2);
-    }
-    for (std::uint64_t k = 0; k <= samples; ++k) {
-      rows[0].push_back(halves(3));
-      rows[1].push_back(halves(3));
+// The arrays begin one element behind their memory, so that no vector load is aligned by chance;
+// values are few, so that ties abound.
+struct State {
+  State(std::uint64_t count, Fill fill, unsigned seed) : count(count), generator(seed) {
+    for (std::uint64_t k = 0; k <= count; ++k) {
+      v.push_back(fill == Fill::nan || generator() % 16 == 0 ? garbage : halves(4));
+      states.push_back(
+          static_cast<SmoState>(fill == Fill::noMembers ? generator() & 1 : generator() & 0xC1));
+      for (auto& row : rows) row.push_back(halves(3));
       diagonal.push_back(1 + halves(2));
     }
-  }
-
-  // Half of the variables, as shrinking leaves them.
-  void list() {
-    active.push_back(0);  // skipped like the other arrays' first element
-    for (unsigned k = 0; k < variables; ++k)
-      if (generator() % 2 == 0) active.push_back(k);
-  }
-
-  [[nodiscard]] SmoView view() const {
-    return {gradient.data() + 1,
-            alpha.data() + 1,
-            status.data() + 1,
-            diagonal.data() + 1,
-            active.empty() ? nullptr : active.data() + 1,
-            Cp,
-            Cn,
-            samples};
-  }
-  [[nodiscard]] const double* row(int c) const { return rows[c].data() + 1; }
-  [[nodiscard]] std::uint64_t positions() const {
-    return active.empty() ? variables : active.size() - 1;
   }
   // A multiple of 1/2 between -steps / 2 and steps / 2.
   double halves(int steps) {
     return static_cast<double>(generator() % static_cast<unsigned>(2 * steps + 1)) / 2 -
            steps / 2.0;
   }
+  [[nodiscard]] const double* row(int c) const { return rows[c].data() + 1; }
 
-  std::uint64_t variables;
-  std::uint64_t samples;
+  std::uint64_t count;
   std::mt19937 generator;
-  std::vector<double> gradient, alpha, diagonal, rows[2];
-  std::vector<char2> status;
-  std::vector<unsigned> active;
-};
-
-// One variable as the slow loops see it.
-struct Variable {
-  Variable(const SmoView& view, std::uint64_t q) : t(view.active == nullptr ? q : view.active[q]) {
-    positive = view.status[t].y > 0;
-    sample = t < view.samples ? t : t - view.samples;
-    v = positive ? -view.gradient[t] : view.gradient[t];
-    const bool canRise = view.alpha[t] < (positive ? view.Cp : view.Cn);
-    const bool canFall = view.alpha[t] > 0;
-    inUpper = positive ? canRise : canFall;
-    inLower = positive ? canFall : canRise;
-  }
-  std::uint64_t t;
-  std::uint64_t sample;
-  bool positive;
-  double v;
-  bool inUpper;
-  bool inLower;
+  std::vector<double> v, diagonal, rows[2];
+  std::vector<SmoState> states;
 };
 
 // classes: bit 0 takes the positive variables, bit 1 the others.
-SelectedUpper slowUpper(const SmoView& view, std::uint64_t begin, std::uint64_t end, int classes) {
-  SelectedUpper best{-infinity, infinity, -1};
+SelectedUpper slowUpper(const double* v, const SmoState* states, std::uint64_t begin,
+                        std::uint64_t end, int classes, SelectedUpper best) {
   for (std::uint64_t q = begin; q < end; ++q) {
-    const Variable x(view, q);
-    if ((classes & (x.positive ? 1 : 2)) == 0) continue;
-    if (x.inUpper && x.v > best.up) {
-      best.up = x.v;
+    if ((classes & ((states[q] & 1) != 0 ? 1 : 2)) == 0) continue;
+    if ((states[q] & 0x80) != 0 && v[q] > best.up) {
+      best.up = v[q];
       best.position = static_cast<std::int64_t>(q);
     }
-    if (x.inLower && x.v < best.low) best.low = x.v;
+    if ((states[q] & 0x40) != 0 && v[q] < best.low) best.low = v[q];
   }
   return best;
 }
 
-SelectedLower slowLower(const SmoView& view, const LowerQuery& query, std::uint64_t begin,
-                        std::uint64_t end, bool nu, bool unitDiagonal) {
-  SelectedLower best{infinity, -1};
-  for (std::uint64_t q = begin; q < end; ++q) {
-    const Variable x(view, q);
-    const int c = nu && !x.positive ? 1 : 0;
-    const double b = query.up[c] - x.v;
-    if (!x.inLower || !(b > 0)) continue;
-    const double diagonals = unitDiagonal ? 2 : query.diagonal[c] + view.diagonal[x.sample];
-    double curvature = diagonals - 2 * query.row[c][x.sample];
+SelectedLower slowLower(const State& state, const LowerQuery& query, std::uint64_t begin, bool nu,
+                        bool unitDiagonal) {
+  SelectedLower best = noLower;
+  for (std::uint64_t q = begin; q < state.count; ++q) {
+    const SmoState s = state.states[q + 1];
+    const int c = nu && (s & 1) == 0 ? 1 : 0;
+    const double b = query.up[c] - state.v[q + 1];
+    if ((s & 0x40) == 0 || !(b > 0)) continue;
+    const double diagonals = unitDiagonal ? 2 : query.diagonal[c] + query.diagonals[q];
+    double curvature = diagonals - 2 * query.row[c][q];
     if (curvature <= 0) curvature = 1e-12;
-    const double change = -(b * b) / curvature;
-    if (change < best.value) best = {change, static_cast<std::int64_t>(q)};
+    const double gain = b * b / curvature;
+    if (gain > best.gain) best = {gain, static_cast<std::int64_t>(q)};
   }
   return best;
 }
@@ -141,85 +88,103 @@ void expectSame(const SelectedUpper& actual, const SelectedUpper& expected) {
   EXPECT_EQ(actual.position, expected.position);
 }
 
-void checkSelections(const IsaTables& tables, State& state) {
-  const SmoView view = state.view();
-  const std::uint64_t n = state.positions();
-  const LowerQuery query{{1.0, 0.5}, {state.row(0), state.row(1)}, {1.5, 2}};
-  for (const std::uint64_t begin : {std::uint64_t{0}, std::uint64_t{1}, n / 2, n / 2 + 1}) {
-    if (begin > n) continue;
-    SCOPED_TRACE("from " + std::to_string(begin));
-    constexpr SelectedUpper guard{-77, 77, 777};
-    SelectedUpper core[2] = {guard, guard};
-    tables.smo->selectUpper(view, begin, n, core);
-    expectSame(core[0], slowUpper(view, begin, n, 3));
-    expectSame(core[1], guard);
-    SelectedUpper nu[3] = {guard, guard, guard};
-    tables.smo->selectUpperNu(view, begin, n, nu);
-    expectSame(nu[0], slowUpper(view, begin, n, 1));
-    expectSame(nu[1], slowUpper(view, begin, n, 2));
-    expectSame(nu[2], guard);
-    for (const bool isNu : {false, true})
-      for (const bool unit : {false, true}) {
-        const SelectedLower actual = tables.smo->selectLower[isNu][unit](view, query, begin, n);
-        const SelectedLower expected = slowLower(view, query, begin, n, isNu, unit);
-        EXPECT_EQ(actual.value, expected.value) << isNu << unit;
-        EXPECT_EQ(actual.position, expected.position) << isNu << unit;
-      }
+class SmoSweeps : public testing::TestWithParam<IsaTables> {
+ protected:
+  // The selections from begin on, continuing from what an earlier range found.
+  static void expectUppers(const double* v, const State& state, std::uint64_t begin, bool nu,
+                           const SelectedUpper& before, const SelectedUpper* actual) {
+    for (int c = 0; c < (nu ? 2 : 1); ++c)
+      expectSame(actual[c], slowUpper(v, state.states.data() + 1, begin, state.count,
+                                      nu ? 1 << c : 3, before));
+    if (!nu) expectSame(actual[1], before);
   }
-}
-
-class SmoSweeps : public testing::TestWithParam<IsaTables> {};
+};
 
 TEST_P(SmoSweeps, SelectionsTakeTheFirstBest) {
   unsigned seed = 0;
   for (const std::uint64_t n : counts)
-    for (const std::uint64_t halves : {1, 2})  // regression: two variables per kernel row entry
-      for (const bool listed : {false, true})
-        for (const Fill fill : {Fill::mixed, Fill::zeros, Fill::bounds, Fill::nan}) {
-          SCOPED_TRACE(std::to_string(halves) + " x " + std::to_string(n) + ", listed " +
-                       std::to_string(listed) + ", fill " + std::to_string(int(fill)));
-          State state(halves * n, n, fill, ++seed);
-          if (listed) state.list();
-          checkSelections(GetParam(), state);
+    for (const Fill fill : {Fill::mixed, Fill::noMembers, Fill::nan}) {
+      SCOPED_TRACE(std::to_string(n) + ", fill " + std::to_string(int(fill)));
+      const State state(n, fill, ++seed);
+      const double* const v = state.v.data() + 1;
+      const SmoState* const states = state.states.data() + 1;
+      const LowerQuery query{
+          {1.0, 0.5}, {state.row(0), state.row(1)}, {1.5, 2}, state.diagonal.data() + 1};
+      for (const std::uint64_t begin : {std::uint64_t{0}, n / 32 * 16})
+        for (const bool nu : {false, true}) {
+          for (const SelectedUpper& before : {noUpper, SelectedUpper{2, -2, 7}}) {
+            SelectedUpper best[2] = {before, before};
+            GetParam().smo->selectUpper[nu](v, states, begin, n, best);
+            expectUppers(v, state, begin, nu, before, best);
+          }
+          for (const bool unit : {false, true}) {
+            SelectedLower actual = noLower;
+            GetParam().smo->selectLower[nu][unit](v, states, query, begin, n, &actual);
+            const SelectedLower expected = slowLower(state, query, begin, nu, unit);
+            EXPECT_EQ(actual.gain, expected.gain) << nu << unit;
+            EXPECT_EQ(actual.position, expected.position) << nu << unit;
+          }
         }
+    }
 }
 
-TEST_P(SmoSweeps, GradientUpdatesStayInTheirRange) {
-  for (const std::uint64_t n : {0, 1, 7, 8, 65, 511, 512, 513, 1300})
-    for (const std::uint64_t halves : {1, 2}) {
-      SCOPED_TRACE(std::to_string(halves) + " x " + std::to_string(n));
-      const std::uint64_t l = halves * n;
-      const std::uint64_t begin = l / 7;
-      const std::uint64_t end = l - l / 9;
-      State state(l, n, Fill::mixed, static_cast<unsigned>(n));
-      const SmoView view = state.view();
-      const double weights[] = {0.1, -0.7, 1 / 3.0};
+TEST_P(SmoSweeps, UpdatesStayInTheirRange) {
+  const auto fma = GetParam().fma;
+  for (const std::uint64_t n : counts)
+    for (const bool nu : {false, true}) {
+      SCOPED_TRACE(n);
+      const std::uint64_t begin = n / 64 * 16;
+      const State state(n, Fill::mixed, static_cast<unsigned>(n));
+      const double weights[] = {0.1, -0.7};
       std::vector<double> columns(state.rows[0]);  // the rows as columns, off alignment
       columns.insert(columns.end(), state.rows[1].begin(), state.rows[1].end());
-      columns.insert(columns.end(), state.diagonal.begin(), state.diagonal.end());
-
-      std::vector<double> updated = state.gradient;
-      GetParam().smo->updateGradient(updated.data() + 1, view.status, n,
-                                     {state.row(0), state.row(1), weights[0], weights[1]}, begin,
-                                     end);
-      std::vector<double> added = state.gradient;
-      GetParam().smo->addColumns(added.data() + 1, view.status, n, columns.data() + 1, n + 1,
-                                 weights, 3, begin, end);
-      EXPECT_TRUE(sameNumber(updated[0], state.gradient[0]));
-      EXPECT_TRUE(sameNumber(added[0], state.gradient[0]));
-      for (std::uint64_t k = 0; k < l; ++k) {
-        const auto fma = GetParam().fma;
-        const double y = begin <= k && k < end ? view.status[k].y : 0;
-        const double first = state.row(0)[k % n];
-        const double second = state.row(1)[k % n];
-        double sum = 0;
-        for (const auto& [weight, value] : {std::pair{weights[0], first},
-                                            {weights[1], second},
-                                            {weights[2], view.diagonal[k % n]}})
-          sum = fma(value, weight, sum);
+      std::vector<double> updated = state.v;
+      SelectedUpper best[2] = {noUpper, noUpper};
+      GetParam().smo->updateAndSelect[nu](updated.data() + 1, state.states.data() + 1,
+                                          {state.row(0), state.row(1), weights[0], weights[1]},
+                                          begin, n, best);
+      expectUppers(updated.data() + 1, state, begin, nu, noUpper, best);
+      std::vector<double> added = state.v;
+      GetParam().smo->addColumns(added.data() + 1, columns.data() + 1, n + 1, weights, 2, begin, n);
+      for (std::uint64_t k = 0; k < n; ++k) {
+        const double v = state.v[k + 1];
+        const double first = state.row(0)[k];
+        const double second = state.row(1)[k];
         const double step = fma(weights[0], first, second * weights[1]);
-        EXPECT_TRUE(sameNumber(updated[k + 1], view.gradient[k] + y * step)) << k;
-        EXPECT_TRUE(sameNumber(added[k + 1], view.gradient[k] + y * sum)) << k;
+        const double sum = fma(second, weights[1], fma(first, weights[0], 0));
+        EXPECT_TRUE(sameNumber(updated[k + 1], k < begin ? v : v - step)) << k;
+        EXPECT_TRUE(sameNumber(added[k + 1], k < begin ? v : v - sum)) << k;
+      }
+      EXPECT_TRUE(sameNumber(updated[0], state.v[0]) && sameNumber(added[0], state.v[0]));
+    }
+}
+
+// Whatever rows are computed together, on either side of every width of a pass.
+TEST_P(SmoSweeps, RowProductsAreSummedFromFirstToLast) {
+  for (const std::uint64_t length : {0, 1, 9, 128, 300})
+    for (const std::uint64_t panels : {1, 2, 3}) {
+      std::mt19937 generator(static_cast<unsigned>(length));
+      std::uniform_real_distribution<double> uniform(-1, 1);
+      constexpr unsigned most = 17;
+      std::vector<double> samples(16 * panels * length), rows(most * length);
+      for (auto* values : {&samples, &rows})
+        for (double& value : *values) value = uniform(generator);
+      for (unsigned count = 1; count <= most; ++count) {
+        std::vector<double> products(most * 16 * panels, garbage);
+        std::vector<const double*> from;
+        std::vector<double*> to;
+        for (unsigned c = 0; c < count; ++c) {
+          from.push_back(rows.data() + c * length);
+          to.push_back(products.data() + c * 16 * panels);
+        }
+        GetParam().rowProducts(samples.data(), panels, length, from.data(), to.data(), count);
+        for (unsigned c = 0; c < count; ++c)
+          for (std::uint64_t s = 0; s < 16 * panels; ++s) {
+            double sum = 0;
+            for (std::uint64_t j = 0; j < length; ++j)
+              sum = GetParam().fma(from[c][j], samples[(s / 16 * length + j) * 16 + s % 16], sum);
+            ASSERT_TRUE(sameNumber(to[c][s], sum)) << length << ", row " << c << " of " << count;
+          }
       }
     }
 }

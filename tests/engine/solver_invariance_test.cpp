@@ -56,6 +56,54 @@ TEST_P(SolverInvariance, CacheSize) {
     expectSameObjective(evicted, cached);
 }
 
+// Guesses rows only as it is told.
+template <typename Solver>
+class GuessingSolver : public zeltest::RecordingSolver<Solver> {
+ public:
+  GuessingSolver(const SvmContext<double>& context, bool guesses)
+      : zeltest::RecordingSolver<Solver>(context) {
+    if (!guesses) this->kernel.setForecast(nullptr);
+  }
+  [[nodiscard]] std::uint64_t usedGuesses() const { return this->kernel.usedGuesses(); }
+};
+
+template <typename Trainer, typename Solver>
+void compareGuesses(const SvmParameters& parameters, const Samples& samples) {
+  SolvedProblem problems[2];
+  std::uint64_t used[2];
+  for (const bool guesses : {false, true}) {
+    SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
+    const zeltest::CapturedOutput output;
+    GuessingSolver<Solver> solver(context, guesses);
+    Trainer trainer(context, solver);
+    zeltest::DataSet set(samples, context);
+    zelsvm::GenericModel<double> model;
+    static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
+    problems[guesses] = solver.problems.at(0);
+    used[guesses] = solver.usedGuesses();
+  }
+  expectSameBits(problems[1], problems[0]);
+  EXPECT_EQ(used[0], 0);
+  EXPECT_GT(used[1], 0);
+}
+
+// Too many features for the second-level cache: rows are computed with guessed ones.
+TEST_P(SolverInvariance, GuessedRows) {
+  using Core = zelsvm::SmoCoreSolver<double>;
+  using Nu = zelsvm::SmoNuSolver<double>;
+  const int type = GetParam();
+  const Samples samples =
+      type < 3 ? zeltest::classSamples(600, 300, {-1, 1}, 7) : zeltest::targetSamples(600, 300, 7);
+  for (const std::uint64_t cacheSize : {0, 1}) {
+    parameters = {.svmType = type, .C = 10, .nu = 0.3, .cacheSize = cacheSize};
+    if (type == 0) compareGuesses<zelsvm::CoreSvmClassifier<double>, Core>(parameters, samples);
+    if (type == 1) compareGuesses<zelsvm::NuSvmClassifier<double>, Nu>(parameters, samples);
+    if (type == 2) compareGuesses<zelsvm::OneClassSvm<double>, Core>(parameters, samples);
+    if (type == 3) compareGuesses<zelsvm::CoreSvmRegressor<double>, Core>(parameters, samples);
+    if (type == 4) compareGuesses<zelsvm::NuSvmRegressor<double>, Nu>(parameters, samples);
+  }
+}
+
 TEST_P(SolverInvariance, SparseOrDense) {
   const Samples samples = samplesFor(GetParam(), 90, 2);
   const SolvedProblem sparse = train(samples, parameters).only();

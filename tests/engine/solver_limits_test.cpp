@@ -144,7 +144,7 @@ void starve(int svmType) {
     EXPECT_NE(failure.find("out of memory"), std::string::npos) << failure;
     failures += trainings % 2 == 0;
   }
-  EXPECT_GT(trainings, 8);
+  EXPECT_GT(trainings, 6);
   ASSERT_TRUE(failure.empty());
   run();
   EXPECT_EQ(solver.problems[1].alpha, solver.problems[0].alpha);

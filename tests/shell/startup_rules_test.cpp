@@ -49,13 +49,13 @@ TEST(RunGuarded, ReportsAlsoInQuietMode) {
 
 TEST(PlatformChoice, HostUnlessToldOtherwise) {
   for (const char* const wanted : {static_cast<const char*>(nullptr), "", "host"})
-    EXPECT_EQ(zelsvm_main::choosePlatform(wanted), zelsvm_main::Platform::host);
+    EXPECT_EQ(zelsvm_main::chooseEngine(wanted), nullptr);
 }
 
 TEST(PlatformChoice, RefusalsSayWhy) {
   const auto refusal = [](const char* wanted) -> std::string {
     try {
-      zelsvm_main::choosePlatform(wanted);
+      zelsvm_main::chooseEngine(wanted);
     } catch (const zel::AppException& error) {
       return error.what();
     }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/host/isa.h"
+#include "zeldplus/zelsvm/engine/host/row_products.h"
 #include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
 #include "zeldplus/zelsvm/engine/host/transform_sweeps.h"
 #include "zeldplus/zelsvm/engine/kernel_rules.h"
@@ -16,6 +17,7 @@ struct IsaTables {
   std::string name;
   const zelsvm::SmoSweeps* smo;
   const zelsvm::TransformSweeps* transforms;
+  zelsvm::RowProducts rowProducts;
   double (*fma)(double, double, double);  // what the build takes for a * b + c
 };
 
@@ -24,15 +26,16 @@ inline std::vector<IsaTables> runnableTables() {
     return zelsvm::fusedMultiplyAdd(a, b, c);  // as this file is compiled: baseline
   };
   std::vector<IsaTables> tables{{"baseline", &zelsvm::baseline::smoSweepTable,
-                                 &zelsvm::baseline::transformSweepTable, plain}};
+                                 &zelsvm::baseline::transformSweepTable,
+                                 zelsvm::baseline::rowProducts, plain}};
 #ifdef __x86_64__
   const auto fused = [](double a, double b, double c) { return std::fma(a, b, c); };
   if (zel::processorIsa() >= zel::Isa::avx2)
-    tables.push_back(
-        {"avx2", &zelsvm::avx2::smoSweepTable, &zelsvm::avx2::transformSweepTable, fused});
+    tables.push_back({"avx2", &zelsvm::avx2::smoSweepTable, &zelsvm::avx2::transformSweepTable,
+                      zelsvm::avx2::rowProducts, fused});
   if (zel::processorIsa() >= zel::Isa::avx512)
-    tables.push_back(
-        {"avx512", &zelsvm::avx512::smoSweepTable, &zelsvm::avx512::transformSweepTable, fused});
+    tables.push_back({"avx512", &zelsvm::avx512::smoSweepTable,
+                      &zelsvm::avx512::transformSweepTable, zelsvm::avx512::rowProducts, fused});
 #endif
   return tables;
 }

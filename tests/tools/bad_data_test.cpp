@@ -118,16 +118,4 @@ TEST_F(BadData, LongLinesAndStrangeNumbersTrain) {
   EXPECT_EQ(restOfLine(workspace.read("long"), "Labels: "), "1 2");
 }
 
-// What is computed from them is no number either; the tools must just come to an end.
-TEST_F(BadData, ValuesThatAreNoFiniteNumbers) {
-  for (const char* value : {"inf", "-inf", "nan", "1e308", "1e-320"})
-    for (const char* type : {"0", "1", "2", "3", "4"}) {
-      workspace.write("file", "1 1:" + std::string(value) + "\n-1 1:2\n1 1:3\n-1 1:-1\n");
-      const auto result =
-          workspace.run("zelsvm-train", {"-q", "-L", "10000", "-s", type, "file", "strange"});
-      EXPECT_TRUE(result.status == 0 || result.status == 1) << testing::PrintToString(result);
-      EXPECT_FALSE(result.timedOut);
-    }
-}
-
 }  // namespace

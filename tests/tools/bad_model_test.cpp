@@ -90,12 +90,32 @@ TEST_F(BadModel, OtherFiles) {
 }
 
 // Wherever it ends, a part of a model is no model.
-TEST_F(BadModel, CutAnywhereInTheHeader) {
-  const auto header = model.find("\nSV:\n");
-  for (std::size_t length = 1; length < header; length += 37) {
+TEST_F(BadModel, CutAnywhere) {
+  for (std::size_t length = 1; length < model.size(); length += 37) {
     workspace.write("model", model.substr(0, length));
     const auto result = workspace.run("zelsvm-predict", {"-q", "data", "model", "out"});
-    EXPECT_EQ(result.status, 1) << testing::PrintToString(result);
+    EXPECT_EQ(result.status, 1) << length << testing::PrintToString(result);
+  }
+  for (const std::size_t missing : {1, 2, 3})
+    refuseModel(model.substr(0, model.size() - missing),
+                "the last line of the model file is cut short: model");
+}
+
+TEST_F(BadModel, NumbersThatAreNotFinite) {
+  const std::string first = zeltest::vectorLines(model).at(0);
+  const std::pair<const char*, std::string> cases[] = {{"Gamma:", "kernel parameters"},
+                                                       {"X-scale:", "scale bounds"},
+                                                       {"  0:", "scale bounds"},
+                                                       {"Rho:", "rho values"},
+                                                       {"Labels:", "labels"}};
+  for (const char* value : {"nan", "inf", "1e999"}) {
+    const std::string numbers = std::string(" ") + value + " 0 1";
+    for (const auto& [line, part] : cases)
+      refuseModel(replaced(line, line + numbers), "The SVM " + part + " are not finite numbers.");
+    refuseModel(replaced(first, "1 " + std::string(value) + " 1:1 2:1"),
+                "The SVM coefficients are not finite numbers.");
+    refuseModel(replaced(first, "1 1 1:1 2:" + std::string(value)),
+                "The SVM vectors are not finite numbers.");
   }
 }
 

@@ -59,6 +59,16 @@ TEST(ProbabilityTools, ManyClasses) {
   }
 }
 
+TEST(ProbabilityTools, OneLabelIsTheLikelierOne) {
+  const Workspace workspace;
+  workspace.write("data", "5 1:1\n5 1:2\n5 1:3\n5 1:4\n");
+  succeed(workspace, words("zelsvm-train -q -b 1 data model"));
+  const std::string text = succeed(workspace, words("zelsvm-predict -b 1 data model out"));
+  EXPECT_EQ(restOfLine(text, "Accuracy = "), "100%");
+  expectProbabilities(workspace.read("out"), {5, -5});
+  succeed(workspace, words("zelsvm-train -q -b 1 -v 2 data"));
+}
+
 TEST(ProbabilityTools, RegressionReportsTheScale) {
   const Workspace workspace;
   workspace.write("data", fileText(zeltest::targetSamples(60, 3, 1)));

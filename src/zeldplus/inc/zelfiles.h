@@ -37,6 +37,9 @@ class CFile {
   // character.
   bool readLine(std::string_view& line);
 
+  // Did the last line that was read end with a line feed?
+  [[nodiscard]] bool lastLineEnded() const { return lineEnded; }
+
  private:
   bool readBlock();
   void makeRoom();
@@ -47,6 +50,7 @@ class CFile {
   HVector<char> block;  // what was read and not handed out is block[position, filled)
   std::size_t position = 0;
   std::size_t filled = 0;
+  bool lineEnded = false;
   std::fstream stream;  // last, as it uses writeBuffer until it is closed
 };
 

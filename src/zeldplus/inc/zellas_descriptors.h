@@ -10,7 +10,7 @@
 namespace zellas::inline ZEL_PLATFORM {
 
 // Owns one descriptor.
-template <typename Handle, cusparseStatus_t (*destroy)(Handle)>
+template <typename Handle, auto destroy>
 class Descriptor {
  public:
   Descriptor() = default;

@@ -63,7 +63,8 @@ bool CFile::readLine(std::string_view& line) {
   }
   const char* const begin = block.data() + position;
   const auto length = static_cast<std::size_t>(lineEnd - begin);
-  position += position + length < filled ? length + 1 : length;
+  lineEnded = position + length < filled;
+  position += lineEnded ? length + 1 : length;
   line = std::string_view(begin, length);
   if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
   return true;

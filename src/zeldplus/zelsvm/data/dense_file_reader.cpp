@@ -16,18 +16,17 @@ struct DenseStore {
 }  // namespace
 
 template <typename T>
-void DenseFileReader<T>::loadRows(T* values, int* /*columnIndices*/, int* /*rowOffsets*/,
+bool DenseFileReader<T>::loadRows(T* values, int* /*columnIndices*/, int* /*rowOffsets*/,
                                   T* leading) {
-  this->loadLines(leading, DenseStore<T>{values, this->cols()});
+  return this->loadLines(leading, DenseStore<T>{values, this->cols()});
 }
 
 template <typename T>
-void DenseFileReader<T>::read(std::uint64_t minimumCols) {
-  this->countRows(minimumCols);
+bool DenseFileReader<T>::loadArrays() {
   zel::requireHostMemory(this->rows(), this->cols() * sizeof(T));
   this->allocateRows();
   this->values().fill(0);
-  loadRows(this->valueData(), nullptr, nullptr, this->leadingData());
+  return loadRows(this->valueData(), nullptr, nullptr, this->leadingData());
 }
 
 template class DenseFileReader<double>;

@@ -11,9 +11,11 @@ class DenseFileReader : public UserFileReader<T> {
  public:
   using UserFileReader<T>::UserFileReader;
 
-  void loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) override;
-  void read(std::uint64_t minimumCols = 0) override;
+  bool loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) override;
   [[nodiscard]] std::uint64_t valueCount() const override { return this->rows() * this->cols(); }
+
+ protected:
+  bool loadArrays() override;
 };
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,7 +1,9 @@
 // One line of a data or model file, taken apart as the C library's strtok does it.
 #pragma once
 
+#include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -59,6 +61,36 @@ class SampleLine {
     }
     std::string_view valueText;
     return nextPairText(index, valueText);
+  }
+
+  // Colons in the line. Byte counters of limited stretches, so that sixteen or more characters are
+  // compared at once.
+  [[nodiscard]] std::uint64_t colonCount() const {
+    std::uint64_t count = 0;
+    for (const char* text = next; text != end;) {
+      const std::ptrdiff_t length = std::min<std::ptrdiff_t>(end - text, 240);
+      unsigned char found = 0;
+      for (std::ptrdiff_t i = 0; i < length; ++i)
+        found = static_cast<unsigned char>(found + (text[i] == ':'));
+      count += found;
+      text += length;
+    }
+    return count;
+  }
+
+  // Index of the line's last pair without taking it; false where that pair or what stands before it
+  // is not of the ordinary form.
+  bool lastIndex(std::uint32_t& index) const {
+    const char* colon = end;
+    while (colon != next && colon[-1] != ':') --colon;
+    if (colon == next || colon == end || isBlank(*colon)) return false;
+    const char* digits = --colon;
+    while (digits != next && digits[-1] >= '0' && digits[-1] <= '9') --digits;
+    if (digits == next || !isBlank(digits[-1]) || colon - digits > 9) return false;
+    std::uint64_t number = 0;
+    if (digits == colon || zel::detail::readDigits(digits, colon, number) != colon) return false;
+    index = static_cast<std::uint32_t>(number);
+    return true;
   }
 
  private:

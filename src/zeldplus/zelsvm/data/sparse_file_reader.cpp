@@ -38,22 +38,21 @@ HostVector<int>& SparseFileReader<T>::rowOffsets() {
 }
 
 template <typename T>
-void SparseFileReader<T>::loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) {
+bool SparseFileReader<T>::loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) {
   rowOffsets[0] = 0;
-  this->loadLines(leading, SparseStore<T>{values, columnIndices, rowOffsets + 1});
+  return this->loadLines(leading, SparseStore<T>{values, columnIndices, rowOffsets + 1});
 }
 
 template <typename T>
-void SparseFileReader<T>::read(std::uint64_t minimumCols) {
+bool SparseFileReader<T>::loadArrays() {
   constexpr std::uint64_t limit = std::numeric_limits<int>::max();
-  this->countRows(minimumCols);
   if (this->cols() > limit)
     throw zel::RuntimeException("A feature index is too large for sparse data");
   if (this->valueTotal() > limit) throw zel::RuntimeException("Too many values for sparse data");
   this->allocateRows();
   columnVector.resize(this->valueTotal());
   offsetVector.resize(this->rows() + 1);
-  loadRows(this->valueData(), columnVector.data(), offsetVector.data(), this->leadingData());
+  return loadRows(this->valueData(), columnVector.data(), offsetVector.data(), this->leadingData());
 }
 
 template class SparseFileReader<double>;

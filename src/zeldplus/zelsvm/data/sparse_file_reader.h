@@ -12,14 +12,16 @@ class SparseFileReader : public UserFileReader<T> {
  public:
   using UserFileReader<T>::UserFileReader;
 
-  void loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) override;
-  void read(std::uint64_t minimumCols = 0) override;
+  bool loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) override;
   [[nodiscard]] std::uint64_t valueCount() const override { return this->valueTotal(); }
 
   // Zero-based column of each value.
   [[nodiscard]] HostVector<int>& columnIndices();
   // rows + 1 positions among the values, from 0 to their number.
   [[nodiscard]] HostVector<int>& rowOffsets();
+
+ protected:
+  bool loadArrays() override;
 
  private:
   HostVector<int> columnVector;

@@ -17,12 +17,21 @@ using zelsvm::HostVector;
 
 namespace {
 
+// Rows laid out before one copy takes them to the device: worth the call, and still in the cache.
+constexpr std::uint64_t stagedBytes = std::uint64_t{512} << 10;
+
 std::uint64_t selectedValueCount(const int* offsets, const zel::IndexList<>& selection) {
   std::uint64_t count = 0;
   for (std::uint64_t k = 0; k < selection.size(); ++k)
     count += static_cast<std::uint64_t>(offsets[selection[k] + 1] - offsets[selection[k]]);
   requireOffsetRange(count);
   return count;
+}
+
+bool ascends(const int* columns, std::uint64_t count) {
+  for (std::uint64_t k = 1; k < count; ++k)
+    if (columns[k - 1] >= columns[k]) return false;
+  return true;
 }
 
 }  // namespace
@@ -183,8 +192,8 @@ void SparseMatrix<T>::rowProducts(DeviceVector<T>& result, std::uint64_t row) {
   const std::uint64_t count = rowEnd(row) - begin;
   if (isFullRow(row)) {
     deviceRow->copyFrom(*deviceValues, 0, begin, count);
-  } else if (count > this->cols()) {
-    // Repeated columns: more entries than a sparse vector may store.
+  } else if (!ascends(columns.at(begin), count)) {
+    // Repeated columns may be among them, and a scatter has no order that says which one stays.
     rowBuffer.resize(this->cols());
     copyRow(rowBuffer.data(), row, true);
     deviceRow->copyFrom(rowBuffer, 0, 0, this->cols());
@@ -208,10 +217,13 @@ template <typename T>
 DeviceVector<T>& SparseMatrix<T>::deviceRows(std::uint64_t first, std::uint64_t count) {
   if (!deviceBlock || deviceBlock->size() < this->cols() * count)
     deviceBlock = std::make_unique<DeviceVector<T>>(this->cols() * count);
-  rowBuffer.resize(this->cols());
-  for (std::uint64_t r = first; r < first + count; ++r) {
-    copyRow(rowBuffer.data(), r, true);
-    deviceBlock->copyFrom(rowBuffer, (r - first) * this->cols(), 0, this->cols());
+  const std::uint64_t most = std::max<std::uint64_t>(1, stagedBytes / (this->cols() * sizeof(T)));
+  for (std::uint64_t done = 0; done < count; done += most) {
+    const std::uint64_t staged = std::min(most, count - done);
+    rowBuffer.resize(staged * this->cols());
+    for (std::uint64_t r = 0; r < staged; ++r)
+      copyRow(rowBuffer.at(r * this->cols()), first + done + r, true);
+    deviceBlock->copyFrom(rowBuffer, done * this->cols(), 0, staged * this->cols());
   }
   return *deviceBlock;
 }

@@ -35,7 +35,21 @@ void UserFileReader<T>::openFile(zel::CTextFile& file) const {
 }
 
 template <typename T>
-void UserFileReader<T>::countRows(std::uint64_t minimumCols) {
+void UserFileReader<T>::read(std::uint64_t minimumCols) {
+  countRows(minimumCols, Counting::quick);
+  if (colCount != 0 && rowCount != 0 && loadArrays()) return;
+  countRows(minimumCols, Counting::exact);
+  if (colCount == 0 || rowCount == 0)
+    throw zel::RuntimeException("No proper data is found in input file");
+  if (!loadArrays()) zel::throwAppException("the file changed while it was read: %s", path.c_str());
+}
+
+template <typename T>
+void UserFileReader<T>::countRows(std::uint64_t minimumCols, Counting counting) {
+  modelHeader = {};
+  rowCount = pairCount = headerLines = 0;
+  maxIndex = 0;
+  skippedLines.clear();
   zel::CTextFile file(zel::FileMode::read);
   openFile(file);
   std::string_view line;
@@ -49,11 +63,14 @@ void UserFileReader<T>::countRows(std::uint64_t minimumCols) {
     readHeader(file, line);
     more = file.readLine(line);
   }
-  for (; more; more = file.readLine(line)) countLine(line);
+  for (; more; more = file.readLine(line))
+    if (counting == Counting::exact || !countLineQuickly(line)) countLine(line);
   file.close();
   colCount = std::uint64_t{maxIndex} + 1 - this->baseIndex;
-  if (colCount == 0 || rowCount == 0)
-    throw zel::RuntimeException("No proper data is found in input file");
+  if (colCount == 0 || rowCount == 0) return;
+  // The writer ends every line, so this one may have lost the end of its last number.
+  if (modelFile && !file.lastLineEnded())
+    zel::throwAppException("the last line of the model file is cut short: %s", path.c_str());
   colCount = std::max(colCount, minimumCols);
   if (modelFile) settleClassSizes(modelHeader, rowCount + skippedLines.size(), skippedLines);
 }
@@ -87,6 +104,19 @@ void UserFileReader<T>::countLine(std::string_view line) {
     skippedLines.push_back(rowCount + skippedLines.size());
 }
 
+// False for a line that does not end in a pair of ordinary form, or that may have its pairs behind
+// more than one number.
+template <typename T>
+bool UserFileReader<T>::countLineQuickly(std::string_view line) {
+  const SampleLine pairs(line);
+  std::uint32_t index = 0;
+  if (classCount() != 2 || !pairs.lastIndex(index)) return false;
+  maxIndex = std::max(maxIndex, index);
+  pairCount += pairs.colonCount();
+  ++rowCount;
+  return true;
+}
+
 template <typename T>
 void UserFileReader<T>::allocateRows() {
   valueVector.resize(valueCount());
@@ -102,11 +132,6 @@ bool UserFileReader<T>::readLeading(SampleLine& line, T* numbers) const {
     numbers[i] = SampleLine::number(token);
   }
   return true;
-}
-
-template <typename T>
-void UserFileReader<T>::throwChanged() const {
-  zel::throwAppException("the file changed while it was read: %s", path.c_str());
 }
 
 template class UserFileReader<double>;

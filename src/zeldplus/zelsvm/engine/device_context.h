@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cuda_runtime.h>
+#include <zel_platform/launch.h>
 
 namespace zelsvm::inline ZEL_PLATFORM {
 

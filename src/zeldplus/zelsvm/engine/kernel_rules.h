@@ -1,7 +1,7 @@
 // The kernel functions' elementwise rules, from dot products to kernel values.
 #pragma once
 
-#include "zeldplus/zelsvm/engine/rule.h"
+#include "zeldplus/inc/zelrule.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 

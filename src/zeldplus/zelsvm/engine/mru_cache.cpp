@@ -9,6 +9,9 @@ namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
 constexpr std::uint64_t slotStep = 16;
+// Stamps below are those of guesses.
+constexpr std::uint64_t firstUse = std::uint64_t{1} << 63;
+constexpr std::uint64_t guessShare = 4;
 
 }  // namespace
 
@@ -33,7 +36,15 @@ void MRUCache<T>::initialize(std::uint64_t newSampleCount, std::uint64_t cacheSi
   entries.resize(slots);
   slotOfRow.assign(sampleCount, 0);
   used = 0;
-  clock = 0;
+  clock = firstUse;
+  guessClock = 0;
+  guesses = 0;
+  guessesUsed = 0;
+}
+
+template <typename T>
+bool MRUCache<T>::isGuess(const MRUEntry& entry) {
+  return entry.stamp < firstUse;
 }
 
 template <typename T>
@@ -41,33 +52,58 @@ T* MRUCache<T>::query(std::uint64_t row) {
   if (row >= sampleCount) throw zel::RuntimeException("Unexpected kernel cache query request.");
   const std::uint64_t slot = slotOfRow[row];
   if (slot == 0) return nullptr;
-  entries.at(slot - 1)->stamp = clock++;
+  MRUEntry& entry = *entries.at(slot - 1);
+  if (isGuess(entry)) {
+    --guesses;
+    ++guessesUsed;
+  }
+  entry.stamp = clock++;
   return buffer.data() + (slot - 1) * pitch;
 }
 
 template <typename T>
 T* MRUCache<T>::grab(std::uint64_t row) {
   if (row >= sampleCount) throw zel::RuntimeException("Unexpected kernel cache grab request.");
-  const bool full = used == slotCount();
-  const std::uint64_t slot = full ? leastRecentlyUsed() : used++;
-  if (full) slotOfRow[entries[slot].row] = 0;
-  entries.set(slot, {clock++, row});
+  return fill(used < slotCount() ? used : oldest(0), row, clock++);
+}
+
+template <typename T>
+T* MRUCache<T>::grabGuess(std::uint64_t row) {
+  if (row >= sampleCount) throw zel::RuntimeException("Unexpected kernel cache grab request.");
+  const bool mayGrow = guesses < slotCount() / guessShare;
+  const std::uint64_t slot = used < slotCount() ? used : oldest(mayGrow ? firstUse : 0);
+  ++guesses;
+  return fill(slot, row, guessClock++);
+}
+
+template <typename T>
+T* MRUCache<T>::fill(std::uint64_t slot, std::uint64_t row, std::uint64_t stamp) {
+  if (slot < used) {
+    slotOfRow[entries[slot].row] = 0;
+    if (isGuess(entries[slot])) --guesses;
+  } else {
+    ++used;
+  }
+  entries.set(slot, {stamp, row});
   slotOfRow[row] = static_cast<std::uint32_t>(slot + 1);
   return buffer.data() + slot * pitch;
 }
 
+// The slot with the smallest stamp that is at least leastStamp.
 template <typename T>
-std::uint64_t MRUCache<T>::leastRecentlyUsed() const {
+std::uint64_t MRUCache<T>::oldest(std::uint64_t leastStamp) const {
   const MRUEntry* const first = entries.data();
-  const auto* oldest = std::min_element(
-      first, first + used, [](const MRUEntry& a, const MRUEntry& b) { return a.stamp < b.stamp; });
-  return static_cast<std::uint64_t>(oldest - first);
+  const auto* found = std::min_element(first, first + used, [=](const auto& a, const auto& b) {
+    return a.stamp - leastStamp < b.stamp - leastStamp;  // smaller ones wrap to the end
+  });
+  return static_cast<std::uint64_t>(found - first);
 }
 
 template <typename T>
 void MRUCache<T>::clear() {
   for (std::uint64_t slot = 0; slot < used; ++slot) slotOfRow[entries[slot].row] = 0;
   used = 0;
+  guesses = 0;
 }
 
 template class MRUCache<double>;

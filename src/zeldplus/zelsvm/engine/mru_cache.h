@@ -8,7 +8,8 @@
 
 namespace zelsvm::inline ZEL_PLATFORM {
 
-// One slot: when it was last used and whose kernel row it holds.
+// One slot: when it was last used and whose kernel row it holds. A guess is older than any used
+// row.
 struct MRUEntry {
   std::uint64_t stamp;
   std::uint64_t row;
@@ -30,22 +31,35 @@ class MRUCache {
   // A slot that now belongs to a row that is not cached, its contents stale: an unused one or else
   // the least recently used. Throws RuntimeException for a row number out of range.
   T* grab(std::uint64_t row);
+  // The same for a row that nobody has asked for yet: among the rows it may take the place of is
+  // the oldest guess once guesses fill a quarter of the slots, before that the least recently used
+  // row.
+  T* grabGuess(std::uint64_t row);
   // Forgets all rows, so that the buffer may be written as a whole.
   void clear();
 
   [[nodiscard]] std::uint64_t slotCount() const { return entries.size(); }
   [[nodiscard]] std::uint64_t slotPitch() const { return pitch; }
   [[nodiscard]] zel::DeviceVector<T>& storage() { return buffer; }
+  // By row: 0 for those that are not cached.
+  [[nodiscard]] const std::vector<std::uint32_t>& cachedRows() const { return slotOfRow; }
+  // Guesses whose row was asked for before they had to go.
+  [[nodiscard]] std::uint64_t usedGuesses() const { return guessesUsed; }
 
  private:
   [[nodiscard]] std::uint64_t slotsWithin(std::uint64_t cacheSize) const;
-  [[nodiscard]] std::uint64_t leastRecentlyUsed() const;
+  [[nodiscard]] std::uint64_t oldest(std::uint64_t leastStamp) const;
+  [[nodiscard]] static bool isGuess(const MRUEntry& entry);
+  T* fill(std::uint64_t slot, std::uint64_t row, std::uint64_t stamp);
 
   HostVector<MRUEntry> entries;
   std::uint64_t sampleCount = 0;
   std::uint64_t pitch = 0;
   std::uint64_t used = 0;
   std::uint64_t clock = 0;
+  std::uint64_t guessClock = 0;
+  std::uint64_t guesses = 0;  // slots that hold one
+  std::uint64_t guessesUsed = 0;
   zel::DeviceVector<T> buffer;
   std::vector<std::uint32_t> slotOfRow;  // slot + 1 of each cached row, 0 for the others
 };

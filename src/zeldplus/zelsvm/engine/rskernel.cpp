@@ -1,5 +1,7 @@
 #include "zeldplus/zelsvm/engine/rskernel.h"
 
+#include <algorithm>
+
 #include "zeldplus/inc/zeldev.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/inc/zellaunch.h"
@@ -48,6 +50,11 @@ void SmoKernel<T>::initialize(zelmag::AbstractMatrix<T>& newData, SVM_KERNEL new
     zel::launch(findSmoNormKernel<T, SVM_KERNEL_SIGMOID>,
                 {zel::gridSize(sigmoidNormLimit, sampleCount, blockSize), blockSize}, norms.data(),
                 sampleCount);
+  rows->assign(*data, kernelType, norms.data());
+  // With fewer slots than that guesses might crowd out rows in use.
+  policy = BatchPolicy(
+      static_cast<unsigned>(std::min<std::uint64_t>(rows->mostTogether(), cache.slotCount() / 4)));
+  rowCount = 0;
 }
 
 template <typename T>
@@ -62,10 +69,22 @@ template <typename T>
 const T* SmoKernel<T>::getRow(std::uint64_t index) {
   const std::uint64_t sample = sampleOf(index);
   if (T* const cached = cache.query(sample)) return cached;
+  return computeRow(sample);
+}
+
+template <typename T>
+const T* SmoKernel<T>::computeRow(std::uint64_t sample) {
   T* const slot = cache.grab(sample);
-  zel::DeviceVector<T> row(sampleCount, slot);
-  data->rowProducts(row, sample);
-  transform(slot, sample, 1);
+  targets.assign(1, {sample, slot});
+  const unsigned most = policy.guesses(cache.usedGuesses());
+  if (PairKernel* const pairs = rows->pairs();
+      forecast != nullptr && pairs != nullptr && most > 0) {
+    forecast->likelySamples(guesses, most, cache.cachedRows(), *pairs);
+    for (const std::uint64_t guess : guesses) targets.push_back({guess, cache.grabGuess(guess)});
+    policy.guessed(guesses.size());
+  }
+  rows->compute(targets.data(), static_cast<unsigned>(targets.size()));
+  rowCount += targets.size();
   return slot;
 }
 

@@ -7,17 +7,15 @@
 #include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/inc/zeldev.h"
 #include "zeldplus/inc/zelerrors.h"
-#include "zeldplus/inc/zellaunch.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
-#include "zeldplus/zelsvm/engine/smo_kernels.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
-constexpr unsigned sweepBlock = 128;
 constexpr std::uint64_t batchLimit = 1000;
 // Smaller problems are not worth shrinking.
 constexpr std::uint64_t shrinkingThreshold = 4096;
+constexpr const char* overflowText = "Failed to optimize the svm.";
 
 // Publishes the handle of a texture over the vector, made anew where there is none.
 template <typename Texture, typename Vector>
@@ -32,14 +30,12 @@ void bindTexture(std::unique_ptr<Texture>& texture, Vector& vector,
 }  // namespace
 
 template <typename T>
-SmoBaseSolver<T>::SmoBaseSolver(const SvmContext<T>& params)
+SmoBaseSolver<T>::SmoBaseSolver(const SvmContext<T>& params, bool nu)
     : params(&params),
+      steps(makeSmoSteps<T>(params.kernelType, nu)),
       delta(1),
-      initGradientLimit(
-          static_cast<unsigned>(zel::residentBlocks(initSmoGradientKernel<T>, sweepBlock, 0))),
-      updateGradientLimit(
-          static_cast<unsigned>(zel::residentBlocks(updateSmoGradientKernel<T>, sweepBlock, 0))),
-      lowerHost(1, zel::MemoryKind::pinned) {
+      deltaHost(1, zel::MemoryKind::pinned) {
+  kernel.setForecast(steps.get());
   this->Cp = params.C;
   this->Cn = params.C;
   if (!(this->Cp > 0 && this->Cn > 0))
@@ -70,6 +66,7 @@ void SmoBaseSolver<T>::initialize(SvmData<T>& data, const HostVector<T>& hostAlp
   initialStatus.resize(l);
   initialStatus.copyFrom(hostStatus, 0, 0, l);
   if (status.resize(l)) statusTexture.reset();
+  status.copyFrom(initialStatus, 0, 0, l);
   bindTexture(statusTexture, status, zelsvm_tx_ys);
   allIndices.resize(l);
   for (unsigned k = 0; k < variableCount; ++k) allIndices.set(k, k);
@@ -84,6 +81,8 @@ void SmoBaseSolver<T>::initialize(SvmData<T>& data, const HostVector<T>& hostAlp
   gradient.copyFrom(p, 0, 0, l);
   bindTexture(gradientTexture, gradient, zelsvm_tx_f);
   kernel.initialize(data.matrix(), params->kernelType, l, params->cacheSize);
+  steps->begin({data.sampleCount(), variableCount, this->Cp, this->Cn, gradient.data(),
+                alpha.data(), status.data(), activeSet.data(), delta.data(), kernel.diagonal()});
 }
 
 template <typename T>
@@ -91,6 +90,7 @@ unsigned SmoBaseSolver<T>::resetActiveSet() {
   status.copyFrom(initialStatus, 0, 0, variableCount);
   activeHost.copyFrom(allIndices, 0, 0, variableCount);
   activeSet.copyFrom(allIndices, 0, 0, variableCount);
+  steps->activate(variableCount);
   return variableCount;
 }
 
@@ -107,10 +107,8 @@ template <typename T>
 void SmoBaseSolver<T>::addToGradient(std::uint64_t variable, std::uint64_t sample,
                                      std::uint64_t count) {
   const T* const columns = kernel.computeBlock(sample, count);
-  zel::launch(initSmoGradientKernel<T>,
-              {zel::gridSize(initGradientLimit, kernel.slotCount(), sweepBlock), sweepBlock},
-              gradient.data(), columns, static_cast<unsigned>(kernel.pitch()),
-              static_cast<unsigned>(variable), static_cast<unsigned>(count), variableCount);
+  steps->addColumns(columns, kernel.pitch(), static_cast<unsigned>(variable),
+                    static_cast<unsigned>(count));
   zel::printMessage(".");
 }
 
@@ -126,8 +124,11 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
   progress.active = resetActiveSet();
   progress.shrinking = params->shrinking && variableCount > shrinkingThreshold;
   if (!this->gradientReady) initGradient(data);
-  while (!progress.converged) {
+  StallWatch watch(variableCount);
+  while (!progress.converged && !progress.stuck) {
     progress.iterations += runBatch(progress, hostStatus);
+    if (!progress.converged && watch.isDue(progress.iterations))
+      progress.stuck = hasStalled(watch, progress.iterations, hostAlpha, p);
     if (zel::verbose) zel::printMessage(".");
     if (!progress.converged && progress.shrinking) shrink(progress, hostStatus);
     if (progress.iterations >= params->maxIterations) break;
@@ -135,9 +136,10 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
   zel::printMessage("\n%s optimization in %lu iterations\n\n\n",
                     progress.converged ? "Finished" : "Failed to reach",
                     progress.iterations & 0xFFFFFFFFu);
-  gradientHost.resize(variableCount);
-  gradientHost.copyFrom(gradient, 0, 0, variableCount);
-  hostAlpha.copyFrom(alpha, 0, 0, variableCount);
+  readBack(hostAlpha);
+  if (!std::all_of(gradientHost.data(), gradientHost.data() + variableCount,
+                   [](T g) { return std::isfinite(g); }))
+    throw zel::AppException(overflowText);
   data.releaseDevice();
   releaseTextures();
   collectSolution(result, hostAlpha, hostStatus, p);
@@ -150,28 +152,56 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
   SmoSelection<T> second;
   bool restored = false;
   std::uint64_t k = 0;
-  while (k < batch && !progress.converged && !restored) {
-    progress.gap = selectWorkingSet(selection, second, progress.active);
+  while (k < batch && !progress.stuck && !restored) {
+    progress.gap = selectWorkingSet(selection, second);
     if (progress.gap <= params->eps && progress.shrinking) {
       zel::printMessage("*");
       progress.active = resetActiveSet();
-      progress.gap = selectWorkingSet(selection, second, progress.active);
+      progress.gap = selectWorkingSet(selection, second);
       restored = true;
     }
+    if (!std::isfinite(progress.gap)) throw zel::AppException(overflowText);
     ++k;
-    if (progress.gap <= params->eps)
+    if (progress.gap <= params->eps) {
       progress.converged = true;
-    else
-      updateGradient(findDelta(hostStatus, selection, second, progress.active));
+      break;
+    }
+    const SmoPair<T> pair = findDelta(hostStatus, selection, second);
+    // A step that changed nothing is followed by the same one, so only such a pair is looked at.
+    progress.stuck = pair.i == progress.pair.i && pair.j == progress.pair.j && isEmptyStep();
+    progress.pair = pair;
+    steps->updateGradient(pair);
   }
   return k;
 }
 
 template <typename T>
-void SmoBaseSolver<T>::updateGradient(const SmoPair<T>& pair) {
-  zel::launch(updateSmoGradientKernel<T>,
-              {zel::gridSize(updateGradientLimit, variableCount, sweepBlock), sweepBlock},
-              gradient.data(), delta.data(), pair.i, pair.rowI, pair.j, pair.rowJ, variableCount);
+bool SmoBaseSolver<T>::isEmptyStep() {
+  deltaHost.copyFrom(delta, 0, 0, 1);
+  const auto [deltaI, deltaJ] = *deltaHost.data();
+  return deltaI == 0 && deltaJ == 0;
+}
+
+template <typename T>
+bool SmoBaseSolver<T>::hasStalled(StallWatch& watch, std::uint64_t iterations,
+                                  HostVector<T>& hostAlpha, const HostVector<T>& p) {
+  readBack(hostAlpha);
+  T objective = 0;
+  T magnitude = 0;
+  for (unsigned k = 0; k < variableCount; ++k) {
+    const T term = (gradientHost.data()[k] + p.data()[k]) * hostAlpha.data()[k];
+    objective += term;
+    magnitude += std::abs(term);
+  }
+  return watch.hasStalled(iterations, objective, magnitude);
+}
+
+template <typename T>
+void SmoBaseSolver<T>::readBack(HostVector<T>& hostAlpha) {
+  steps->storeGradient();
+  gradientHost.resize(variableCount);
+  gradientHost.copyFrom(gradient, 0, 0, variableCount);
+  hostAlpha.copyFrom(alpha, 0, 0, variableCount);
 }
 
 template <typename T>
@@ -183,8 +213,8 @@ void SmoBaseSolver<T>::shrink(Progress& progress, HostVector<char2>& hostStatus)
   }
   SmoSelection<T> selection;
   SmoSelection<T> second;
-  selectWorkingSet(selection, second, progress.active);
-  reduceWorkingSet(selection, second, progress.active);
+  selectWorkingSet(selection, second);
+  reduceWorkingSet(selection, second);
   hostStatus.copyFrom(status, 0, 0, variableCount);
   progress.active = rebuildActiveSet(hostStatus);
   if (progress.active == 0) progress.active = resetActiveSet();
@@ -198,15 +228,16 @@ unsigned SmoBaseSolver<T>::rebuildActiveSet(const HostVector<char2>& hostStatus)
   for (unsigned k = 0; k < variableCount; ++k)
     if (marks[k].x == 0) list[active++] = k;
   activeSet.copyFrom(activeHost, 0, 0, active);
+  steps->activate(active);
   return active;
 }
 
 template <typename T>
-unsigned SmoBaseSolver<T>::readSecondIndex(zel::DeviceVector<SmoLowerBeta<T>>& blocks) {
-  lowerHost.copyFrom(blocks, 0, 0, 1);
-  const unsigned j = lowerHost.data()->index;
+unsigned SmoBaseSolver<T>::secondIndex(const SmoSelection<T>& selection,
+                                       const SmoSelection<T>& second, const T* row, const T* row2) {
+  const unsigned j = steps->findDelta(selection, second, row, row2);
   // Numbers that are not comparable leave no candidate.
-  if (j == noIndex) throw zel::AppException("Failed to optimize the svm.");
+  if (j == noIndex) throw zel::AppException(overflowText);
   return j;
 }
 

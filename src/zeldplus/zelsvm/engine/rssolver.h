@@ -12,6 +12,8 @@
 #include "zeldplus/zelsvm/data/svm_data.h"
 #include "zeldplus/zelsvm/engine/rskernel.h"
 #include "zeldplus/zelsvm/engine/smo_records.h"
+#include "zeldplus/zelsvm/engine/smo_steps.h"
+#include "zeldplus/zelsvm/engine/stall_watch.h"
 #include "zeldplus/zelsvm/engine/svm_context.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -48,8 +50,8 @@ struct GradientBounds {
 template <typename T>
 class SmoBaseSolver : public AbstractSvmSolver<T> {
  public:
-  // Throws AppException unless C > 0.
-  explicit SmoBaseSolver(const SvmContext<T>& params);
+  // nu: the two label signs are searched separately. Throws AppException unless C > 0.
+  SmoBaseSolver(const SvmContext<T>& params, bool nu);
 
   void solve(SmoSolution& result, SvmData<T>& data, HostVector<T>& alpha, HostVector<char2>& status,
              const HostVector<T>& p) override;
@@ -59,21 +61,23 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
                           const HostVector<char2>& status, const HostVector<T>& p);
   // Fills the selections (core: two copies of one; nu: positive and negative class) from the active
   // set and returns the largest violation.
-  virtual T selectWorkingSet(SmoSelection<T>& selection, SmoSelection<T>& second,
-                             unsigned activeCount) = 0;
+  virtual T selectWorkingSet(SmoSelection<T>& selection, SmoSelection<T>& second) = 0;
   // Chooses the pair, moves its multipliers on the device and leaves the step in delta.
   virtual SmoPair<T> findDelta(const HostVector<char2>& status, const SmoSelection<T>& selection,
-                               const SmoSelection<T>& second, unsigned activeCount) = 0;
+                               const SmoSelection<T>& second) = 0;
   // Marks variables to shrink.
-  virtual void reduceWorkingSet(const SmoSelection<T>& selection, const SmoSelection<T>& second,
-                                unsigned activeCount) = 0;
+  virtual void reduceWorkingSet(const SmoSelection<T>& selection, const SmoSelection<T>& second) {
+    steps->reduce(selection, second);
+  }
   virtual T calculateRho(T& r, const GradientBounds<T>& positive,
                          const GradientBounds<T>& negative) const;
 
-  // The chosen second index, read back; throws AppException when there is none.
-  unsigned readSecondIndex(zel::DeviceVector<SmoLowerBeta<T>>& blocks);
+  // The steps' second index; throws AppException when there is none.
+  unsigned secondIndex(const SmoSelection<T>& selection, const SmoSelection<T>& second,
+                       const T* row, const T* row2);
 
   const SvmContext<T>* params;
+  std::unique_ptr<SmoSteps<T>> steps;
   SmoKernel<T> kernel;
   zel::DeviceVector<T> alpha;
   zel::DeviceVector<char2> status;
@@ -86,7 +90,9 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
     std::uint64_t iterations = 0;
     unsigned active = 0;
     T gap = 0;
+    SmoPair<T> pair{noIndex, noIndex, nullptr, nullptr};  // of the last step
     bool converged = false;
+    bool stuck = false;  // further steps change or gain nothing
     bool unshrunk = false;
     bool shrinking = false;
   };
@@ -98,14 +104,15 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   unsigned rebuildActiveSet(const HostVector<char2>& hostStatus);
   std::uint64_t runBatch(Progress& progress, const HostVector<char2>& hostStatus);
   void shrink(Progress& progress, HostVector<char2>& hostStatus);
-  void updateGradient(const SmoPair<T>& pair);
+  [[nodiscard]] bool isEmptyStep();
+  [[nodiscard]] bool hasStalled(StallWatch& watch, std::uint64_t iterations,
+                                HostVector<T>& hostAlpha, const HostVector<T>& p);
+  void readBack(HostVector<T>& hostAlpha);
   void releaseTextures();
   void collectSolution(SmoSolution& result, const HostVector<T>& hostAlpha,
                        const HostVector<char2>& hostStatus, const HostVector<T>& p) const;
 
   unsigned variableCount = 0;
-  unsigned initGradientLimit;
-  unsigned updateGradientLimit;
   zel::DeviceVector<T> gradient;
   std::unique_ptr<zel::LinearTexture<T>> alphaTexture;
   std::unique_ptr<zel::LinearTexture<T>> gradientTexture;
@@ -114,7 +121,7 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   HostVector<unsigned> allIndices;
   HostVector<unsigned> activeHost;
   HostVector<T> gradientHost;
-  HostVector<SmoLowerBeta<T>> lowerHost;
+  HostVector<SmoDelta<T>> deltaHost;
 };
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

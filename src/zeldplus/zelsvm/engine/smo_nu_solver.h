@@ -14,28 +14,11 @@ class SmoNuSolver : public SmoBaseSolver<T> {
   explicit SmoNuSolver(const SvmContext<T>& params);
 
  protected:
-  T selectWorkingSet(SmoSelection<T>& positive, SmoSelection<T>& negative,
-                     unsigned activeCount) override;
+  T selectWorkingSet(SmoSelection<T>& positive, SmoSelection<T>& negative) override;
   SmoPair<T> findDelta(const HostVector<char2>& status, const SmoSelection<T>& positive,
-                       const SmoSelection<T>& negative, unsigned activeCount) override;
-  void reduceWorkingSet(const SmoSelection<T>& positive, const SmoSelection<T>& negative,
-                        unsigned activeCount) override;
+                       const SmoSelection<T>& negative) override;
   T calculateRho(T& r, const GradientBounds<T>& positive,
                  const GradientBounds<T>& negative) const override;
-
- private:
-  SmoSelection<T> readSelection(unsigned entry);
-
-  // Entries 0 … grid - 1 are the positive class's, the next grid entries the negative class's.
-  zel::DeviceVector<SmoUpperBeta<T>> upperBlocks;
-  zel::DeviceVector<unsigned> indexBlocks;
-  zel::DeviceVector<SmoLowerBeta<T>> lowerBlocks;
-  HostVector<SmoUpperBeta<T>> upperHost;
-  HostVector<unsigned> indexHost;
-  unsigned selectGrid = 0;
-  unsigned selectLimit;
-  unsigned deltaLimit;
-  unsigned reduceLimit;
 };
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

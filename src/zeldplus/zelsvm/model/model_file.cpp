@@ -8,6 +8,7 @@
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/data/read_data.h"
 #include "zeldplus/zelsvm/data/user_file_writer.h"
+#include "zeldplus/zelsvm/model/finite_model.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
@@ -117,6 +118,7 @@ template <typename T>
 void writeModel(const std::string& path, std::uint64_t indexBase, const SvmContext<T>& context,
                 const GenericModel<T>& model) {
   const ModelHeader header = describe(context, model);
+  requireFinite(header, model);
   const zelmag::AbstractMatrix<T>& vectors = model.vectors();
   UserFileWriter<T> writer(path, indexBase);
   writer.writeModelHeader(header, model.featureCount);
@@ -146,6 +148,7 @@ LoadedModel<T> readModel(const std::string& path, std::uint64_t indexBase, bool 
   model.scale.assign(header.xRange, header.yRange, header.yBounds, header.featureBounds.data(),
                      header.featureBounds.size());
   model.featureCount = std::max<std::uint64_t>(reader.cols(), header.featureBounds.size());
+  requireFinite(header, model);
   fillClasses(model, header, kind);
   return loaded;
 }

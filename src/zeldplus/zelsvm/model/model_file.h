@@ -11,7 +11,8 @@
 
 namespace zelsvm::inline ZEL_PLATFORM {
 
-// Writes the model; throws AppException when the file cannot be written completely.
+// Writes the model; throws AppException when a number in it is not finite or the file cannot be
+// written completely.
 template <typename T>
 void writeModel(const std::string& path, std::uint64_t indexBase, const SvmContext<T>& context,
                 const GenericModel<T>& model);
@@ -25,8 +26,8 @@ struct LoadedModel {
   std::unique_ptr<GenericModel<T>> model;
 };
 
-// Reads a model file, its rows sparse or dense. Throws AppException for a file that is no model or
-// bad parameters, RuntimeException for broken contents.
+// Reads a model file, its rows sparse or dense. Throws AppException for a file that is no model,
+// bad parameters or numbers that are not finite, RuntimeException for broken contents.
 template <typename T>
 LoadedModel<T> readModel(const std::string& path, std::uint64_t indexBase, bool dense);
 

@@ -26,12 +26,15 @@ void AbstractClassifier<T>::train(GenericModel<T>& model, SvmData<T>& data) {
   pairs.combine(model);
 }
 
-// Every prediction of such a model is the label.
+// Every prediction of such a model is the label; its probability is as sure as the sigmoid fit
+// would be of samples that all lie on one side.
 template <typename T>
 void AbstractClassifier<T>::trainOneLabel(GenericModel<T>& model, SvmData<T>& data, T label) {
   HostVector<T> labels(2);
   labels.set(0, label);
   labels.set(1, -label);
+  const auto samples = static_cast<T>(data.sampleCount());
+  model.sigmoids.emplace(LabelPair{label, -label}, Sigmoid{0, std::log(1 / (samples + 1))});
   HostVector<T> rho(1);
   rho.set(0, -1);
   HostVector<T> coefficients(1);

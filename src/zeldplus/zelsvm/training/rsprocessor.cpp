@@ -1,7 +1,9 @@
 #include "zeldplus/zelsvm/training/rsprocessor.h"
 
 #include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/zelsvm/model/decision_check.h"
 #include "zeldplus/zelsvm/model/rspredictor.h"
+#include "zeldplus/zelsvm/training/finite_samples.h"
 #include "zeldplus/zelsvm/training/generic_trainer.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -18,6 +20,8 @@ template <typename T>
 void GenericProcessor<T>::requireTrainable(SimpleData<T>& data, bool probability) const {
   if (context->problemKind == ProblemKind::classification) requireIntegerLabels(data.labels());
   if (probability) refuseOneClassProbability(context->problemKind);
+  requireFiniteFeatures(data.matrix());
+  if (context->problemKind == ProblemKind::regression) requireFiniteTargets(data.labels());
 }
 
 template <typename T>
@@ -60,6 +64,8 @@ void GenericProcessor<T>::predict(HostVector<T>& output, HostVector<T>& probabil
       throw zel::AppException("The model does not contain probability parameters.");
   }
   GenericPredictor<T> predictor(*context, model);
+  DecisionCheck<T> check;
+  predictor.addHandler(check);
   if (context->problemKind != ProblemKind::regression)
     predictor.addHandler(chooseResolver(probabilities, probability));
   evaluation = std::make_unique<GenericEvaluationHandler<T>>(context->problemKind, data);

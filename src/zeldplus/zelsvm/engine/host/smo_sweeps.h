@@ -1,38 +1,30 @@
 // The solvers' sweeps over the variables, built once per instruction set.
 #pragma once
 
-#include <cuda_runtime.h>
-
 #include <cstdint>
-
-#include "zeldplus/zelsvm/engine/smo_records.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 
-// What a sweep reads. A position is an index into active, or the variable itself where active is
-// null because all are. Variables from samples on use the kernel row entry of variable - samples.
-struct SmoView {
-  const double* gradient;
-  const double* alpha;
-  const char2* status;
-  const double* diagonal;  // K(x, x) by sample; not read for unit diagonals
-  const unsigned* active;
-  double Cp;
-  double Cn;
-  std::uint64_t samples;
-};
+// What a variable is to the selections, one byte each. A shrunk variable is in neither set.
+using SmoState = unsigned char;
+inline constexpr SmoState inUpperBit = 0x80;
+inline constexpr SmoState inLowerBit = 0x40;
+inline constexpr SmoState positiveBit = 0x01;
 
-// Extremes of one class over a range: the maximum of v over the upper set with its first position,
-// -1 for none, and the minimum over the lower set.
+// Ranges of variables begin and end at multiples of this; what pads the last one has state 0.
+inline constexpr std::uint64_t sweepStep = 16;
+
+// The maximum of v over the upper set with its first position, -1 for none, and the minimum over
+// the lower set.
 struct SelectedUpper {
   double up;
   double low;
   std::int64_t position;
 };
 
-// The best objective change over a range with its first position, -1 for none.
+// The best gain with its first position, -1 for none.
 struct SelectedLower {
-  double value;
+  double gain;
   std::int64_t position;
 };
 
@@ -40,7 +32,8 @@ struct SelectedLower {
 struct LowerQuery {
   double up[2];
   const double* row[2];
-  double diagonal[2];  // K_ii
+  double diagonal[2];       // K_ii
+  const double* diagonals;  // K_tt; not read for unit diagonals
 };
 
 // A pair's step; a step is the multiplier's change times its sign.
@@ -51,20 +44,20 @@ struct GradientStep {
   double stepJ;
 };
 
+// v is -y times the gradient. Positions count from the given pointers' start; what a selection
+// finds replaces the best so far only where it is better.
 struct SmoSweeps {
-  // out: one record (core) or one per class, positive first (nu).
-  void (*selectUpper)(const SmoView& view, std::uint64_t begin, std::uint64_t end,
-                      SelectedUpper* out);
-  void (*selectUpperNu)(const SmoView& view, std::uint64_t begin, std::uint64_t end,
-                        SelectedUpper* out);
-  SelectedLower (*selectLower[2][2])(const SmoView& view, const LowerQuery& query,
-                                     std::uint64_t begin, std::uint64_t end);  // [nu][unitDiagonal]
-  // gradient[k] += the step's effect for variables begin … end - 1.
-  void (*updateGradient)(double* gradient, const char2* status, std::uint64_t samples,
-                         const GradientStep& step, std::uint64_t begin, std::uint64_t end);
-  // gradient[k] += y_k sum_c columns[k' + c * ld] weights[c] for variables begin … end - 1.
-  void (*addColumns)(double* gradient, const char2* status, std::uint64_t samples,
-                     const double* columns, std::uint64_t ld, const double* weights,
+  // Selects in one class (core) or separately in two, the positive one first (nu).
+  void (*selectUpper[2])(const double* v, const SmoState* states, std::uint64_t begin,
+                         std::uint64_t end, SelectedUpper* best);  // [nu]
+  // Moves v by the step first, in the same pass.
+  void (*updateAndSelect[2])(double* v, const SmoState* states, const GradientStep& step,
+                             std::uint64_t begin, std::uint64_t end, SelectedUpper* best);  // [nu]
+  void (*selectLower[2][2])(const double* v, const SmoState* states, const LowerQuery& query,
+                            std::uint64_t begin, std::uint64_t end,
+                            SelectedLower* best);  // [nu][unitDiagonal]
+  // v[k] -= sum_c columns[k + c * ld] weights[c].
+  void (*addColumns)(double* v, const double* columns, std::uint64_t ld, const double* weights,
                      std::uint64_t count, std::uint64_t begin, std::uint64_t end);
 };
 

@@ -1,4 +1,5 @@
 #include "platform/host/isa.h"
+#include "zeldplus/zelsvm/engine/host/row_products.h"
 #include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
 #include "zeldplus/zelsvm/engine/host/transform_sweeps.h"
 
@@ -16,10 +17,18 @@ const TransformSweeps& transformSweeps() {
       baseline::transformSweepTable, avx2::transformSweepTable, avx512::transformSweepTable);
   return chosen;
 }
+
+RowProducts rowProducts() {
+  static const RowProducts chosen =
+      zel::tableForProcessor(baseline::rowProducts, avx2::rowProducts, avx512::rowProducts);
+  return chosen;
+}
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
 const TransformSweeps& transformSweeps() { return baseline::transformSweepTable; }
+
+RowProducts rowProducts() { return baseline::rowProducts; }
 #endif
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,7 +1,9 @@
 // Vectors of lanes, as wide as the instruction set that this file is compiled for.
 #pragma once
 
-#include <cuda_runtime.h>
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -17,15 +19,11 @@ inline constexpr int lanes = 2;
 
 using Pack = double __attribute__((vector_size(8 * lanes)));
 using Mask = std::int64_t __attribute__((vector_size(8 * lanes)));
-using StatusPack = short __attribute__((vector_size(2 * lanes)));
 
-__attribute__((always_inline)) inline Pack splat(double v) { return Pack{} + v; }
-
-// 0, 1, 2, … by lane.
-__attribute__((always_inline)) inline Mask laneNumbers() {
-  Mask m{};
-  for (int k = 0; k < lanes; ++k) m[k] = k;
-  return m;
+__attribute__((always_inline)) inline Pack splat(double v) {
+  Pack p;
+  for (int k = 0; k < lanes; ++k) p[k] = v;
+  return p;
 }
 
 __attribute__((always_inline)) inline Pack load(const double* p) {
@@ -34,12 +32,51 @@ __attribute__((always_inline)) inline Pack load(const double* p) {
   return v;
 }
 
-// Mask of label signs above 0. The sign is the high byte of a status record.
-__attribute__((always_inline)) inline Mask loadPositive(const char2* status) {
-  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ && sizeof(char2) == 2);
-  StatusPack s;
-  __builtin_memcpy(&s, status, sizeof s);
-  return __builtin_convertvector(s >> 8, Mask) > 0;
+__attribute__((always_inline)) inline void store(double* p, Pack v) {
+  __builtin_memcpy(p, &v, sizeof v);
+}
+
+// a * b + c, rounded once where the processor can.
+__attribute__((always_inline)) inline Pack multiplyAdd(Pack a, Pack b, Pack c) {
+#if defined(__AVX512F__)
+  return _mm512_fmadd_pd(a, b, c);
+#elif defined(__FMA__)
+  return _mm256_fmadd_pd(a, b, c);
+#else
+  return a * b + c;
+#endif
+}
+
+// Bit k is lane k's sign.
+__attribute__((always_inline)) inline unsigned signBits(Mask m) {
+#if defined(__AVX512DQ__)
+  return _mm512_movepi64_mask(reinterpret_cast<__m512i>(m));
+#elif defined(__AVX__)
+  return static_cast<unsigned>(_mm256_movemask_pd(reinterpret_cast<__m256d>(m)));
+#elif defined(__SSE2__)
+  return static_cast<unsigned>(_mm_movemask_pd(reinterpret_cast<__m128d>(m)));
+#else
+  unsigned bits = 0;
+  for (int k = 0; k < lanes; ++k) bits |= static_cast<unsigned>(m[k] < 0) << k;
+  return bits;
+#endif
+}
+
+// One byte per lane, in the lane's highest bits.
+__attribute__((always_inline)) inline Mask loadBytes(const unsigned char* bytes) {
+  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
+#if defined(__AVX512F__)
+  std::uint64_t word;
+#elif defined(__AVX__)
+  std::uint32_t word;
+#else
+  std::uint16_t word;
+#endif
+  static_assert(sizeof word == lanes);
+  __builtin_memcpy(&word, bytes, sizeof word);
+  Mask shifts;
+  for (int k = 0; k < lanes; ++k) shifts[k] = 56 - 8 * k;
+  return (Mask{} + static_cast<std::int64_t>(word)) << shifts;
 }
 
 }  // namespace zelsvm::inline ZEL_PLATFORM::ZEL_ISA

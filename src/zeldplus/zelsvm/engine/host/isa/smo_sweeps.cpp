@@ -1,182 +1,215 @@
 #include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
 
-#include "zeldplus/zelsvm/engine/host/isa/lanes.h"
+#include "zeldplus/zelsvm/engine/host/isa/pack.h"
 #include "zeldplus/zelsvm/engine/smo_rules.h"
 
 namespace zelsvm::inline ZEL_PLATFORM::ZEL_ISA {
 namespace {
 
 constexpr double infinity = __builtin_inf();
+// Variables whose maximum is taken before anyone asks where it lies.
+constexpr std::uint64_t blockSize = 256;
+// Packs handled together, so that running extremes do not wait for one another.
+constexpr int unroll = lanes < 8 ? 4 : 2;
+static_assert(sweepStep % (unroll * lanes) == 0 && blockSize % sweepStep == 0);
 
-// Running extremes of one class, lane by lane.
-template <typename L>
-struct UpperExtremes {
-  typename L::Value up = L::all(-infinity);
-  typename L::Value low = L::all(infinity);
-  typename L::Position position = L::allPositions(-1);
+// A state byte per lane; the sign of a shifted mask tells one bit of it.
+struct States {
+  Mask bytes;
+  ZEL_RULE Mask inUpper() const { return bytes; }
+  ZEL_RULE Mask inLower() const { return bytes << 1; }
+  ZEL_RULE Mask positive() const { return bytes << 7; }
+};
 
-  ZEL_RULE void take(typename L::Truth inUp, typename L::Truth inLow, typename L::Value v,
-                     typename L::Position q) {
-    const auto better = inUp & (v > up);
-    up = better ? v : up;
-    position = better ? q : position;
-    low = (inLow & (v < low)) ? v : low;
+ZEL_RULE Pack where(Mask sign, Pack a, Pack b) { return sign < 0 ? a : b; }
+
+// Running extremes of one class in one block, lane by lane. What is not a number never wins.
+struct Extremes {
+  Pack up[unroll];
+  Pack low[unroll];
+
+  ZEL_RULE Extremes() {
+    for (int u = 0; u < unroll; ++u) {
+      up[u] = splat(-infinity);
+      low[u] = splat(infinity);
+    }
+  }
+  ZEL_RULE void take(int u, Mask inUpper, Mask inLower, Pack v) {
+    const Pack candidate = where(inUpper, v, splat(-infinity));
+    const Pack lowest = where(inLower, v, splat(infinity));
+    up[u] = candidate > up[u] ? candidate : up[u];
+    low[u] = lowest < low[u] ? lowest : low[u];
+  }
+  ZEL_RULE double highest() const {
+    Pack m = up[0];
+    for (int u = 1; u < unroll; ++u) m = up[u] > m ? up[u] : m;
+    double best = m[0];
+    for (int k = 1; k < lanes; ++k) best = m[k] > best ? m[k] : best;
+    return best;
+  }
+  ZEL_RULE Pack lowest(Pack m) const {
+    for (int u = 0; u < unroll; ++u) m = low[u] < m ? low[u] : m;
+    return m;
   }
 };
 
-ZEL_RULE void mergeLane(UpperExtremes<Narrow>& into, double up, double low, std::int64_t position) {
-  if (position >= 0 && (up > into.up || (up == into.up && position < into.position))) {
-    into.up = up;
-    into.position = position;
-  }
-  if (low < into.low) into.low = low;
+template <bool nu>
+ZEL_RULE Mask ofClass(int cls, const States& s, Mask membership) {
+  if constexpr (!nu) return membership;
+  return cls == 0 ? membership & s.positive() : membership & ~s.positive();
 }
 
-template <typename L, bool nu, typename Access>
-ZEL_RULE void takeUpper(const SmoView& view, const Access& access, std::uint64_t q,
-                        UpperExtremes<L>* classes) {
-  const auto positive = access.template positive<L>(view.status, q);
-  const auto a = access.template values<L>(view.alpha, q);
-  const auto v = violation(positive, access.template values<L>(view.gradient, q));
-  const typename L::Value c = positive ? L::all(view.Cp) : L::all(view.Cn);
-  const typename L::Truth inUp = inUpperSet(positive, a, c);
-  const typename L::Truth inLow = inLowerSet(positive, a, c);
-  const auto position = L::positionsFrom(q);
-  if constexpr (nu) {
-    const typename L::Truth none{};
-    classes[0].take(positive ? inUp : none, positive ? inLow : none, v, position);
-    classes[1].take(positive ? none : inUp, positive ? none : inLow, v, position);
-  } else {
-    classes[0].take(inUp, inLow, v, position);
+// First position of the block where a member of the class's upper set has this value.
+template <bool nu>
+ZEL_RULE std::uint64_t firstWith(const double* v, const SmoState* states, std::uint64_t from,
+                                 int cls, double value) {
+  for (std::uint64_t k = from;; k += lanes) {
+    const States s{loadBytes(states + k)};
+    const Mask found = ofClass<nu>(cls, s, s.inUpper()) & (load(v + k) == splat(value));
+    if (const unsigned bits = signBits(found); bits != 0)
+      return k + static_cast<std::uint64_t>(__builtin_ctz(bits));
   }
 }
 
-template <bool nu, typename Access>
-ZEL_RULE void selectUpperRange(const SmoView& view, const Access& access, std::uint64_t begin,
-                               std::uint64_t end, SelectedUpper* out) {
-  constexpr int classCount = nu ? 2 : 1;
-  UpperExtremes<Wide> wide[classCount];
-  UpperExtremes<Narrow> narrow[classCount];
-  std::uint64_t q = begin;
-  for (; q + lanes <= end; q += lanes) takeUpper<Wide, nu>(view, access, q, wide);
-  for (int c = 0; c < classCount; ++c)
-    for (int k = 0; k < lanes; ++k)
-      mergeLane(narrow[c], wide[c].up[k], wide[c].low[k], wide[c].position[k]);
-  for (; q < end; ++q) takeUpper<Narrow, nu>(view, access, q, narrow);
-  for (int c = 0; c < classCount; ++c) out[c] = {narrow[c].up, narrow[c].low, narrow[c].position};
+template <bool nu, typename Update>
+ZEL_RULE void selectRange(const double* v, const SmoState* states, std::uint64_t begin,
+                          std::uint64_t end, const Update& update, SelectedUpper* best) {
+  constexpr int classes = nu ? 2 : 1;
+  std::uint64_t bestBlock[classes];
+  bool better[classes] = {};
+  Pack low[classes];
+  for (Pack& l : low) l = splat(infinity);
+  for (std::uint64_t from = begin; from < end; from += blockSize) {
+    const std::uint64_t to = end - from < blockSize ? end : from + blockSize;
+    Extremes extremes[classes];
+    for (std::uint64_t k = from; k < to; k += unroll * lanes)
+      for (int u = 0; u < unroll; ++u) {
+        const std::uint64_t q = k + static_cast<std::uint64_t>(u * lanes);
+        const Pack value = update(q);
+        const States s{loadBytes(states + q)};
+        for (int c = 0; c < classes; ++c)
+          extremes[c].take(u, ofClass<nu>(c, s, s.inUpper()), ofClass<nu>(c, s, s.inLower()),
+                           value);
+      }
+    for (int c = 0; c < classes; ++c) {
+      low[c] = extremes[c].lowest(low[c]);
+      const double highest = extremes[c].highest();
+      if (!(highest > best[c].up)) continue;
+      best[c].up = highest;
+      bestBlock[c] = from;
+      better[c] = true;
+    }
+  }
+  for (int c = 0; c < classes; ++c) {
+    if (better[c])
+      best[c].position =
+          static_cast<std::int64_t>(firstWith<nu>(v, states, bestBlock[c], c, best[c].up));
+    for (int k = 0; k < lanes; ++k) best[c].low = low[c][k] < best[c].low ? low[c][k] : best[c].low;
+  }
 }
 
 template <bool nu>
-void selectUpper(const SmoView& view, std::uint64_t begin, std::uint64_t end, SelectedUpper* out) {
-  if (view.active == nullptr)
-    selectUpperRange<nu>(view, EveryVariable{0}, begin, end, out);
-  else
-    selectUpperRange<nu>(view, ListedVariables{view.active, view.samples}, begin, end, out);
+void selectUpper(const double* v, const SmoState* states, std::uint64_t begin, std::uint64_t end,
+                 SelectedUpper* best) {
+  selectRange<nu>(
+      v, states, begin, end, [v](std::uint64_t q) { return load(v + q); }, best);
 }
 
-// Running minimum of the objective change, lane by lane.
-template <typename L>
-struct LowerMinimum {
-  typename L::Value value = L::all(infinity);
-  typename L::Position position = L::allPositions(-1);
+template <bool nu>
+void updateAndSelect(double* v, const SmoState* states, const GradientStep& step,
+                     std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
+  const Pack stepI = splat(step.stepI);
+  const Pack stepJ = splat(step.stepJ);
+  const double* const rowI = step.rowI;
+  const double* const rowJ = step.rowJ;
+  const auto update = [=](std::uint64_t q) {
+    const Pack moved = load(v + q) - multiplyAdd(stepI, load(rowI + q), load(rowJ + q) * stepJ);
+    store(v + q, moved);
+    return moved;
+  };
+  selectRange<nu>(v, states, begin, end, update, best);
+}
+
+// What the gain of a pair is made of, lane by lane.
+struct Candidates {
+  Pack b;
+  Pack curvature;
+  Mask eligible;
 };
 
-template <typename L, bool nu, bool unitDiagonal, typename Access>
-ZEL_RULE void takeLower(const SmoView& view, const LowerQuery& query, const Access& access,
-                        std::uint64_t q, LowerMinimum<L>& best) {
-  using Value = typename L::Value;
-  const auto positive = access.template positive<L>(view.status, q);
-  const auto a = access.template values<L>(view.alpha, q);
-  const auto v = violation(positive, access.template values<L>(view.gradient, q));
-  const Value c = positive ? L::all(view.Cp) : L::all(view.Cn);
-  Value up = L::all(query.up[0]);
-  Value k = access.template rowValues<L>(query.row[0], q);
-  Value diagonal = L::all(unitDiagonal ? 1.0 : query.diagonal[0]);
-  if constexpr (nu) {
-    up = positive ? up : L::all(query.up[1]);
-    k = positive ? k : access.template rowValues<L>(query.row[1], q);
-    if constexpr (!unitDiagonal) diagonal = positive ? diagonal : L::all(query.diagonal[1]);
-  }
-  if constexpr (unitDiagonal)
-    diagonal = diagonal + 1.0;
-  else
-    diagonal = diagonal + access.template rowValues<L>(view.diagonal, q);
-  const Value b = up - v;
-  const Value gain = pairGain(b, pairCurvature(diagonal, k));
-  const auto better = inLowerSet(positive, a, c) & (b > 0.0) & (gain < best.value);
-  best.value = better ? gain : best.value;
-  best.position = better ? L::positionsFrom(q) : best.position;
-}
-
-template <bool nu, bool unitDiagonal, typename Access>
-ZEL_RULE SelectedLower selectLowerRange(const SmoView& view, const LowerQuery& query,
-                                        const Access& access, std::uint64_t begin,
-                                        std::uint64_t end) {
-  LowerMinimum<Wide> wide;
-  LowerMinimum<Narrow> narrow;
-  std::uint64_t q = begin;
-  for (; q + lanes <= end; q += lanes)
-    takeLower<Wide, nu, unitDiagonal>(view, query, access, q, wide);
-  for (int k = 0; k < lanes; ++k) {
-    const double value = wide.value[k];
-    const std::int64_t position = wide.position[k];
-    if (position >= 0 &&
-        (value < narrow.value || (value == narrow.value && position < narrow.position)))
-      narrow = {value, position};
-  }
-  for (; q < end; ++q) takeLower<Narrow, nu, unitDiagonal>(view, query, access, q, narrow);
-  return {narrow.value, narrow.position};
-}
-
-// The two halves of a regression problem read the same kernel row entries: a range is cut where the
-// second half begins.
 template <bool nu, bool unitDiagonal>
-SelectedLower selectLower(const SmoView& view, const LowerQuery& query, std::uint64_t begin,
-                          std::uint64_t end) {
-  if (view.active != nullptr)
-    return selectLowerRange<nu, unitDiagonal>(
-        view, query, ListedVariables{view.active, view.samples}, begin, end);
-  const std::uint64_t cut = begin > view.samples ? begin : end < view.samples ? end : view.samples;
-  const SelectedLower first =
-      selectLowerRange<nu, unitDiagonal>(view, query, EveryVariable{0}, begin, cut);
-  const SelectedLower second =
-      selectLowerRange<nu, unitDiagonal>(view, query, EveryVariable{view.samples}, cut, end);
-  return second.value < first.value ? second : first;
+ZEL_RULE Candidates candidatesAt(const double* v, const SmoState* states, const LowerQuery& query,
+                                 std::uint64_t q) {
+  const States s{loadBytes(states + q)};
+  Pack up = splat(query.up[0]);
+  Pack k = load(query.row[0] + q);
+  Pack diagonal = splat(unitDiagonal ? 2.0 : query.diagonal[0]);
+  if constexpr (nu) {
+    up = where(s.positive(), up, splat(query.up[1]));
+    k = where(s.positive(), k, load(query.row[1] + q));
+    if constexpr (!unitDiagonal) diagonal = where(s.positive(), diagonal, splat(query.diagonal[1]));
+  }
+  if constexpr (!unitDiagonal) diagonal += load(query.diagonals + q);
+  const Pack b = up - load(v + q);
+  return {b, pairCurvature(diagonal, k), s.inLower() & (b > 0.0)};
 }
 
-void updateGradient(double* gradient, const char2* status, std::uint64_t samples,
-                    const GradientStep& step, std::uint64_t begin, std::uint64_t end) {
-  const auto update = [&](std::uint64_t from, std::uint64_t to, std::uint64_t shift) {
-#pragma omp simd
-    for (std::uint64_t k = from; k < to; ++k)
-      gradient[k] = updatedGradient(gradient[k], signOf(status, k), step.stepI,
-                                    step.rowI[k - shift], step.stepJ, step.rowJ[k - shift]);
-  };
-  const std::uint64_t cut = begin > samples ? begin : end < samples ? end : samples;
-  update(begin, cut, 0);
-  update(cut, end, samples);
+// Candidates that may be better are rare, so only these are divided. The factor keeps rounding from
+// losing one.
+struct GainTest {
+  double gain;
+  Pack threshold;
+
+  ZEL_RULE explicit GainTest(double best) { raise(best); }
+  ZEL_RULE void raise(double best) {
+    gain = best;
+    threshold = splat(best * (1 - 0x1p-50));
+  }
+  ZEL_RULE Mask passes(const Candidates& c) const {
+    return c.eligible & (c.b * c.b > threshold * c.curvature);
+  }
+};
+
+template <bool nu, bool unitDiagonal>
+void selectLower(const double* v, const SmoState* states, const LowerQuery& query,
+                 std::uint64_t begin, std::uint64_t end, SelectedLower* best) {
+  GainTest test(best->gain);
+  for (std::uint64_t k = begin; k < end; k += unroll * lanes) {
+    Candidates candidates[unroll];
+    Mask any{};
+    for (int u = 0; u < unroll; ++u) {
+      candidates[u] = candidatesAt<nu, unitDiagonal>(v, states, query,
+                                                     k + static_cast<std::uint64_t>(u * lanes));
+      any |= test.passes(candidates[u]);
+    }
+    if (signBits(any) == 0) continue;
+    for (int u = 0; u < unroll; ++u)
+      for (unsigned bits = signBits(test.passes(candidates[u])); bits != 0; bits &= bits - 1) {
+        const int lane = __builtin_ctz(bits);
+        const double gain = -pairGain(candidates[u].b[lane], candidates[u].curvature[lane]);
+        if (!(gain > test.gain)) continue;
+        test.raise(gain);
+        best->position = static_cast<std::int64_t>(k) + u * lanes + lane;
+      }
+  }
+  best->gain = test.gain;
 }
 
-void addColumns(double* gradient, const char2* status, std::uint64_t samples, const double* columns,
-                std::uint64_t ld, const double* weights, std::uint64_t count, std::uint64_t begin,
-                std::uint64_t end) {
+void addColumns(double* v, const double* columns, std::uint64_t ld, const double* weights,
+                std::uint64_t count, std::uint64_t begin, std::uint64_t end) {
   constexpr std::uint64_t stretch = 512;
-  for (std::uint64_t from = begin; from < end;) {
-    const std::uint64_t bound = from < samples && samples < end ? samples : end;
-    const std::uint64_t to = bound - from < stretch ? bound : from + stretch;
-    const double* const first = columns + (from < samples ? from : from - samples);
+  for (std::uint64_t from = begin; from < end; from += stretch) {
+    const std::uint64_t length = end - from < stretch ? end - from : stretch;
     double sums[stretch] = {};
     for (std::uint64_t c = 0; c < count; ++c) {
-      const double* const column = first + c * ld;
+      const double* const column = columns + from + c * ld;
       const double weight = weights[c];
 #pragma omp simd
-      for (std::uint64_t k = 0; k < to - from; ++k)
+      for (std::uint64_t k = 0; k < length; ++k)
         sums[k] = fusedMultiplyAdd(column[k], weight, sums[k]);
     }
 #pragma omp simd
-    for (std::uint64_t k = 0; k < to - from; ++k)
-      gradient[from + k] += signOf(status, from + k) * sums[k];
-    from = to;
+    for (std::uint64_t k = 0; k < length; ++k) v[from + k] -= sums[k];
   }
 }
 
@@ -184,11 +217,10 @@ void addColumns(double* gradient, const char2* status, std::uint64_t samples, co
 
 extern const SmoSweeps smoSweepTable;
 const SmoSweeps smoSweepTable{
-    selectUpper<false>,
-    selectUpper<true>,
+    {selectUpper<false>, selectUpper<true>},
+    {updateAndSelect<false>, updateAndSelect<true>},
     {{selectLower<false, false>, selectLower<false, true>},
      {selectLower<true, false>, selectLower<true, true>}},
-    updateGradient,
     addColumns,
 };
 

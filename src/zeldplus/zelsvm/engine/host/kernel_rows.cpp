@@ -1,0 +1,178 @@
+#include "zeldplus/zelsvm/engine/kernel_rows.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "platform/host/parallel.h"
+#include "platform/system/available_memory.h"
+#include "zeldplus/inc/zelvectors.h"
+#include "zeldplus/zelsvm/data/scaled_sparse_rows.h"
+#include "zeldplus/zelsvm/engine/host/kernel_transform.h"
+#include "zeldplus/zelsvm/engine/host/packed_samples.h"
+#include "zeldplus/zelsvm/engine/host/row_products.h"
+#include "zeldplus/zelsvm/engine/host/sparse_columns.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+// Rows computed at once, and panels whose products are transformed before they leave the
+// first-level cache for their slots, which lie at distances that the cache is bad at.
+constexpr unsigned mostPackedTogether = 32;
+constexpr std::uint64_t panelGroup = 8;
+constexpr std::uint64_t groupSamples = panelGroup * panelSamples;
+// Samples that stay in the second-level cache are as cheap to meet one row at a time.
+constexpr std::uint64_t cachedBytes = std::uint64_t{1} << 20;
+constexpr double nanosecondsPerProduct = 0.04;
+constexpr double nanosecondsPerSparseValue = 1.0;
+// From this share of stored elements on, packed samples are the faster ones (measured).
+constexpr double packedShare = 0.2;
+// Packing may take this part of what memory is left.
+constexpr std::uint64_t memoryPart = 4;
+
+bool packingPays(const zelmag::AbstractMatrix<double>& matrix) {
+  if (matrix.columnIndices() == nullptr) return true;
+  const double elements = static_cast<double>(matrix.rows()) * static_cast<double>(matrix.cols());
+  return static_cast<double>(matrix.valueCount()) >= packedShare * elements &&
+         elements * sizeof(double) <= static_cast<double>(zel::availableHostMemory() / memoryPart);
+}
+
+class HostKernelRows : public KernelRows<double>, private PairKernel {
+ public:
+  void assign(zelmag::AbstractMatrix<double>& newSamples, SVM_KERNEL newKernelType,
+              const double* newNorms) override {
+    samples = &newSamples;
+    kernelType = newKernelType;
+    norms = newNorms;
+    packed = packingPays(newSamples);
+    packed ? packedSamples.assign(newSamples) : sparseColumns.assign(newSamples);
+  }
+
+  [[nodiscard]] unsigned mostTogether() const override {
+    return packed && packedSamples.bytes() > cachedBytes ? mostPackedTogether : 1;
+  }
+  PairKernel* pairs() override { return mostTogether() > 1 ? this : nullptr; }
+
+  void compute(const RowTarget<double>* rows, unsigned count) override {
+    if (packed) return computePacked(rows, count);
+    for (unsigned c = 0; c < count; ++c) computeSparse(rows[c]);
+  }
+
+ private:
+  [[nodiscard]] double transformCost() const {
+    return kernelType == SVM_KERNEL_LINEAR ? 0 : transformNanoseconds<SVM_KERNEL_RADIAL>;
+  }
+
+  void transform(double* products, const double* others, std::uint64_t n, double norm) const {
+    if (kernelType == SVM_KERNEL_POLYNOMIAL)
+      transformProducts<SVM_KERNEL_POLYNOMIAL>(products, others, n, norm);
+    if (kernelType == SVM_KERNEL_RADIAL)
+      transformProducts<SVM_KERNEL_RADIAL>(products, others, n, norm);
+    if (kernelType == SVM_KERNEL_SIGMOID)
+      transformProducts<SVM_KERNEL_SIGMOID>(products, others, n, norm);
+  }
+
+  void pairValues(const std::vector<std::uint64_t>& chosen, std::vector<double>& values) override {
+    const std::uint64_t length = packedSamples.length();
+    const std::uint64_t count = chosen.size();
+    const std::uint64_t width = (count + panelSamples - 1) / panelSamples * panelSamples;
+    denseRows.resize(count * length);
+    pairPanels.resize(width * length);
+    pairProducts.resize(count * width);
+    pairNorms.resize(count);
+    factors.resize(count);
+    pairTargets.resize(count);
+    for (std::uint64_t c = 0; c < count; ++c) {
+      const std::uint64_t sample = chosen[c];
+      const double* const from = packedSamples.panel(sample / panelSamples) + sample % panelSamples;
+      double* const row = denseRows.data() + c * length;
+      double* const to =
+          pairPanels.data() + c / panelSamples * panelSamples * length + c % panelSamples;
+      for (std::uint64_t j = 0; j < length; ++j)
+        row[j] = to[j * panelSamples] = from[j * panelSamples];
+      factors[c] = row;
+      pairTargets[c] = pairProducts.data() + c * width;
+      pairNorms[c] = norms[sample];
+    }
+    rowProducts()(pairPanels.data(), width / panelSamples, length, factors.data(),
+                  pairTargets.data(), static_cast<unsigned>(count));
+    values.resize(count * count);
+    for (std::uint64_t c = 0; c < count; ++c) {
+      transform(pairTargets[c], pairNorms.data(), count, pairNorms[c]);
+      std::copy_n(pairTargets[c], count, values.data() + c * count);
+    }
+  }
+
+  void computePacked(const RowTarget<double>* rows, unsigned count) {
+    const std::uint64_t length = packedSamples.length();
+    denseRows.resize(count * length);
+    factors.resize(count);
+    for (unsigned c = 0; c < count; ++c) {
+      samples->copyRow(denseRows.data() + c * length, rows[c].sample, true);
+      factors[c] = denseRows.data() + c * length;
+    }
+    const double perPanel = static_cast<double>(panelSamples * count) *
+                            (nanosecondsPerProduct * static_cast<double>(length) + transformCost());
+    zel::forEachChunk(
+        packedSamples.panels(), panelGroup, perPanel,
+        [&](std::uint64_t begin, std::uint64_t end) { computePanels(rows, count, begin, end); });
+  }
+
+  void computePanels(const RowTarget<double>* rows, unsigned count, std::uint64_t begin,
+                     std::uint64_t end) const {
+    alignas(64) double products[mostPackedTogether * groupSamples];
+    double* targets[mostPackedTogether];
+    const std::uint64_t first = begin * panelSamples;
+    const std::uint64_t last = std::min(end * panelSamples, samples->rows());
+    for (unsigned c = 0; c < count; ++c)
+      targets[c] = count > 1 ? products + c * groupSamples : rows[c].values + first;
+    rowProducts()(packedSamples.panel(begin), end - begin, packedSamples.length(), factors.data(),
+                  targets, count);
+    for (unsigned c = 0; c < count; ++c) {
+      transform(targets[c], norms + first, last - first, norms[rows[c].sample]);
+      if (count > 1) std::copy_n(targets[c], last - first, rows[c].values + first);
+    }
+  }
+
+  void computeSparse(const RowTarget<double>& row) {
+    const int* const offsets = samples->rowOffsets();
+    const std::uint64_t count =
+        ascending.assign(samples->columnIndices(), samples->values(),
+                         static_cast<std::uint64_t>(offsets[row.sample]),
+                         static_cast<std::uint64_t>(offsets[row.sample + 1]));
+    entries.resize(count);
+    for (std::uint64_t k = 0; k < count; ++k)
+      entries[k] = {static_cast<std::uint64_t>(ascending.columns[k]), ascending.values[k]};
+    const double total = nanosecondsPerSparseValue * sparseColumns.work(entries);
+    const std::uint64_t n = samples->rows();
+    zel::forEachChunk(n, sparseColumns.stretch(), total / static_cast<double>(n) + transformCost(),
+                      [&](std::uint64_t begin, std::uint64_t end) {
+                        sparseColumns.multiply(entries, begin, row.values + begin);
+                        transform(row.values + begin, norms + begin, end - begin,
+                                  norms[row.sample]);
+                      });
+  }
+
+  const zelmag::AbstractMatrix<double>* samples = nullptr;
+  SVM_KERNEL kernelType = SVM_KERNEL_UNSUPPORTED;
+  const double* norms = nullptr;
+  bool packed = true;
+  PackedSamples packedSamples;
+  SparseColumns sparseColumns;
+  zel::DeviceVector<double> denseRows;
+  std::vector<const double*> factors;
+  std::vector<double> pairPanels;
+  std::vector<double> pairProducts;
+  std::vector<double> pairNorms;
+  std::vector<double*> pairTargets;
+  zelmag::AscendingRow<double> ascending;
+  std::vector<SparseEntry> entries;
+};
+
+}  // namespace
+
+template <>
+std::unique_ptr<KernelRows<double>> makeKernelRows() {
+  return std::make_unique<HostKernelRows>();
+}
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

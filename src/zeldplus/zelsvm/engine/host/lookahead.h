@@ -1,0 +1,70 @@
+// Guesses the working pairs of the next iterations by going through these iterations with a few
+// variables only: those that violate optimality most. The guess is right as long as the solver's
+// choices are among them.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
+#include "zeldplus/zelsvm/engine/row_forecast.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+// `halves` times `samples` variables, the halves of v and states stride apart, alpha dense.
+struct LookaheadView {
+  const double* v;
+  const SmoState* states;
+  const double* alpha;
+  double Cp;
+  double Cn;
+  std::uint64_t samples;
+  std::uint64_t stride;
+  unsigned halves;
+  bool nu;
+};
+
+// A step that v does not show yet, in changes of the multipliers times their signs.
+struct PendingStep {
+  std::uint64_t i;
+  std::uint64_t j;
+  double stepI;
+  double stepJ;
+};
+
+class Lookahead {
+ public:
+  // Starts from the view's state after the pending step, if there is one.
+  void forecast(std::vector<std::uint64_t>& samples, unsigned most,
+                const std::vector<std::uint32_t>& isKnown, PairKernel& kernel,
+                const LookaheadView& view, const PendingStep* pending);
+
+ private:
+  struct Candidate {
+    double strength;
+    std::uint64_t variable;
+  };
+  struct Variable {
+    std::uint64_t variable;
+    bool positive;
+    double v;
+    double a;
+    double c;
+  };
+
+  void collect(const LookaheadView& view, SmoState mask, SmoState wanted);
+  void take(const LookaheadView& view, std::uint64_t variable);
+  [[nodiscard]] double k(std::size_t a, std::size_t b) const { return values[a * set.size() + b]; }
+  [[nodiscard]] double curvature(std::size_t a, std::size_t b) const;
+  void move(std::size_t i, std::size_t j, double stepI, double stepJ);
+  bool step(std::vector<std::size_t>& pair, bool nu);
+  [[nodiscard]] std::size_t strongest(bool nu, bool positive) const;
+  [[nodiscard]] std::size_t partner(const std::size_t* first, bool nu) const;
+
+  std::vector<Candidate> list;
+  std::vector<Variable> set;
+  std::vector<std::uint64_t> setSamples;
+  std::vector<double> values;
+};
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

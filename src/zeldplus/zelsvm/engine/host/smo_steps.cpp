@@ -1,0 +1,274 @@
+#include "zeldplus/zelsvm/engine/smo_steps.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <vector>
+
+#include "platform/host/parallel.h"
+#include "zeldplus/inc/zelvectors.h"
+#include "zeldplus/zelsvm/engine/host/lookahead.h"
+#include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
+#include "zeldplus/zelsvm/engine/smo_rules.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+// A reduction runs over at most this many chunks, cut the same way for any number of threads.
+constexpr std::uint64_t maxChunks = 64;
+constexpr double sweepNanoseconds = 0.5;
+// Samples whose kernel values stay in the first-level cache between a regression's two halves.
+constexpr std::uint64_t stripSamples = 1024;
+
+constexpr std::uint64_t padded(std::uint64_t count) {
+  return (count + sweepStep - 1) / sweepStep * sweepStep;
+}
+
+// What one chunk has found, by half and class (core: one class) or by half.
+struct UpperPartial {
+  SelectedUpper best[2][2];
+};
+struct LowerPartial {
+  SelectedLower best[2];
+};
+
+constexpr SelectedUpper noUpper{-infinity, infinity, -1};
+constexpr UpperPartial nothingUpper{{{noUpper, noUpper}, {noUpper, noUpper}}};
+constexpr LowerPartial nothingLower{{{-infinity, -1}, {-infinity, -1}}};
+
+// Variables of the second half of a regression stand apart from the first, each half padded. What
+// the sweeps read is compact: v = -y times the gradient, and a byte for what the selections want to
+// know. A gradient update selects the next first index in the same pass.
+template <bool nu>
+class HostSmoSteps : public SmoSteps<double> {
+ public:
+  explicit HostSmoSteps(SVM_KERNEL kernelType) : unitDiagonal(kernelType == SVM_KERNEL_RADIAL) {}
+
+  void begin(const SmoVariables<double>& variables) override {
+    all = variables;
+    halves = all.count > all.samples ? 2 : 1;
+    stride = padded(all.samples);
+    v.resize(halves * stride);
+    states.resize(halves * stride);
+    std::fill_n(v.data(), halves * stride, 0.0);
+    for (unsigned t = 0; t < all.count; ++t)
+      v.data()[placeOf(t)] = violation(isPositive(t), all.gradient[t]);
+    selected = false;
+    moved = false;
+  }
+
+  void addColumns(const double* columns, std::uint64_t ld, unsigned first,
+                  unsigned count) override {
+    std::vector<double> weights(count);
+    for (unsigned c = 0; c < count; ++c)
+      weights[c] = isPositive(first + c) ? all.alpha[first + c] : -all.alpha[first + c];
+    zel::forEachChunk(stride, chunkSize(), sweepNanoseconds * count,
+                      [&](std::uint64_t begin, std::uint64_t end) {
+                        for (unsigned h = 0; h < halves; ++h)
+                          smoSweeps().addColumns(v.data() + h * stride, columns, ld, weights.data(),
+                                                 count, begin, end);
+                      });
+    selected = false;
+  }
+
+  void activate(unsigned activeCount) override {
+    active = activeCount;
+    std::fill_n(states.data(), halves * stride, SmoState{0});
+    for (unsigned q = 0; q < active; ++q) refreshState(all.activeSet[q]);
+    selected = false;
+  }
+
+  void select(SmoSelection<double>& selection, SmoSelection<double>& second) override {
+    if (!selected)
+      sweepUpper(
+          [this](unsigned half, std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
+            smoSweeps().selectUpper[nu](v.data() + half * stride, states.data() + half * stride,
+                                        begin, end, best);
+          });
+    selection = chosen[0];
+    second = chosen[nu ? 1 : 0];
+  }
+
+  unsigned findDelta(const SmoSelection<double>& selection, const SmoSelection<double>& second,
+                     const double* row, const double* row2) override {
+    const LowerQuery query{{selection.beta.up, second.beta.up},
+                           {row, row2},
+                           {diagonal(selection.index), diagonal(second.index)},
+                           all.diagonal};
+    const unsigned j = sweepLower(query);
+    if (j == noIndex) {
+      *all.delta = {0, 0};
+      return j;
+    }
+    const bool other = nu && !isPositive(j);
+    const unsigned i = other ? second.index : selection.index;
+    movePair(i, j, (other ? row2 : row)[sampleOf(j)]);
+    return j;
+  }
+
+  void updateGradient(const SmoPair<double>& pair) override {
+    const GradientStep step{pair.rowI, pair.rowJ, pending.stepI, pending.stepJ};
+    moved = false;
+    sweepUpper([&](unsigned half, std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
+      smoSweeps().updateAndSelect[nu](v.data() + half * stride, states.data() + half * stride, step,
+                                      begin, end, best);
+    });
+  }
+
+  void reduce(const SmoSelection<double>& selection, const SmoSelection<double>& second) override {
+    for (unsigned q = 0; q < active; ++q) {
+      const unsigned t = all.activeSet[q];
+      const SmoUpperBeta<double>& beta = nu && !isPositive(t) ? second.beta : selection.beta;
+      if (isShrinkable(isPositive(t), all.alpha[t], upperBound(t), v.data()[placeOf(t)], beta.up,
+                       beta.low))
+        all.status[t].x = 1;
+    }
+  }
+
+  void storeGradient() override {
+    for (unsigned t = 0; t < all.count; ++t)
+      all.gradient[t] = violation(isPositive(t), v.data()[placeOf(t)]);
+  }
+
+  void likelySamples(std::vector<std::uint64_t>& samples, unsigned most,
+                     const std::vector<std::uint32_t>& isKnown, PairKernel& kernel) override {
+    lookahead.forecast(
+        samples, most, isKnown, kernel,
+        {v.data(), states.data(), all.alpha, all.Cp, all.Cn, all.samples, stride, halves, nu},
+        moved ? &pending : nullptr);
+  }
+
+ private:
+  [[nodiscard]] bool isPositive(unsigned t) const { return all.status[t].y > 0; }
+  [[nodiscard]] double upperBound(unsigned t) const { return isPositive(t) ? all.Cp : all.Cn; }
+  [[nodiscard]] std::uint64_t sampleOf(unsigned t) const {
+    return t < all.samples ? t : t - all.samples;
+  }
+  [[nodiscard]] std::uint64_t placeOf(unsigned t) const {
+    return t < all.samples ? t : stride + (t - all.samples);
+  }
+  [[nodiscard]] unsigned variableAt(unsigned half, std::int64_t position) const {
+    return static_cast<unsigned>(half * all.samples + static_cast<std::uint64_t>(position));
+  }
+  [[nodiscard]] double diagonal(unsigned t) const {
+    return unitDiagonal ? 1.0 : all.diagonal[sampleOf(t)];
+  }
+  [[nodiscard]] std::uint64_t chunkSize() const {
+    return padded(std::max<std::uint64_t>(16384, (stride + maxChunks - 1) / maxChunks));
+  }
+
+  [[nodiscard]] std::uint64_t chunkCount() const {
+    return (stride + chunkSize() - 1) / chunkSize();
+  }
+
+  void refreshState(unsigned t) {
+    const bool positive = isPositive(t);
+    const double a = all.alpha[t];
+    const double c = upperBound(t);
+    states.data()[placeOf(t)] = static_cast<SmoState>(
+        (inUpperSet(positive, a, c) ? inUpperBit : 0) |
+        (inLowerSet(positive, a, c) ? inLowerBit : 0) | (positive ? positiveBit : 0));
+  }
+
+  // Calls sweep(half, begin, end, best of half) for all variables and keeps what it selects.
+  template <typename Sweep>
+  void sweepUpper(const Sweep& sweep) {
+    std::array<UpperPartial, maxChunks> partials;
+    std::fill_n(partials.begin(), chunkCount(), nothingUpper);
+    forEachStrip([&](std::uint64_t chunk, unsigned half, std::uint64_t begin, std::uint64_t end) {
+      sweep(half, begin, end, partials[chunk].best[half]);
+    });
+    for (unsigned cls = 0; cls < (nu ? 2 : 1); ++cls) {
+      SmoUpperBeta<double> beta{-infinity, infinity};
+      unsigned index = noIndex;
+      for (unsigned half = 0; half < halves; ++half)
+        for (std::uint64_t chunk = 0; chunk < chunkCount(); ++chunk) {
+          const SelectedUpper& partial = partials[chunk].best[half][cls];
+          if (partial.up > beta.up) {
+            beta.up = partial.up;
+            index = variableAt(half, partial.position);
+          }
+          beta.low = std::min(beta.low, partial.low);
+        }
+      chosen[cls] = {index, beta};
+    }
+    selected = true;
+  }
+
+  [[nodiscard]] unsigned sweepLower(const LowerQuery& query) const {
+    std::array<LowerPartial, maxChunks> partials;
+    std::fill_n(partials.begin(), chunkCount(), nothingLower);
+    forEachStrip([&](std::uint64_t chunk, unsigned half, std::uint64_t begin, std::uint64_t end) {
+      smoSweeps().selectLower[nu][unitDiagonal](v.data() + half * stride,
+                                                states.data() + half * stride, query, begin, end,
+                                                &partials[chunk].best[half]);
+    });
+    double gain = -infinity;
+    unsigned j = noIndex;
+    for (unsigned half = 0; half < halves; ++half)
+      for (std::uint64_t chunk = 0; chunk < chunkCount(); ++chunk) {
+        const SelectedLower& partial = partials[chunk].best[half];
+        if (!(partial.gain > gain)) continue;
+        gain = partial.gain;
+        j = variableAt(half, partial.position);
+      }
+    return j;
+  }
+
+  // Calls body(chunk, half, begin, end) so that both halves of a strip follow one another.
+  template <typename Body>
+  void forEachStrip(const Body& body) const {
+    const std::uint64_t grain = chunkSize();
+    const std::uint64_t strip = halves == 1 ? grain : stripSamples;
+    zel::forEachChunk(stride, grain, sweepNanoseconds * halves,
+                      [&](std::uint64_t begin, std::uint64_t end) {
+                        for (std::uint64_t from = begin; from < end; from += strip)
+                          for (unsigned half = 0; half < halves; ++half)
+                            body(begin / grain, half, from, std::min(from + strip, end));
+                      });
+  }
+
+  // Moves the pair's multipliers to their constrained optimum.
+  void movePair(unsigned i, unsigned j, double k) {
+    const bool sameSign = isPositive(i) == isPositive(j);
+    const double gradientI = violation(isPositive(i), v.data()[placeOf(i)]);
+    const double gradientJ = violation(isPositive(j), v.data()[placeOf(j)]);
+    const double delta =
+        pairStep(sameSign, gradientI, gradientJ, pairCurvature(diagonal(i) + diagonal(j), k));
+    const PairValues old{all.alpha[i], all.alpha[j]};
+    const PairValues next = clippedPair(sameSign, old, delta, {upperBound(i), upperBound(j)});
+    all.alpha[i] = next.i;
+    all.alpha[j] = next.j;
+    *all.delta = {next.i - old.i, next.j - old.j};
+    pending = {i, j, isPositive(i) ? all.delta->deltaI : -all.delta->deltaI,
+               isPositive(j) ? all.delta->deltaJ : -all.delta->deltaJ};
+    moved = true;
+    refreshState(i);
+    refreshState(j);
+  }
+
+  SmoVariables<double> all{};
+  bool unitDiagonal;
+  unsigned halves = 1;
+  unsigned active = 0;
+  std::uint64_t stride = 0;  // from one half to the next
+  zel::DeviceVector<double> v;
+  zel::DeviceVector<SmoState> states;
+  bool selected = false;
+  SmoSelection<double> chosen[2]{};
+  bool moved = false;  // the pending step is not yet in v
+  PendingStep pending{};
+  Lookahead lookahead;
+};
+
+}  // namespace
+
+template <>
+std::unique_ptr<SmoSteps<double>> makeSmoSteps(SVM_KERNEL kernelType, bool nu) {
+  if (nu) return std::make_unique<HostSmoSteps<true>>(kernelType);
+  return std::make_unique<HostSmoSteps<false>>(kernelType);
+}
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,43 @@
+#include "zeldplus/zelsvm/training/finite_samples.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "zeldplus/inc/zelerrors.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+namespace {
+
+template <typename T>
+bool isFiniteRow(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row) {
+  const int* const offsets = matrix.rowOffsets();
+  const std::uint64_t begin =
+      offsets == nullptr ? row * matrix.cols() : static_cast<std::uint64_t>(offsets[row]);
+  const std::uint64_t end =
+      offsets == nullptr ? begin + matrix.cols() : static_cast<std::uint64_t>(offsets[row + 1]);
+  return std::all_of(matrix.values() + begin, matrix.values() + end,
+                     [](T v) { return std::isfinite(v); });
+}
+
+}  // namespace
+
+template <typename T>
+void requireFiniteFeatures(const zelmag::AbstractMatrix<T>& matrix) {
+  // A finite sum of squares has finite terms only.
+  for (std::uint64_t row = 0; row < matrix.rows(); ++row)
+    if (!std::isfinite(matrix.rowNorms()[row]) && !isFiniteRow(matrix, row))
+      zel::throwAppException("The features of sample %lu are not finite numbers.", row + 1);
+}
+
+template <typename T>
+void requireFiniteTargets(const HostVector<T>& targets) {
+  for (std::uint64_t i = 0; i < targets.size(); ++i)
+    if (!std::isfinite(targets[i]))
+      zel::throwAppException("The target of sample %lu is not a finite number.", i + 1);
+}
+
+template void requireFiniteFeatures(const zelmag::AbstractMatrix<double>&);
+template void requireFiniteTargets(const HostVector<double>&);
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

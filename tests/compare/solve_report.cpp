@@ -1,0 +1,62 @@
+// Trains every formulation with every kernel, sparse and dense, and prints what came of it in full,
+// for scripts/compare-reports. With the argument "small" on few samples.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <string>
+
+#include "support/models.h"
+#include "support/solved_problem.h"
+#include "zeldplus/inc/zelconsole.h"
+
+namespace {
+
+using zeltest::Samples;
+
+unsigned long iterationsIn(const std::string& text) {
+  return std::strtoul(text.c_str() + text.find(" optimization in ") + 17, nullptr, 10);
+}
+
+void report(const char* size, const Samples& samples, const zelsvm::SvmParameters& parameters) {
+  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
+  zeltest::DataSet set(samples, context);
+  zelsvm::GenericModel<double> model;
+  const zeltest::Training training = zeltest::train(context, set.data(), model);
+  std::printf("case %s/%s/%s/%s %.17g %lu\n", context.algorithmName.c_str(),
+              context.kernelName.c_str(), context.sparse ? "sparse" : "dense", size,
+              training.only().solution.obj, iterationsIn(training.text));
+  for (const double value : zeltest::decisionValues(context, model, samples))
+    std::printf("%.17g\n", value);
+}
+
+void reportAll(bool small) {
+  const std::uint64_t rows = small ? 100 : 700;
+  const Samples classes = zeltest::classSamples(rows, 20, {1, -1}, 1);
+  const Samples targets = zeltest::targetSamples(rows, 20, 2);
+  for (const int type : {0, 1, 2, 3, 4})
+    for (const int kernel : {0, 1, 2, 3})
+      for (const bool sparse : {true, false})
+        report("some", type < 3 ? classes : targets,
+               {.svmType = type, .kernelType = kernel, .coef0 = 0.1, .sparse = sparse});
+  if (small) return;
+  // Enough variables for shrinking, and more rows than the cache holds.
+  for (const int type : {0, 1, 3, 4})
+    report("many",
+           type < 3 ? zeltest::classSamples(6000, 20, {1, -1}, 3)
+                    : zeltest::targetSamples(3000, 20, 4),
+           {.svmType = type, .C = 10, .cacheSize = 20});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  zel::verbose = false;
+  try {
+    reportAll(argc > 1 && std::strcmp(argv[1], "small") == 0);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
