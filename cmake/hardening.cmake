@@ -6,8 +6,9 @@ check_pie_supported(LANGUAGES CXX)
 
 if(CMAKE_BUILD_TYPE STREQUAL Release AND NOT ZELSVM_SANITIZE)
   target_compile_options(
-    zel_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong
-                          -fstack-clash-protection -Wformat -Werror=format-security
-                          $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>)
+    zel_options
+    INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3
+              -fstack-protector-strong -fstack-clash-protection -Wformat -Werror=format-security
+              $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>>)
   target_link_options(zel_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
 endif()
