@@ -4,8 +4,11 @@ DESTDIR ?=
 # What tools, install and package build: host, or cuda for the CUDA engine beside the host's.
 PRESET ?= host
 
-.PHONY: build tools demo test cuda sanitize bench install package check-package check-processors \
-        check-arm64 format lint setup setup-checks setup-packages setup-arm64
+# Seconds that each fuzz target runs.
+FUZZ_SECONDS ?= 60
+
+.PHONY: build tools demo test cuda sanitize tsan fuzz bench install package check-package \
+        check-processors check-arm64 format lint setup setup-checks setup-packages setup-arm64
 
 build: setup
 	cmake --preset host
@@ -29,6 +32,15 @@ cuda: setup
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize: setup
 	cmake --workflow --preset host-asan
+
+# The tests of the loops that share work among threads, under the thread sanitizer.
+tsan: setup-checks
+	cmake --workflow --preset tsan
+
+fuzz: setup-checks
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	fuzz/run $(FUZZ_SECONDS)
 
 bench: setup
 	cmake --workflow --preset bench

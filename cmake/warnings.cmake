@@ -12,5 +12,9 @@ target_include_directories(zel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 if(ZELSVM_SANITIZE)
   target_compile_options(zel_options INTERFACE -fsanitize=${ZELSVM_SANITIZE}
                                                -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  if(ZELSVM_FUZZ)
+    # These halt at run time, where fuzz/wraps-on-purpose.txt names the exceptions.
+    target_compile_options(zel_options INTERFACE -fsanitize-recover=integer)
+  endif()
   target_link_options(zel_options INTERFACE -fsanitize=${ZELSVM_SANITIZE})
 endif()

@@ -54,8 +54,9 @@ void ZelSvmMain<T>::reportCrossValidation() const {
     zel::printMessage("  Accuracy = %g%%\n", results[0]);
     zel::printMessage("Individual training accuracy:\n  ");
   }
-  const char* const format = regression ? "%g " : "%g%% ";
-  for (std::uint64_t i = 1; i <= options->foldCount; ++i) zel::printMessage(format, results[i]);
+  const char* const unit = regression ? "" : "%";
+  for (std::uint64_t i = 1; i <= options->foldCount; ++i)
+    zel::printMessage("%g%s ", results[i], unit);
 }
 
 template void ZelSvmMain<double>::train();

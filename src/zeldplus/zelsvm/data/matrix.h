@@ -30,7 +30,7 @@ class AbstractMatrix {
 
   // The stored values on the host, row after row.
   [[nodiscard]] virtual const T* values() const = 0;
-  // CSR arrays; null for a dense matrix.
+  // CSR arrays; null for a dense matrix, and without stored values all but the row offsets.
   [[nodiscard]] virtual const int* columnIndices() const { return nullptr; }
   [[nodiscard]] virtual const int* rowOffsets() const { return nullptr; }
   [[nodiscard]] virtual std::uint64_t valueCount() const = 0;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zeldplus/inc/zelerrors.h"
+#include "zeldplus/inc/zelmemory.h"
 #include "zeldplus/zelsvm/data/bounds.h"
 
 namespace zelmag::inline ZEL_PLATFORM {
@@ -72,10 +73,15 @@ class ScaledSparseRows {
   ScaledSparseRows(const double2& range, const zelsvm::HostVector<double2>& bounds,
                    std::uint64_t cols)
       : range(range), bounds(bounds) {
-    for (std::uint64_t j = 0; j < std::min(cols, bounds.size()); ++j) {
-      const T zero = Multiscale<T>::scale(0, range, bounds, j);
-      if (zero != 0) scaledZeros.push_back({static_cast<int>(j), zero});
-    }
+    const std::uint64_t known = std::min(cols, bounds.size());
+    const auto zero = [&](std::uint64_t j) { return Multiscale<T>::scale(0, range, bounds, j); };
+    std::uint64_t count = 0;
+    for (std::uint64_t j = 0; j < known; ++j) count += zero(j) != 0;
+    // A file of one line may name billions of columns.
+    zel::requireHostMemory(count, sizeof(ScaledZero));
+    scaledZeros.reserve(count);
+    for (std::uint64_t j = 0; j < known; ++j)
+      if (zero(j) != 0) scaledZeros.push_back({static_cast<int>(j), zero(j)});
   }
 
   // Calls sink(column, value) for every scaled value of the row that is not 0, columns ascending.

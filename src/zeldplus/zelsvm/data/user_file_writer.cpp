@@ -30,7 +30,7 @@ void UserFileWriter<T>::writeRows(const T* values, std::uint64_t cols, std::uint
   for (std::uint64_t row = 0; row < rows; ++row) {
     for (std::uint64_t i = 0; i < leadingCount; ++i)
       output.put(leading[row * leadingCount + i]).put(" ");
-    if (rowOffsets != nullptr) {
+    if (rowOffsets != nullptr) {  // the other arrays are null where no value is stored
       for (int i = rowOffsets[row]; i < rowOffsets[row + 1]; ++i)
         writePair(static_cast<std::uint64_t>(columnIndices[i]), values[i]);
     } else {

@@ -20,9 +20,9 @@ class UserFileWriter : public AbstractFileBase<T> {
   UserFileWriter(const std::string& path, std::uint64_t indexBase);
 
   // Writes rows lines of k - 1 leading numbers (none if leading is null or k < 2) and index:value
-  // pairs. leading is rows x (k - 1), row-major. With column indices and row offsets (both or
-  // neither) every stored entry is written, else of the row-major rows x cols values those that are
-  // not 0.
+  // pairs. leading is rows x (k - 1), row-major. With row offsets every stored entry is
+  // written (there may be none, and then no values and column indices), else of the row-major
+  // rows x cols values those that are not 0.
   void writeRows(const T* values, std::uint64_t cols, std::uint64_t rows, const T* leading,
                  std::uint64_t k, const int* columnIndices, const int* rowOffsets);
 

@@ -21,7 +21,7 @@ struct Sigmoid {
 
 // Index of label pair (i, j), i < j, among the pairs of k labels.
 constexpr std::uint64_t pairIndex(std::uint64_t i, std::uint64_t j, std::uint64_t k) {
-  return i * k - (i + 1) * (i + 2) / 2 + j;
+  return i * k + j - (i + 1) * (i + 2) / 2;
 }
 
 constexpr std::uint64_t pairCount(std::uint64_t k) { return k * (k - 1) / 2; }

@@ -14,6 +14,8 @@ constexpr std::uint64_t minBlockSize = 4;
 constexpr std::uint64_t maxBlockSize = 256;
 // Decision values of a block, which many functions make large.
 constexpr std::uint64_t maxValueBytes = std::uint64_t{64} << 20;
+// Sparse rows of a block, laid out densely: the data themselves may take less.
+constexpr std::uint64_t maxDenseBytes = std::uint64_t{16} << 20;
 
 // One dot per function, spread over the samples.
 void showProgress(std::uint64_t functions, std::uint64_t before, std::uint64_t after,
@@ -53,7 +55,8 @@ void GenericPredictor<T>::size(const zelmag::AbstractMatrix<T>& test) {
   blockSize = std::clamp(maxValueBytes / valueBytes, minBlockSize, blockSize);
   // Sparse rows are laid out densely on the device, which many columns make large.
   if (test.rowOffsets() != nullptr)
-    blockSize = std::clamp(available / 4 / (test.cols() * sizeof(T)), minBlockSize, blockSize);
+    blockSize = std::clamp(std::min(available / 4, maxDenseBytes) / (test.cols() * sizeof(T)),
+                           minBlockSize, blockSize);
   const std::uint64_t m = std::min(test.rows(), blockSize);
   products.resize(m * pitch);
   testNorms.resize(m);

@@ -10,7 +10,7 @@ void PackedSamples::assign(const zelmag::AbstractMatrix<double>& matrix) {
   cols = matrix.cols();
   panelCount = (matrix.rows() + panelSamples - 1) / panelSamples;
   elements.resize(panelCount * panelSamples * cols);
-  matrix.columnIndices() == nullptr ? packDense(matrix) : packSparse(matrix);
+  matrix.rowOffsets() == nullptr ? packDense(matrix) : packSparse(matrix);
 }
 
 const double* PackedSamples::panel(std::uint64_t p) const {
