@@ -128,10 +128,10 @@ SolveFigures solveOnce(Problem& problem, const zelsvm::SvmContext<double>& conte
   std::swap(stdout, log);
   char text[256] = {};
   std::rewind(log);
-  std::fread(text, 1, sizeof text - 1, log);
+  const std::size_t length = std::fread(text, 1, sizeof text - 1, log);
   std::fclose(log);
   const char* const finished = std::strstr(text, "Finished optimization in ");
-  if (finished == nullptr || !(solution.obj < 0)) {
+  if (length == 0 || finished == nullptr || !(solution.obj < 0)) {
     std::fprintf(stderr, "the problem was not solved\n");
     std::exit(1);
   }

@@ -1,6 +1,7 @@
 // Probability parameters of trained models.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <numbers>
 
@@ -77,7 +78,8 @@ TEST_F(ProbabilityTraining, OfFewSamples) {
   EXPECT_NEAR(model.sigmoids.at({-1, 1}).A, -std::numbers::ln2, 1e-5);
   Model oneLabel;
   train(oneLabel, {1, {1, 2, 3}, {4, 4, 4}}, {}, true);
-  EXPECT_TRUE(oneLabel.sigmoids.empty());
+  EXPECT_EQ(oneLabel.sigmoids.at({4, -4}).A, 0);
+  EXPECT_NEAR(oneLabel.sigmoids.at({4, -4}).B, -std::log(4), 1e-15);
   // Without its only sample a label has no side of its own.
   Model lone;
   EXPECT_EQ(zeltest::failureOf<zel::AppException>([&] {

@@ -164,7 +164,8 @@ TEST_F(ModelRoundTrip, RefusesWhatIsNoModel) {
            Case{linear + rho + three + threes, incomplete},
            Case{linear + three + "Rho: 1 2 3\nProbability_A: 1 2 3\n" + threes, ""},
            Case{linear + "Probability_A: 1\n" + three + "Rho: 1 2 3\n" + threes, incomplete},
-           Case{linear + "Labels: 1 2\n" + three + "Rho: 1 2 3\nNrSV: 1 1 0\nSV:\n1 1 1:1\n1 1 2:2",
+           Case{linear + "Labels: 1 2\n" + three +
+                    "Rho: 1 2 3\nNrSV: 1 1 0\nSV:\n1 1 1:1\n1 1 2:2\n",
                 incomplete},
            Case{linear + counts + rho + "NrSV: 1 1\n" + vectors, incomplete},
            Case{linear + counts + rho + "Labels: 1 2\n" + vectors, incomplete},
@@ -189,26 +190,15 @@ TEST_F(ModelRoundTrip, RefusesWhatIsNoModel) {
             "failed writing to file: /dev/full");
 }
 
-// A cut model is refused unless the cut leaves the last line's coefficients; what loads predicts.
 TEST_F(ModelRoundTrip, NoCutGoesUnnoticed) {
   MadeModel made({}, nineVectors(), kinds[1].labels, kinds[1].sizes, 3);
   addScale(made.model);
   addProbabilities(made.model);
   const std::string text = writtenText(1, made.context, made.model);
-  const std::size_t lastLine = text.rfind('\n', text.size() - 2) + 1;
-  const std::size_t complete = text.find(' ', text.find(' ', lastLine) + 1);
-  const zeltest::Samples test = unlabelled(8, sixteenths(16, 9));
-  for (std::size_t length = 0; length <= text.size(); ++length) {
+  for (std::size_t length = 0; length < text.size(); ++length) {
     const TempFile file(text.substr(0, length));
-    const bool dense = length % 2 == 0;
-    bool loads = false;
-    const std::string failure = failureOf([&] {
-      const auto loaded = zelsvm::readModel<double>(file.path(), 1, dense);
-      loads = true;
-      EXPECT_EQ(zeltest::decisionValues(*loaded.context, *loaded.model, test).size(), 6u);
-    });
-    EXPECT_TRUE(loads ? failure.empty() && length > lastLine : !failure.empty()) << length;
-    EXPECT_TRUE(loads || length < complete) << failure;
+    EXPECT_NE(failureOf([&] { zelsvm::readModel<double>(file.path(), 1, length % 2 == 0); }), "")
+        << length;
   }
 }
 

@@ -98,7 +98,7 @@ TEST_F(BadModel, CutAnywhere) {
   }
   for (const std::size_t missing : {1, 2, 3})
     refuseModel(model.substr(0, model.size() - missing),
-                "the last line of the model file is cut short: model");
+                "The last line of the model is cut short.");
 }
 
 TEST_F(BadModel, NumbersThatAreNotFinite) {

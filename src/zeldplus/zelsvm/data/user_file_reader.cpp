@@ -70,7 +70,7 @@ void UserFileReader<T>::countRows(std::uint64_t minimumCols, Counting counting) 
   if (colCount == 0 || rowCount == 0) return;
   // The writer ends every line, so this one may have lost the end of its last number.
   if (modelFile && !file.lastLineEnded())
-    zel::throwAppException("the last line of the model file is cut short: %s", path.c_str());
+    throw zel::AppException("The last line of the model is cut short.");
   colCount = std::max(colCount, minimumCols);
   if (modelFile) settleClassSizes(modelHeader, rowCount + skippedLines.size(), skippedLines);
 }
