@@ -1,7 +1,7 @@
 #include "zeldplus/zelsvm/engine/host/row_products.h"
 
-#include "zeldplus/zelsvm/engine/host/isa/pack.h"
 #include "zeldplus/inc/zelrule.h"
+#include "zeldplus/zelsvm/engine/host/isa/pack.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace ZEL_ISA {
