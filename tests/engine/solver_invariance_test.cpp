@@ -87,13 +87,13 @@ void compareGuesses(const SvmParameters& parameters, const Samples& samples) {
   EXPECT_GT(used[1], 0);
 }
 
-// Too many features for the second-level cache: rows are computed with guessed ones.
+// More than the last-level cache is taken to hold: rows are computed with guessed ones.
 TEST_P(SolverInvariance, GuessedRows) {
   using Core = zelsvm::SmoCoreSolver<double>;
   using Nu = zelsvm::SmoNuSolver<double>;
   const int type = GetParam();
-  const Samples samples =
-      type < 3 ? zeltest::classSamples(600, 300, {-1, 1}, 7) : zeltest::targetSamples(600, 300, 7);
+  const Samples samples = type < 3 ? zeltest::classSamples(600, 1800, {-1, 1}, 7)
+                                   : zeltest::targetSamples(600, 1800, 7);
   for (const std::uint64_t cacheSize : {0, 1}) {
     parameters = {.svmType = type, .C = 10, .nu = 0.3, .cacheSize = cacheSize};
     if (type == 0) compareGuesses<zelsvm::CoreSvmClassifier<double>, Core>(parameters, samples);

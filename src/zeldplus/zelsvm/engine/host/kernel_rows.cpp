@@ -20,8 +20,8 @@ namespace {
 constexpr unsigned mostPackedTogether = 32;
 constexpr std::uint64_t panelGroup = 8;
 constexpr std::uint64_t groupSamples = panelGroup * panelSamples;
-// Samples that stay in the second-level cache are as cheap to meet one row at a time.
-constexpr std::uint64_t cachedBytes = std::uint64_t{1} << 20;
+// Samples that stay in the last-level cache are as cheap to meet one row at a time (measured).
+constexpr std::uint64_t cachedBytes = std::uint64_t{8} << 20;
 constexpr double nanosecondsPerProduct = 0.04;
 constexpr double nanosecondsPerSparseValue = 1.0;
 // From this share of stored elements on, packed samples are the faster ones (measured).
