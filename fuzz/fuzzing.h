@@ -41,4 +41,4 @@ bool accepts(const Action& action) {
 
 }  // namespace zelfuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t*, std::size_t);

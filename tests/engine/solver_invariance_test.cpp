@@ -88,20 +88,21 @@ void compareGuesses(const SvmParameters& parameters, const Samples& samples) {
 }
 
 // More than the last-level cache is taken to hold: rows are computed with guessed ones.
-TEST_P(SolverInvariance, GuessedRows) {
-  using Core = zelsvm::SmoCoreSolver<double>;
-  using Nu = zelsvm::SmoNuSolver<double>;
-  const int type = GetParam();
-  const Samples samples = type < 3 ? zeltest::classSamples(600, 1800, {-1, 1}, 7)
-                                   : zeltest::targetSamples(600, 1800, 7);
-  for (const std::uint64_t cacheSize : {0, 1}) {
-    parameters = {.svmType = type, .C = 10, .nu = 0.3, .cacheSize = cacheSize};
-    if (type == 0) compareGuesses<zelsvm::CoreSvmClassifier<double>, Core>(parameters, samples);
-    if (type == 1) compareGuesses<zelsvm::NuSvmClassifier<double>, Nu>(parameters, samples);
-    if (type == 2) compareGuesses<zelsvm::OneClassSvm<double>, Core>(parameters, samples);
-    if (type == 3) compareGuesses<zelsvm::CoreSvmRegressor<double>, Core>(parameters, samples);
-    if (type == 4) compareGuesses<zelsvm::NuSvmRegressor<double>, Nu>(parameters, samples);
-  }
+TEST(SolverGuesses, LeaveTheBitsAlone) {
+  const SvmParameters parameters{
+      .C = 10, .nu = 0.3, .maxIterations = 400, .cacheSize = 0, .sparse = false};
+  const auto ofType = [&](int type) {
+    SvmParameters typed = parameters;
+    typed.svmType = type;
+    return typed;
+  };
+  const Samples classes = zeltest::classSamples(240, 4600, {-1, 1}, 7);
+  const Samples targets = zeltest::targetSamples(240, 4600, 7);
+  compareGuesses<zelsvm::CoreSvmClassifier<double>, zelsvm::SmoCoreSolver<double>>(ofType(0),
+                                                                                   classes);
+  compareGuesses<zelsvm::NuSvmClassifier<double>, zelsvm::SmoNuSolver<double>>(ofType(1), classes);
+  compareGuesses<zelsvm::CoreSvmRegressor<double>, zelsvm::SmoCoreSolver<double>>(ofType(3),
+                                                                                  targets);
 }
 
 TEST_P(SolverInvariance, SparseOrDense) {

@@ -6,6 +6,7 @@
 
 namespace zel::inline ZEL_PLATFORM {
 
+// NOLINTBEGIN(bugprone-macro-parentheses): template arguments take none.
 #define ZEL_SCALAR_INSTANCE(T, op) \
   template __global__ void vecScalarKernel<T, op>(T*, T, unsigned long long);
 #define ZEL_BINARY_INSTANCE(T, op) \
@@ -25,6 +26,7 @@ namespace zel::inline ZEL_PLATFORM {
   ZEL_NUMERIZE_INSTANCE(T, unsigned char)            \
   ZEL_NUMERIZE_INSTANCE(T, unsigned int)             \
   template __global__ void vecAxpbyKernel<T>(T*, T, T*, T, unsigned long long);
+// NOLINTEND(bugprone-macro-parentheses)
 
 ZEL_VECTOR_INSTANCES(double, float)
 ZEL_VECTOR_INSTANCES(float, double)

@@ -1,5 +1,7 @@
 #include "zeldplus/zelsvm/engine/host/row_products.h"
 
+#include <cstddef>
+
 #include "zeldplus/inc/zelrule.h"
 #include "zeldplus/zelsvm/engine/host/isa/pack.h"
 
@@ -8,6 +10,7 @@ namespace ZEL_ISA {
 namespace {
 
 constexpr int packs = static_cast<int>(panelSamples) / lanes;
+constexpr std::ptrdiff_t laneStep = lanes;
 // Rows that one pass over a panel serves: their sums fill the registers.
 constexpr unsigned rowsPerPass = lanes == 8 ? 8 : lanes == 4 ? 3 : 1;
 // Elements of a panel that stay in the first-level cache between passes.
@@ -19,7 +22,8 @@ ZEL_RULE void addTile(const double* panel, std::uint64_t stride, std::uint64_t l
                       const double* const* row, double* const* out, bool first) {
   Pack sums[rows][panels * packs];
   for (unsigned c = 0; c < rows; ++c)
-    for (int p = 0; p < panels * packs; ++p) sums[c][p] = first ? Pack{} : load(out[c] + p * lanes);
+    for (int p = 0; p < panels * packs; ++p)
+      sums[c][p] = first ? Pack{} : load(out[c] + p * laneStep);
   for (std::uint64_t j = 0; j < length; ++j) {
     Pack factors[rows];
     for (unsigned c = 0; c < rows; ++c) factors[c] = splat(row[c][j]);
@@ -30,7 +34,7 @@ ZEL_RULE void addTile(const double* panel, std::uint64_t stride, std::uint64_t l
     }
   }
   for (unsigned c = 0; c < rows; ++c)
-    for (int p = 0; p < panels * packs; ++p) store(out[c] + p * lanes, sums[c][p]);
+    for (int p = 0; p < panels * packs; ++p) store(out[c] + p * laneStep, sums[c][p]);
 }
 
 template <int panels, unsigned rows>

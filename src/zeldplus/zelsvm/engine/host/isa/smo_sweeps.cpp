@@ -11,7 +11,8 @@ constexpr double infinity = __builtin_inf();
 constexpr std::uint64_t blockSize = 256;
 // Packs handled together, so that running extremes do not wait for one another.
 constexpr int unroll = lanes < 8 ? 4 : 2;
-static_assert(sweepStep % (unroll * lanes) == 0 && blockSize % sweepStep == 0);
+constexpr std::uint64_t unrolled = std::uint64_t{unroll} * lanes;
+static_assert(sweepStep % unrolled == 0 && blockSize % sweepStep == 0);
 
 // A state byte per lane; the sign of a shifted mask tells one bit of it.
 struct States {
@@ -48,7 +49,7 @@ struct Extremes {
     return best;
   }
   ZEL_RULE Pack lowest(Pack m) const {
-    for (int u = 0; u < unroll; ++u) m = low[u] < m ? low[u] : m;
+    for (const Pack& l : low) m = l < m ? l : m;
     return m;
   }
 };
@@ -82,7 +83,7 @@ ZEL_RULE void selectRange(const double* v, const SmoState* states, std::uint64_t
   for (std::uint64_t from = begin; from < end; from += blockSize) {
     const std::uint64_t to = end - from < blockSize ? end : from + blockSize;
     Extremes extremes[classes];
-    for (std::uint64_t k = from; k < to; k += unroll * lanes)
+    for (std::uint64_t k = from; k < to; k += unrolled)
       for (int u = 0; u < unroll; ++u) {
         const std::uint64_t q = k + static_cast<std::uint64_t>(u * lanes);
         const Pack value = update(q);
@@ -174,7 +175,7 @@ template <bool nu, bool unitDiagonal>
 void selectLower(const double* v, const SmoState* states, const LowerQuery& query,
                  std::uint64_t begin, std::uint64_t end, SelectedLower* best) {
   GainTest test(best->gain);
-  for (std::uint64_t k = begin; k < end; k += unroll * lanes) {
+  for (std::uint64_t k = begin; k < end; k += unrolled) {
     Candidates candidates[unroll];
     Mask any{};
     for (int u = 0; u < unroll; ++u) {
@@ -189,7 +190,7 @@ void selectLower(const double* v, const SmoState* states, const LowerQuery& quer
         const double gain = -pairGain(candidates[u].b[lane], candidates[u].curvature[lane]);
         if (!(gain > test.gain)) continue;
         test.raise(gain);
-        best->position = static_cast<std::int64_t>(k) + u * lanes + lane;
+        best->position = static_cast<std::int64_t>(k) + static_cast<std::int64_t>(u * lanes + lane);
       }
   }
   best->gain = test.gain;
