@@ -139,8 +139,8 @@ TEST(InterruptedTraining, LeavesNoModel) {
   workspace.write("data", rows(side, [](int i, int j) { return withUnit(i, j, "e10"); }));
   for (const char* signal : {"KILL", "TERM", "INT"}) {
     const ToolResult result = workspace.run(
-        "/usr/bin/timeout",
-        {"-s", signal, "0.3", ZEL_TOOL_DIR "/zelsvm-train", "-t", "0", "-e", "1e-9", "data"});
+        "/usr/bin/timeout", {"-s", signal, "0.3", std::string(ZEL_TOOL_DIR) + "/zelsvm-train", "-t",
+                             "0", "-e", "1e-9", "data"});
     EXPECT_EQ(result.err, "");
     EXPECT_NE(result.status, 0);
     EXPECT_EQ(workspace.files(), std::vector<std::string>{"data"});
