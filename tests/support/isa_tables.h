@@ -17,7 +17,7 @@ struct IsaTables {
   std::string name;
   const zelsvm::SmoSweeps* smo;
   const zelsvm::TransformSweeps* transforms;
-  zelsvm::RowProducts rowProducts;
+  const zelsvm::RowProducts* rowProducts;
   double (*fma)(double, double, double);  // what the build takes for a * b + c
 };
 
@@ -27,15 +27,16 @@ inline std::vector<IsaTables> runnableTables() {
   };
   std::vector<IsaTables> tables{{"baseline", &zelsvm::baseline::smoSweepTable,
                                  &zelsvm::baseline::transformSweepTable,
-                                 zelsvm::baseline::rowProducts, plain}};
+                                 &zelsvm::baseline::rowProductTable, plain}};
 #ifdef __x86_64__
   const auto fused = [](double a, double b, double c) { return std::fma(a, b, c); };
   if (zel::processorIsa() >= zel::Isa::avx2)
     tables.push_back({"avx2", &zelsvm::avx2::smoSweepTable, &zelsvm::avx2::transformSweepTable,
-                      zelsvm::avx2::rowProducts, fused});
+                      &zelsvm::avx2::rowProductTable, fused});
   if (zel::processorIsa() >= zel::Isa::avx512)
     tables.push_back({"avx512", &zelsvm::avx512::smoSweepTable,
-                      &zelsvm::avx512::transformSweepTable, zelsvm::avx512::rowProducts, fused});
+                      &zelsvm::avx512::transformSweepTable, &zelsvm::avx512::rowProductTable,
+                      fused});
 #endif
   return tables;
 }

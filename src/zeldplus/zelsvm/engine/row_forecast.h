@@ -1,6 +1,7 @@
 // Which kernel rows a solver will probably ask for.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -14,9 +15,10 @@ class PairKernel {
   PairKernel& operator=(const PairKernel&) = delete;
   virtual ~PairKernel() = default;
 
-  // Resizes values to K of every pair of the given samples, row after row.
-  virtual void pairValues(const std::vector<std::uint64_t>& samples,
-                          std::vector<double>& values) = 0;
+  // Names the samples that pairValues speaks of.
+  virtual void choose(const std::vector<std::uint64_t>& samples) = 0;
+  // values[t] = K of the c-th and the t-th sample, for all of them.
+  virtual void pairValues(std::size_t c, double* values) = 0;
 };
 
 class RowForecast {

@@ -44,7 +44,7 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
     kernelType = newKernelType;
     norms = newNorms;
     packed = packingPays(newSamples);
-    packed ? packedSamples.assign(newSamples) : sparseColumns.assign(newSamples);
+    packed ? packedSamples.assign(newSamples, cachedBytes) : sparseColumns.assign(newSamples);
   }
 
   [[nodiscard]] unsigned mostTogether() const override {
@@ -71,35 +71,22 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
       transformProducts<SVM_KERNEL_SIGMOID>(products, others, n, norm);
   }
 
-  void pairValues(const std::vector<std::uint64_t>& chosen, std::vector<double>& values) override {
-    const std::uint64_t length = packedSamples.length();
-    const std::uint64_t count = chosen.size();
-    const std::uint64_t width = (count + panelSamples - 1) / panelSamples * panelSamples;
-    denseRows.resize(count * length);
-    pairPanels.resize(width * length);
-    pairProducts.resize(count * width);
-    pairNorms.resize(count);
-    factors.resize(count);
-    pairTargets.resize(count);
-    for (std::uint64_t c = 0; c < count; ++c) {
-      const std::uint64_t sample = chosen[c];
-      const double* const from = packedSamples.panel(sample / panelSamples) + sample % panelSamples;
-      double* const row = denseRows.data() + c * length;
-      double* const to =
-          pairPanels.data() + c / panelSamples * panelSamples * length + c % panelSamples;
-      for (std::uint64_t j = 0; j < length; ++j)
-        row[j] = to[j * panelSamples] = from[j * panelSamples];
-      factors[c] = row;
-      pairTargets[c] = pairProducts.data() + c * width;
-      pairNorms[c] = norms[sample];
+  void choose(const std::vector<std::uint64_t>& chosen) override {
+    const std::uint64_t length = samples->cols();
+    denseRows.resize(chosen.size() * length);
+    chosenNorms.resize(chosen.size());
+    for (std::size_t c = 0; c < chosen.size(); ++c) {
+      samples->copyRow(denseRows.data() + c * length, chosen[c], true);
+      chosenNorms[c] = norms[chosen[c]];
     }
-    rowProducts()(pairPanels.data(), width / panelSamples, length, factors.data(),
-                  pairTargets.data(), static_cast<unsigned>(count));
-    values.resize(count * count);
-    for (std::uint64_t c = 0; c < count; ++c) {
-      transform(pairTargets[c], pairNorms.data(), count, pairNorms[c]);
-      std::copy_n(pairTargets[c], count, values.data() + c * count);
-    }
+  }
+
+  void pairValues(std::size_t c, double* values) override {
+    const std::uint64_t length = samples->cols();
+    const double* const rows = denseRows.data();
+    for (std::size_t t = 0; t < chosenNorms.size(); ++t)
+      values[t] = transformSweeps().dot(rows + c * length, rows + t * length, length);
+    transform(values, chosenNorms.data(), chosenNorms.size(), chosenNorms[c]);
   }
 
   void computePacked(const RowTarget<double>* rows, unsigned count) {
@@ -108,6 +95,7 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
     factors.resize(count);
     for (unsigned c = 0; c < count; ++c) {
       samples->copyRow(denseRows.data() + c * length, rows[c].sample, true);
+      packedSamples.toFactors(denseRows.data() + c * length);
       factors[c] = denseRows.data() + c * length;
     }
     const double perPanel = static_cast<double>(panelSamples * count) *
@@ -120,13 +108,12 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
   void computePanels(const RowTarget<double>* rows, unsigned count, std::uint64_t begin,
                      std::uint64_t end) const {
     alignas(64) double products[mostPackedTogether * groupSamples];
-    double* targets[mostPackedTogether];
+    double* targets[mostPackedTogether] = {};
     const std::uint64_t first = begin * panelSamples;
     const std::uint64_t last = std::min(end * panelSamples, samples->rows());
     for (unsigned c = 0; c < count; ++c)
       targets[c] = count > 1 ? products + c * groupSamples : rows[c].values + first;
-    rowProducts()(packedSamples.panel(begin), end - begin, packedSamples.length(), factors.data(),
-                  targets, count);
+    packedSamples.multiply(begin, end, factors.data(), targets, count);
     for (unsigned c = 0; c < count; ++c) {
       transform(targets[c], norms + first, last - first, norms[rows[c].sample]);
       if (count > 1) std::copy_n(targets[c], last - first, rows[c].values + first);
@@ -160,10 +147,7 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
   SparseColumns sparseColumns;
   zel::DeviceVector<double> denseRows;
   std::vector<const double*> factors;
-  std::vector<double> pairPanels;
-  std::vector<double> pairProducts;
-  std::vector<double> pairNorms;
-  std::vector<double*> pairTargets;
+  std::vector<double> chosenNorms;
   zelmag::AscendingRow<double> ascending;
   std::vector<SparseEntry> entries;
 };

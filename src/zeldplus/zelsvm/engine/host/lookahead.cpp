@@ -48,18 +48,24 @@ void Lookahead::take(const LookaheadView& view, std::uint64_t variable) {
   const std::uint64_t sample = variable < view.samples ? variable : variable - view.samples;
   const std::uint64_t place = variable < view.samples ? variable : view.stride + sample;
   const bool positive = (view.states[place] & positiveBit) != 0;
-  set.push_back(
-      {variable, positive, view.v[place], view.alpha[variable], positive ? view.Cp : view.Cn});
+  set.push_back({variable, positive, view.v[place], view.alpha[variable],
+                 positive ? view.Cp : view.Cn,
+                 view.diagonal == nullptr ? 1 : view.diagonal[sample]});
   setSamples.push_back(sample);
 }
 
-double Lookahead::curvature(std::size_t a, std::size_t b) const {
-  return pairCurvature(k(a, a) + k(b, b), k(a, b));
+const double* Lookahead::row(std::size_t t) {
+  double* const target = values.data() + t * set.size();
+  if (!known[t]) kernel->pairValues(t, target);
+  known[t] = true;
+  return target;
 }
 
 void Lookahead::move(std::size_t i, std::size_t j, double stepI, double stepJ) {
+  const double* const rowI = row(i);
+  const double* const rowJ = row(j);
   for (std::size_t t = 0; t < set.size(); ++t)
-    set[t].v -= fusedMultiplyAdd(stepI, k(i, t), k(j, t) * stepJ);
+    set[t].v -= fusedMultiplyAdd(stepI, rowI[t], rowJ[t] * stepJ);
 }
 
 std::size_t Lookahead::strongest(bool nu, bool positive) const {
@@ -76,7 +82,7 @@ std::size_t Lookahead::strongest(bool nu, bool positive) const {
 }
 
 // first: the first index for positive and for other variables.
-std::size_t Lookahead::partner(const std::size_t* first, bool nu) const {
+std::size_t Lookahead::partner(const std::size_t* first, bool nu) {
   std::size_t best = none;
   double gain = -infinity;
   for (std::size_t t = 0; t < set.size(); ++t) {
@@ -84,7 +90,8 @@ std::size_t Lookahead::partner(const std::size_t* first, bool nu) const {
     const std::size_t i = first[nu && !x.positive];
     if (i == none || !inLowerSet(x.positive, x.a, x.c)) continue;
     const double b = set[i].v - x.v;
-    const double candidate = b > 0 ? -pairGain(b, curvature(i, t)) : -infinity;
+    const double candidate =
+        b > 0 ? -pairGain(b, pairCurvature(set[i].diagonal + x.diagonal, row(i)[t])) : -infinity;
     if (!(candidate > gain)) continue;
     gain = candidate;
     best = t;
@@ -101,8 +108,8 @@ bool Lookahead::step(std::vector<std::size_t>& pair, bool nu) {
   Variable& x = set[i];
   Variable& y = set[j];
   const bool sameSign = x.positive == y.positive;
-  const double delta =
-      pairStep(sameSign, violation(x.positive, x.v), violation(y.positive, y.v), curvature(i, j));
+  const double delta = pairStep(sameSign, violation(x.positive, x.v), violation(y.positive, y.v),
+                                pairCurvature(x.diagonal + y.diagonal, row(i)[j]));
   const PairValues moved = clippedPair(sameSign, {x.a, y.a}, delta, {x.c, y.c});
   const double stepI = x.positive ? moved.i - x.a : x.a - moved.i;
   const double stepJ = y.positive ? moved.j - y.a : y.a - moved.j;
@@ -115,7 +122,7 @@ bool Lookahead::step(std::vector<std::size_t>& pair, bool nu) {
 }
 
 void Lookahead::forecast(std::vector<std::uint64_t>& samples, unsigned most,
-                         const std::vector<std::uint32_t>& isKnown, PairKernel& kernel,
+                         const std::vector<std::uint32_t>& isKnown, PairKernel& pairKernel,
                          const LookaheadView& view, const PendingStep* pending) {
   samples.clear();
   set.clear();
@@ -132,7 +139,10 @@ void Lookahead::forecast(std::vector<std::uint64_t>& samples, unsigned most,
       collect(view, side, side);
     }
   }
-  kernel.pairValues(setSamples, values);
+  kernel = &pairKernel;
+  kernel->choose(setSamples);
+  known.assign(set.size(), false);
+  values.resize(set.size() * set.size());
   if (pending != nullptr) move(0, 1, pending->stepI, pending->stepJ);
   std::vector<std::size_t> chosen;
   for (unsigned round = 0; round < 2 * most && samples.size() < most && step(chosen, view.nu);

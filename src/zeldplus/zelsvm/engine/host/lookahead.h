@@ -16,6 +16,7 @@ struct LookaheadView {
   const double* v;
   const SmoState* states;
   const double* alpha;
+  const double* diagonal;  // K(x, x) by sample; null where it is 1
   double Cp;
   double Cn;
   std::uint64_t samples;
@@ -50,21 +51,24 @@ class Lookahead {
     double v;
     double a;
     double c;
+    double diagonal;
   };
 
   void collect(const LookaheadView& view, SmoState mask, SmoState wanted);
   void take(const LookaheadView& view, std::uint64_t variable);
-  [[nodiscard]] double k(std::size_t a, std::size_t b) const { return values[a * set.size() + b]; }
-  [[nodiscard]] double curvature(std::size_t a, std::size_t b) const;
+  // Kernel values of a variable with all of the set, computed when first asked for.
+  const double* row(std::size_t t);
   void move(std::size_t i, std::size_t j, double stepI, double stepJ);
   bool step(std::vector<std::size_t>& pair, bool nu);
   [[nodiscard]] std::size_t strongest(bool nu, bool positive) const;
-  [[nodiscard]] std::size_t partner(const std::size_t* first, bool nu) const;
+  std::size_t partner(const std::size_t* first, bool nu);
 
   std::vector<Candidate> list;
   std::vector<Variable> set;
   std::vector<std::uint64_t> setSamples;
+  PairKernel* kernel = nullptr;
   std::vector<double> values;
+  std::vector<bool> known;  // rows of values
 };
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

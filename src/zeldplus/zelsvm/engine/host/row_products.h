@@ -8,27 +8,31 @@ namespace zelsvm::inline ZEL_PLATFORM {
 // Samples that stand together: element j of the s-th at panel[j * panelSamples + s].
 inline constexpr std::uint64_t panelSamples = 16;
 
-// out[c][s], s < panelSamples * panels, is the dot product of rows[c] with the s-th sample of
-// consecutive panels of length elements, summed from the first element to the last.
-using RowProducts = void (*)(const double* panels, std::uint64_t panelCount, std::uint64_t length,
-                             const double* const* rows, double* const* out, unsigned count);
+// out[c][s], s < panelSamples * panelCount, is unit times the dot product of rows[c] with the s-th
+// sample of consecutive panels of length elements, summed from the first element to the last.
+template <typename Element>
+using PanelProducts = void (*)(const Element* panels, std::uint64_t panelCount,
+                               std::uint64_t length, const double* const* rows, double* const* out,
+                               unsigned count, double unit);
+
+struct RowProducts {
+  PanelProducts<double> numbers;
+  PanelProducts<std::int32_t> wholeNumbers;
+};
 
 // The products for this processor.
-RowProducts rowProducts();
+const RowProducts& rowProducts();
 
 #ifdef __x86_64__
 namespace avx512 {
-void rowProducts(const double* panels, std::uint64_t panelCount, std::uint64_t length,
-                 const double* const* rows, double* const* out, unsigned count);
+extern const RowProducts rowProductTable;
 }
 namespace avx2 {
-void rowProducts(const double* panels, std::uint64_t panelCount, std::uint64_t length,
-                 const double* const* rows, double* const* out, unsigned count);
+extern const RowProducts rowProductTable;
 }
 #endif
 namespace baseline {
-void rowProducts(const double* panels, std::uint64_t panelCount, std::uint64_t length,
-                 const double* const* rows, double* const* out, unsigned count);
+extern const RowProducts rowProductTable;
 }
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

@@ -134,10 +134,10 @@ class HostSmoSteps : public SmoSteps<double> {
 
   void likelySamples(std::vector<std::uint64_t>& samples, unsigned most,
                      const std::vector<std::uint32_t>& isKnown, PairKernel& kernel) override {
-    lookahead.forecast(
-        samples, most, isKnown, kernel,
-        {v.data(), states.data(), all.alpha, all.Cp, all.Cn, all.samples, stride, halves, nu},
-        moved ? &pending : nullptr);
+    lookahead.forecast(samples, most, isKnown, kernel,
+                       {v.data(), states.data(), all.alpha, unitDiagonal ? nullptr : all.diagonal,
+                        all.Cp, all.Cn, all.samples, stride, halves, nu},
+                       moved ? &pending : nullptr);
   }
 
  private:

@@ -18,9 +18,9 @@ const TransformSweeps& transformSweeps() {
   return chosen;
 }
 
-RowProducts rowProducts() {
-  static const RowProducts chosen =
-      zel::tableForProcessor(baseline::rowProducts, avx2::rowProducts, avx512::rowProducts);
+const RowProducts& rowProducts() {
+  static const RowProducts& chosen = zel::tableForProcessor(
+      baseline::rowProductTable, avx2::rowProductTable, avx512::rowProductTable);
   return chosen;
 }
 #else
@@ -28,7 +28,7 @@ const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
 const TransformSweeps& transformSweeps() { return baseline::transformSweepTable; }
 
-RowProducts rowProducts() { return baseline::rowProducts; }
+const RowProducts& rowProducts() { return baseline::rowProductTable; }
 #endif
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

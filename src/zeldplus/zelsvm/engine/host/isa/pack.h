@@ -32,6 +32,14 @@ __attribute__((always_inline)) inline Pack load(const double* p) {
   return v;
 }
 
+// Whole numbers as lanes.
+__attribute__((always_inline)) inline Pack load(const std::int32_t* p) {
+  using Whole = std::int32_t __attribute__((vector_size(4 * lanes)));
+  Whole v;
+  __builtin_memcpy(&v, p, sizeof v);
+  return __builtin_convertvector(v, Pack);
+}
+
 __attribute__((always_inline)) inline void store(double* p, Pack v) {
   __builtin_memcpy(p, &v, sizeof v);
 }

@@ -16,15 +16,35 @@ constexpr unsigned rowsPerPass = lanes == 8 ? 8 : lanes == 4 ? 3 : 1;
 // Elements of a panel that stay in the first-level cache between passes.
 constexpr std::uint64_t depth = 128;
 
-// Adds elements 0 … length - 1 of `panels` panels, stride apart, to the sums in out.
-template <int panels, unsigned rows>
-ZEL_RULE void addTile(const double* panel, std::uint64_t stride, std::uint64_t length,
-                      const double* const* row, double* const* out, bool first) {
+// How far ahead of its use a panel is fetched from memory.
+constexpr std::uint64_t fetchedAhead = 2048;
+
+template <typename Element>
+ZEL_RULE void fetch(const Element* elements) {
+  constexpr std::uint64_t line = 64;
+  const char* const ahead = reinterpret_cast<const char*>(elements) + fetchedAhead;
+  for (std::uint64_t at = 0; at < panelSamples * sizeof(Element); at += line)
+    __builtin_prefetch(ahead + at);
+}
+
+// A stretch of the elements of every sample.
+struct Stretch {
+  std::uint64_t begin;
+  std::uint64_t end;
+  bool first;
+  bool last;
+};
+
+// Adds a stretch of `panels` panels, stride apart, to the sums in out; the last one ends them.
+template <int panels, unsigned rows, typename Element>
+ZEL_RULE void addTile(const Element* panel, std::uint64_t stride, const Stretch& stretch,
+                      const double* const* row, double* const* out, double unit) {
   Pack sums[rows][panels * packs];
   for (unsigned c = 0; c < rows; ++c)
     for (int p = 0; p < panels * packs; ++p)
-      sums[c][p] = first ? Pack{} : load(out[c] + p * laneStep);
-  for (std::uint64_t j = 0; j < length; ++j) {
+      sums[c][p] = stretch.first ? Pack{} : load(out[c] + p * laneStep);
+  for (std::uint64_t j = stretch.begin; j < stretch.end; ++j) {
+    for (std::uint64_t p = 0; p < panels; ++p) fetch(panel + p * stride + j * panelSamples);
     Pack factors[rows];
     for (unsigned c = 0; c < rows; ++c) factors[c] = splat(row[c][j]);
     for (int p = 0; p < panels * packs; ++p) {
@@ -33,58 +53,60 @@ ZEL_RULE void addTile(const double* panel, std::uint64_t stride, std::uint64_t l
       for (unsigned c = 0; c < rows; ++c) sums[c][p] = multiplyAdd(factors[c], x, sums[c][p]);
     }
   }
+  const Pack scale = splat(stretch.last ? unit : 1.0);
   for (unsigned c = 0; c < rows; ++c)
-    for (int p = 0; p < panels * packs; ++p) store(out[c] + p * laneStep, sums[c][p]);
+    for (int p = 0; p < panels * packs; ++p) store(out[c] + p * laneStep, sums[c][p] * scale);
 }
 
-template <int panels, unsigned rows>
-void addTileFrom(const double* panel, std::uint64_t stride, std::uint64_t begin, std::uint64_t end,
-                 const double* const* row, double* const* out, std::uint64_t sample) {
-  const double* from[rows];
+template <int panels, unsigned rows, typename Element>
+void addTileFrom(const Element* panel, std::uint64_t stride, const Stretch& stretch,
+                 const double* const* row, double* const* out, std::uint64_t sample, double unit) {
   double* to[rows];
-  for (unsigned c = 0; c < rows; ++c) {
-    from[c] = row[c] + begin;
-    to[c] = out[c] + sample;
-  }
-  addTile<panels, rows>(panel + begin * panelSamples, stride, end - begin, from, to, begin == 0);
+  for (unsigned c = 0; c < rows; ++c) to[c] = out[c] + sample;
+  addTile<panels, rows>(panel, stride, stretch, row, to, unit);
 }
 
-template <int panels>
-void multiplyPanels(const double* panel, std::uint64_t length, const double* const* rows,
-                    double* const* out, unsigned count, std::uint64_t sample) {
+template <int panels, typename Element>
+void multiplyPanels(const Element* panel, std::uint64_t length, const double* const* rows,
+                    double* const* out, unsigned count, std::uint64_t sample, double unit) {
   constexpr unsigned most = panels == 1 ? rowsPerPass : 1;
   const std::uint64_t stride = length * panelSamples;
   std::uint64_t begin = 0;
   do {
-    const std::uint64_t end = length - begin < depth ? length : begin + depth;
+    const bool last = length - begin <= depth;
+    const Stretch stretch{begin, last ? length : begin + depth, begin == 0, last};
     unsigned c = 0;
     for (; c + most <= count; c += most)
-      addTileFrom<panels, most>(panel, stride, begin, end, rows + c, out + c, sample);
+      addTileFrom<panels, most>(panel, stride, stretch, rows + c, out + c, sample, unit);
     if constexpr (most > 4)
       for (; c + 4 <= count; c += 4)
-        addTileFrom<panels, 4>(panel, stride, begin, end, rows + c, out + c, sample);
+        addTileFrom<panels, 4>(panel, stride, stretch, rows + c, out + c, sample, unit);
     if constexpr (most > 2)
       for (; c + 2 <= count; c += 2)
-        addTileFrom<panels, 2>(panel, stride, begin, end, rows + c, out + c, sample);
+        addTileFrom<panels, 2>(panel, stride, stretch, rows + c, out + c, sample, unit);
     for (; c < count; ++c)
-      addTileFrom<panels, 1>(panel, stride, begin, end, rows + c, out + c, sample);
-    begin = end;
+      addTileFrom<panels, 1>(panel, stride, stretch, rows + c, out + c, sample, unit);
+    begin = stretch.end;
   } while (begin < length);
 }
 
-}  // namespace
-
-void rowProducts(const double* panels, std::uint64_t panelCount, std::uint64_t length,
-                 const double* const* rows, double* const* out, unsigned count) {
+template <typename Element>
+void multiply(const Element* panels, std::uint64_t panelCount, std::uint64_t length,
+              const double* const* rows, double* const* out, unsigned count, double unit) {
   const std::uint64_t stride = length * panelSamples;
   std::uint64_t p = 0;
   // One row alone has too few sums to keep the multipliers busy, so it takes two panels at once.
   if (count == 1)
     for (; p + 2 <= panelCount; p += 2)
-      multiplyPanels<2>(panels + p * stride, length, rows, out, count, p * panelSamples);
+      multiplyPanels<2>(panels + p * stride, length, rows, out, count, p * panelSamples, unit);
   for (; p < panelCount; ++p)
-    multiplyPanels<1>(panels + p * stride, length, rows, out, count, p * panelSamples);
+    multiplyPanels<1>(panels + p * stride, length, rows, out, count, p * panelSamples, unit);
 }
+
+}  // namespace
+
+extern const RowProducts rowProductTable;
+const RowProducts rowProductTable{multiply<double>, multiply<std::int32_t>};
 
 }  // namespace ZEL_ISA
 }  // namespace zelsvm::inline ZEL_PLATFORM
