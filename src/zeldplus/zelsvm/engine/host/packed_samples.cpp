@@ -32,10 +32,10 @@ void PackedSamples::assign(const zelmag::AbstractMatrix<double>& matrix,
                            std::uint64_t cachedBytes) {
   cols = matrix.cols();
   panelCount = (matrix.rows() + panelSamples - 1) / panelSamples;
-  scale.reset();
-  if (elementCount() * sizeof(double) > cachedBytes)
-    scale = DecimalScale::find(matrix.values(), matrix.valueCount());
-  if (scale && packWhole(matrix)) return;
+  if (elementCount() * sizeof(double) > cachedBytes) {
+    const auto found = DecimalScale::find(matrix.values(), matrix.valueCount());
+    if (found && packWhole(matrix, *found)) return;
+  }
   scale.reset();
   unit = 1;
   remainders.clear();
@@ -48,8 +48,10 @@ void PackedSamples::assign(const zelmag::AbstractMatrix<double>& matrix,
 }
 
 // False where repeated columns add up to more than 32 bits hold.
-bool PackedSamples::packWhole(const zelmag::AbstractMatrix<double>& matrix) {
-  unit = 1 / (scale->power() * scale->power());
+bool PackedSamples::packWhole(const zelmag::AbstractMatrix<double>& matrix,
+                              const DecimalScale& newScale) {
+  scale = newScale;
+  unit = 1 / (newScale.power() * newScale.power());
   remainders.clear();
   elements.resize(0);
   wholeNumbers.resize(elementCount());
@@ -57,9 +59,9 @@ bool PackedSamples::packWhole(const zelmag::AbstractMatrix<double>& matrix) {
   bool fits = true;
   forEachValue(matrix, [&](std::uint64_t i, std::uint64_t j, double value) {
     std::int32_t& sum = wholeNumbers.data()[startOf(i, cols) + j * panelSamples];
-    const double whole = scale->nearest(value);
+    const double whole = newScale.nearest(value);
     fits &= !__builtin_add_overflow(sum, static_cast<std::int32_t>(whole), &sum);
-    if (!scale->isWhole(value)) remainders.push_back({i, j, value * scale->power() - whole});
+    if (!newScale.isWhole(value)) remainders.push_back({i, j, value * newScale.power() - whole});
   });
   return fits;
 }

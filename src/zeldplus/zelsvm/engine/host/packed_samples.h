@@ -44,7 +44,8 @@ class PackedSamples {
   };
 
   [[nodiscard]] std::uint64_t elementCount() const { return panelCount * panelSamples * cols; }
-  [[nodiscard]] bool packWhole(const zelmag::AbstractMatrix<double>& matrix);
+  [[nodiscard]] bool packWhole(const zelmag::AbstractMatrix<double>& matrix,
+                               const DecimalScale& newScale);
   void addRemainders(std::uint64_t begin, std::uint64_t end, const double* const* factors,
                      double* const* out, unsigned count) const;
 
