@@ -27,11 +27,10 @@ void ZelSvmMain<T>::train() {
   }
   createContext();
   loadData(options->inputFile);
-  model = std::make_unique<zelsvm::GenericModel<T>>();
-  fillScale(model->scale);
+  createModel();
   zelsvm::ScaledData<T> scaled(*dataSet, model->scale);
   if (options->foldCount >= 2) {
-    crossValidate(scaled, model->scale.varianceFactor());
+    crossValidate(scaled);
     return reportCrossValidation();
   }
   zelsvm::GenericProcessor<T> processor(*context);
@@ -39,7 +38,7 @@ void ZelSvmMain<T>::train() {
   const std::string modelFile =
       options->modelFile.empty() ? defaultModelName(options->inputFile) : options->modelFile;
   zelsvm::writeModel(modelFile, options->indexBase, *context, *model);
-  if (zel::verbose) zel::printMessage("Total nSV = %lu\n", model->vectors().rows());
+  if (zel::isVerbose()) zel::printMessage("Total nSV = %lu\n", model->vectors().rows());
 }
 
 template <typename T>

@@ -15,6 +15,8 @@ namespace {
 constexpr std::uint64_t batchLimit = 1000;
 // Smaller problems are not worth shrinking.
 constexpr std::uint64_t shrinkingThreshold = 4096;
+// Iterations between two looks at the clock.
+constexpr std::uint64_t reportStride = 64;
 constexpr const char* overflowText = "Failed to optimize the svm.";
 
 // Publishes the handle of a texture over the vector, made anew where there is none.
@@ -129,7 +131,7 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
     progress.iterations += runBatch(progress, hostStatus);
     if (!progress.converged && watch.isDue(progress.iterations))
       progress.stuck = hasStalled(watch, progress.iterations, hostAlpha, p);
-    if (zel::verbose) zel::printMessage(".");
+    if (zel::isVerbose()) zel::printMessage(".");
     if (!progress.converged && progress.shrinking) shrink(progress, hostStatus);
     if (progress.iterations >= params->maxIterations) break;
   }
@@ -161,6 +163,8 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
       restored = true;
     }
     if (!std::isfinite(progress.gap)) throw zel::AppException(overflowText);
+    if (k % reportStride == 0 && zel::wantsProgress())
+      report(progress.iterations + k, progress.gap);
     ++k;
     if (progress.gap <= params->eps) {
       progress.converged = true;
@@ -173,6 +177,17 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
     steps->updateGradient(pair);
   }
   return k;
+}
+
+template <typename T>
+void SmoBaseSolver<T>::report(std::uint64_t iterations, T gap) {
+  gradientHost.resize(variableCount);  // its own contents are read back when they are needed
+  gradientHost.copyFrom(alpha, 0, 0, variableCount);
+  const T* const multipliers = gradientHost.data();
+  const auto positive = std::count_if(multipliers, multipliers + variableCount,
+                                      [](T multiplier) { return multiplier > 0; });
+  zel::showProgress(
+      {iterations, gap, params->eps, kernel.hitRate(), static_cast<std::uint64_t>(positive)});
 }
 
 template <typename T>
@@ -207,7 +222,7 @@ void SmoBaseSolver<T>::readBack(HostVector<T>& hostAlpha) {
 template <typename T>
 void SmoBaseSolver<T>::shrink(Progress& progress, HostVector<char2>& hostStatus) {
   if (!progress.unshrunk && progress.gap <= 10 * params->eps) {
-    if (zel::verbose) zel::printMessage("*");
+    if (zel::isVerbose()) zel::printMessage("*");
     progress.active = resetActiveSet();
     progress.unshrunk = true;
   }
