@@ -132,6 +132,11 @@ class NotingHandler : public zelsvm::AbstractBuildHandler<double> {
     EXPECT_FALSE(model.hasVectors());
     samples.push_back(data.sampleCount());
   }
+  [[nodiscard]] std::unique_ptr<AbstractBuildHandler<double>> sibling(
+      const SvmContext<double>& /*context*/) const override {
+    return std::make_unique<NotingHandler>();
+  }
+  [[nodiscard]] std::uint64_t randomNumbers(std::uint64_t /*samples*/) const override { return 0; }
   std::vector<std::uint64_t> samples;
 };
 

@@ -38,8 +38,9 @@ TEST(MruCache, SlotsFollowTheBudget) {
     std::uint64_t megabytes;
     std::uint64_t pitch;
     std::uint64_t slots;
+    unsigned sharers = 1;
   };
-  for (const auto& [samples, megabytes, pitch, slots] : {
+  for (const auto& [samples, megabytes, pitch, slots, sharers] : {
            Row{1000, 100, 1024, 1000},       // everything fits
            Row{512, 2, 512, 512},            // just so
            Row{513, 4, 1024, 512},           // 4 MB hold 512 rows of 8 kB
@@ -50,9 +51,10 @@ TEST(MruCache, SlotsFollowTheBudget) {
            Row{10, 0, 512, 16},              // even where there are fewer samples
            Row{1000, 4096, 1024, 16},        // 32 bits: a budget of 0
            Row{1000, 4097, 1024, 128},       // and of 1 MB
+           Row{1000, 3, 1024, 192, 2},       // of 1.5 MB
        }) {
     MRUCache<double> cache;
-    cache.initialize(samples, megabytes);
+    cache.initialize(samples, megabytes, sharers);
     EXPECT_EQ(cache.slotPitch(), pitch) << samples << " samples, " << megabytes << " MB";
     EXPECT_EQ(cache.slotCount(), slots) << samples << " samples, " << megabytes << " MB";
     EXPECT_GE(cache.storage().size(), slots * pitch);

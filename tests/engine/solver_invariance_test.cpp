@@ -1,6 +1,5 @@
 // What must not change a solution: cache, layout, threads, shrinking, earlier solves.
 #include <gtest/gtest.h>
-#include <omp.h>
 
 #include <algorithm>
 #include <cmath>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "support/solved_problem.h"
+#include "support/thread_limit.h"
 #include "zeldplus/inc/zelerrors.h"
 
 namespace {
@@ -126,19 +126,6 @@ TEST_P(SolverInvariance, Shrinking) {
 
 INSTANTIATE_TEST_SUITE_P(Formulations, SolverInvariance, testing::Range(0, 5));
 
-class ThreadLimit {
- public:
-  explicit ThreadLimit(int threads) : before(omp_get_max_threads()) {
-    omp_set_num_threads(threads);
-  }
-  ~ThreadLimit() { omp_set_num_threads(before); }
-  ThreadLimit(const ThreadLimit&) = delete;
-  ThreadLimit& operator=(const ThreadLimit&) = delete;
-
- private:
-  int before;
-};
-
 // The largest violation of optimality of the variables with this sign (0: all), the gradient taken
 // from the linear kernel's weight vector.
 double largestViolation(const SolvedProblem& problem, const Samples& samples, int sign) {
@@ -178,7 +165,7 @@ TEST(SolverThreads, GiveTheSameBits) {
         samples.labels[i] = samples.row(i)[0] + 0.1 * samples.row(i)[1] > 0.3 ? 1 : -1;
     SolvedProblem problems[2];
     for (const int threads : {1, 2}) {
-      const ThreadLimit limit(threads);
+      const zeltest::ThreadLimit limit(threads);
       problems[threads - 1] = train(samples, parameters).only();
     }
     EXPECT_GT(problems[0].solution.nSV, 100);

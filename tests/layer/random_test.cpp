@@ -22,6 +22,13 @@ TEST(Random, SeedsDecideTheSequence) {
   EXPECT_EQ(draw(7, 1000), draw(7, 1000));
   EXPECT_NE(draw(7, 10), draw(8, 10));
   EXPECT_EQ(draw(0, 1), std::vector{38});
+  const std::vector<int> all = draw(7, 1000);
+  for (const int count : {0, 1, 2, 5, 999}) {
+    EXPECT_EQ(draw(zel::seedBehind(7, static_cast<std::uint64_t>(count)), 1),
+              std::vector{all[static_cast<std::size_t>(count)]});
+    draw(7, count);
+    EXPECT_EQ(draw(zel::randomSeedHere(), 1), std::vector{all[static_cast<std::size_t>(count)]});
+  }
 }
 
 TEST(Random, SpreadsOverFifteenBits) {

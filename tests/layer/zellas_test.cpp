@@ -66,17 +66,16 @@ TEST(LinearAlgebraErrors, HandlesMustExist) {
 }
 
 TEST(WorkBuffer, OnlyGrows) {
-  SparseContext<double> context;
-  EXPECT_EQ(context.preparedWorkBuffer(0), nullptr);
-  void* const first = context.preparedWorkBuffer(100);
+  zellas::WorkBuffer buffer;
+  EXPECT_EQ(buffer.prepared(0), nullptr);
+  void* const first = buffer.prepared(100);
   ASSERT_NE(first, nullptr);
-  EXPECT_EQ(context.preparedWorkBuffer(512), first) << "capacities are rounded up";
-  EXPECT_EQ(context.preparedWorkBuffer(0), first);
+  EXPECT_EQ(buffer.prepared(512), first) << "capacities are rounded up";
+  EXPECT_EQ(buffer.prepared(0), first);
   DeviceVector<unsigned char> source(100000);
-  DeviceVector<unsigned char> target(
-      100000, static_cast<unsigned char*>(context.preparedWorkBuffer(100000)));
+  DeviceVector<unsigned char> target(100000, static_cast<unsigned char*>(buffer.prepared(100000)));
   target.copyFrom(source, 0, 0, 100000);
-  EXPECT_EQ(context.preparedWorkBuffer(1), target.data());
+  EXPECT_EQ(buffer.prepared(1), target.data());
 }
 
 // 1 2 0

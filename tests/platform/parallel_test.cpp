@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <thread>
 #include <vector>
 
 #include "platform/device_array.h"
@@ -52,6 +53,27 @@ TEST_F(Threads, NestedLoopsRunOnTheThreadThatMeetsThem) {
   });
   EXPECT_EQ(inner, 32);
   EXPECT_EQ(strangers, 0);
+}
+
+TEST_F(Threads, OfACrewRunTheirLoopsAlone) {
+  omp_set_num_threads(2);
+  for (const int members : {1, 2, 3}) {
+    std::vector<std::atomic<int>> called(3);
+    std::atomic<int> strangers = 0;
+    const auto caller = std::this_thread::get_id();
+    zel::runCrew(members, [&](int member) {
+      ++called[static_cast<std::size_t>(member)];
+      const auto self = std::this_thread::get_id();
+      if ((self == caller) != (member == 0)) ++strangers;
+      zel::forEachChunk(8, 1, longWork, [&](std::uint64_t, std::uint64_t) {
+        if (std::this_thread::get_id() != self) ++strangers;
+      });
+    });
+    for (int member = 0; member < 3; ++member)
+      EXPECT_EQ(called[static_cast<std::size_t>(member)],
+                member < std::min(members, zel::threadCount()) ? 1 : 0);
+    EXPECT_EQ(strangers, 0);
+  }
 }
 
 TEST_F(Threads, ShortWorkAndASingleThreadStayWithTheCaller) {

@@ -117,6 +117,50 @@ TEST(Training, CacheThreadsAndLocaleDoNotMatter) {
   EXPECT_EQ(workspace.read("out1"), workspace.read("out2"));
 }
 
+// Ten classes: 45 label pairs, enough of them to be trained side by side.
+zeltest::Samples manyClasses() {
+  return zeltest::classSamples(1200, 10, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 1);
+}
+
+TEST(Training, LabelPairsSayAndSolveTheSameOnAnyNumberOfThreads) {
+  const Workspace workspace;
+  workspace.write("data", zeltest::fileText(manyClasses()));
+  for (const char* options :
+       {"-g 0.5", "-b 1 -R 3", "-s 1 -n 0.3 -q", "-s 1 -n 0.3 -m 2", "-v 2 -b 1 -R 3", "-m 0"}) {
+    const auto outcome = [&](const char* threads) {
+      const std::string text =
+          succeed(workspace, words(std::string("zelsvm-train -c 10 ") + options + " data model"),
+                  {.environment = {{"OMP_NUM_THREADS", threads}}});
+      const bool validates = std::string(options).starts_with("-v");
+      return std::pair(text.substr(text.find('\n')), validates ? "" : workspace.read("model"));
+    };
+    const auto expected = outcome("1");
+    EXPECT_EQ(outcome("2"), expected) << options;
+    EXPECT_EQ(outcome("3"), expected) << options;
+  }
+}
+
+// Label 5 is too rare for this nu: its pair with label 0 fails while others are being trained.
+TEST(Training, AFailingLabelPairEndsTheRunAsIfThereWereNoOthers) {
+  zeltest::Samples samples = manyClasses();
+  for (std::uint64_t i = 105; i < samples.rows(); i += 10) samples.labels[i] = 4;
+  const Workspace workspace;
+  workspace.write("data", zeltest::fileText(samples));
+  const auto outcome = [&](const char* threads) {
+    const zeltest::ToolResult result = workspace.run(
+        "zelsvm-train", words("-s 1 -n 0.6 data"), {.environment = {{"OMP_NUM_THREADS", threads}}});
+    EXPECT_EQ(result.status, 1);
+    return result.out.substr(result.out.find(" GPU\n"));
+  };
+  const std::string expected = outcome("1");
+  EXPECT_TRUE(matches(expected,
+                      " GPU\n\n(\\.+\nFinished [^=]+ = [^=]+ = [^=]+ = [^=]+ = [^=]+ = [0-9]+\n){4}"
+                      "\\.Error: there is no feasible solution for the nu value[.]\n"))
+      << expected;
+  EXPECT_EQ(outcome("2"), expected);
+  EXPECT_EQ(outcome("3"), expected);
+}
+
 TEST(Training, DenseAndSparseAgree) {
   const Workspace workspace;
   workspace.write("data", zeltest::fileText(zeltest::targetSamples(60, 5, 1)));

@@ -48,11 +48,15 @@ Allocations& Allocations::instance() {
 }
 
 void* Allocations::allocate(std::size_t bytes, MemorySpace space) noexcept {
-  if (AllocationFault::strikes()) return nullptr;
+  {
+    const std::scoped_lock locked(lock);
+    if (AllocationFault::strikes()) return nullptr;
+  }
   if (bytes > unquestionedBytes && bytes > obtainableBytes()) return nullptr;
   void* const memory = alignedMemory(bytes);
   if (memory == nullptr) return nullptr;
   const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+  const std::scoped_lock locked(lock);
   const auto place = std::upper_bound(
       ranges.begin(), ranges.end(), begin,
       [](std::uintptr_t address, const Range& range) { return address < range.begin; });
@@ -67,12 +71,15 @@ void* Allocations::allocate(std::size_t bytes, MemorySpace space) noexcept {
 }
 
 bool Allocations::release(void* memory, MemorySpace space) noexcept {
-  const Range* const range = find(memory);
-  if (range == nullptr || range->begin != reinterpret_cast<std::uintptr_t>(memory) ||
-      range->space != space)
-    return false;
-  liveBytes -= range->end - range->begin;
-  ranges.erase(ranges.begin() + (range - ranges.data()));
+  {
+    const std::scoped_lock locked(lock);
+    const Range* const range = find(memory);
+    if (range == nullptr || range->begin != reinterpret_cast<std::uintptr_t>(memory) ||
+        range->space != space)
+      return false;
+    liveBytes -= range->end - range->begin;
+    ranges.erase(ranges.begin() + (range - ranges.data()));
+  }
   std::free(memory);
   return true;
 }
@@ -87,19 +94,23 @@ const Allocations::Range* Allocations::find(const void* memory) const {
 }
 
 bool Allocations::isDeviceAddress(const void* memory) const {
+  const std::scoped_lock locked(lock);
   const Range* const range = find(memory);
   return range != nullptr && range->space == MemorySpace::device;
 }
 
 bool Allocations::isDeviceRange(const void* memory, std::size_t bytes) const {
   if (bytes == 0) return true;
+  const std::scoped_lock locked(lock);
   const Range* const range = find(memory);
   return range != nullptr && range->space == MemorySpace::device &&
          bytes <= range->end - reinterpret_cast<std::uintptr_t>(memory);
 }
 
 std::uint64_t Allocations::obtainableBytes() const {
-  return availableHostMemory(liveBytes - std::min(liveBytes, residentBytes()));
+  const std::uint64_t resident = residentBytes();
+  const std::scoped_lock locked(lock);
+  return availableHostMemory(liveBytes - std::min(liveBytes, resident));
 }
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <vector>
 
 namespace zel::inline ZEL_PLATFORM {
@@ -10,7 +11,7 @@ namespace zel::inline ZEL_PLATFORM {
 enum class MemorySpace { device, pinned };
 
 // Owns every live allocation. Ranges are looked up by binary search, cheap enough for every call
-// that names device memory. For the one host thread.
+// that names device memory. Any thread may call.
 class Allocations {
  public:
   static Allocations& instance();
@@ -35,8 +36,10 @@ class Allocations {
     std::uintptr_t end;
     MemorySpace space;
   };
+  // The caller holds the lock.
   [[nodiscard]] const Range* find(const void* memory) const;
 
+  mutable std::mutex lock;    // of what follows
   std::vector<Range> ranges;  // ascending
   std::uint64_t liveBytes = 0;
 };

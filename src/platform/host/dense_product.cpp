@@ -113,9 +113,13 @@ bool prepareBlas() {
   // The BLAS ends the process when it cannot have its buffer for a thread.
   constexpr std::uint64_t bufferBytes = std::uint64_t{64} << 20;
   if (availableHostMemory() < bufferBytes * static_cast<std::uint64_t>(threadCount())) return false;
-  const SingleThread single;  // the setting of an OpenBLAS may be the runtime's own
-  openblas_set_num_threads(1);
-  return true;
+  // The setting is the whole process's.
+  static const bool single = [] {
+    const SingleThread guard;  // the setting of an OpenBLAS may be the runtime's own
+    openblas_set_num_threads(1);
+    return true;
+  }();
+  return single;
 }
 
 }  // namespace zel::inline ZEL_PLATFORM

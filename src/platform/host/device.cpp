@@ -11,9 +11,6 @@
 #include "platform/system/available_memory.h"
 #include "platform/system/small_file.h"
 
-dim3 gridDim;
-dim3 blockDim;
-
 namespace zel::inline ZEL_PLATFORM {
 namespace {
 

@@ -8,7 +8,7 @@ namespace zel::inline ZEL_PLATFORM {
 enum class FaultExtent { once, fromThenOn };
 
 // While this lives, the nth allocation of device or pinned memory after its making fails (1 is the
-// next one), alone or with all that follow. One at a time.
+// next one), alone or with all that follow. One at a time, made while no other thread allocates.
 class AllocationFault {
  public:
   explicit AllocationFault(std::uint64_t nth, FaultExtent extent = FaultExtent::once);
@@ -16,7 +16,7 @@ class AllocationFault {
   AllocationFault(const AllocationFault&) = delete;
   AllocationFault& operator=(const AllocationFault&) = delete;
 
-  // Counts one allocation; true if it is to fail.
+  // Counts one allocation; true if it is to fail. For one thread at a time.
   static bool strikes();
 };
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -13,7 +14,7 @@ namespace zel::inline ZEL_PLATFORM {
 
 // Owns the objects and knows which handles are alive, so that null, foreign and destroyed handles
 // are refused. Few live at once; the search is linear. Plain descriptors come and go with every
-// product, so theirs are kept for the next one.
+// product, so theirs are kept for the next one. Any thread may call.
 template <typename T>
 class LiveObjects {
  public:
@@ -25,6 +26,7 @@ class LiveObjects {
 
   // Takes the object over; null when memory is out.
   T* add(T&& object) noexcept try {
+    const std::scoped_lock locked(lock);
     if (spare.empty()) {
       owned.push_back(std::make_unique<T>(std::move(object)));
     } else {
@@ -37,10 +39,14 @@ class LiveObjects {
     return nullptr;
   }
 
-  [[nodiscard]] bool has(const T* handle) const { return find(handle) != owned.end(); }
+  [[nodiscard]] bool has(const T* handle) const {
+    const std::scoped_lock locked(lock);
+    return find(handle) != owned.end();
+  }
 
   // False for a handle that is not alive.
   bool remove(const T* handle) {
+    const std::scoped_lock locked(lock);
     const auto place = find(handle);
     if (place == owned.end()) return false;
     if constexpr (std::is_trivially_destructible_v<T>)
@@ -55,6 +61,7 @@ class LiveObjects {
                         [handle](const auto& object) { return object.get() == handle; });
   }
 
+  mutable std::mutex lock;  // of what follows
   std::vector<std::unique_ptr<T>> owned;
   std::vector<std::unique_ptr<T>> spare;
 };

@@ -50,11 +50,6 @@ struct Loop {
   }
 };
 
-bool worthThreads(const Loop& loop, double nanoseconds, int threads) {
-  return threads > 1 && loop.chunks() > 1 &&
-         nanoseconds >= leastTeamNanoseconds + nanosecondsPerTeamMember * threads;
-}
-
 // The team always has all threads: a team of another size would end threads and start new ones.
 // The estimate serves where the others have left nothing for the first thread to measure.
 void runTeam(Loop& loop, int threads, double estimate, JoinGovernor& governor, std::int64_t start) {
@@ -80,17 +75,29 @@ int threadCount() {
   return std::max(1, std::min(omp_get_max_threads(), processors));
 }
 
+bool isWorthThreads(double nanoseconds) {
+  const int threads = threadCount();
+  return threads > 1 && nanoseconds >= leastTeamNanoseconds + nanosecondsPerTeamMember * threads &&
+         !omp_in_parallel();
+}
+
 void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, ChunkFunction function,
                const void* body) {
-  static JoinGovernor governor;
+  static thread_local JoinGovernor governor;
   Loop loop{count, std::max<std::uint64_t>(grain, 1), function, body};
-  const int threads = threadCount();
-  if (worthThreads(loop, nanoseconds, threads) && !omp_in_parallel()) {
-    const std::int64_t now = clockNow();
-    if (governor.allows(now)) return runTeam(loop, threads, nanoseconds, governor, now);
-  }
   const std::uint64_t chunks = loop.chunks();
+  if (chunks > 1 && isWorthThreads(nanoseconds)) {
+    const std::int64_t now = clockNow();
+    if (governor.allows(now)) return runTeam(loop, threadCount(), nanoseconds, governor, now);
+  }
   for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) loop.run(chunk);
+}
+
+void runCrew(int members, void (*function)(const void* body, int member), const void* body) {
+#pragma omp parallel num_threads(threadCount())
+  {
+    if (omp_get_thread_num() < members) function(body, omp_get_thread_num());
+  }
 }
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -31,4 +31,20 @@ void forEachChunk(std::uint64_t count, std::uint64_t grain, double nanosecondsPe
 // Threads that loops may use: OMP_NUM_THREADS and the processors this process may run on decide.
 int threadCount();
 
+// Whether a loop of this estimated time on one thread, called from here, would get threads if it
+// has more than one chunk.
+bool isWorthThreads(double nanoseconds);
+
+void runCrew(int members, void (*function)(const void* body, int member), const void* body);
+
+// Calls body(0 … members - 1), each on a thread of its own at the same time, body(0) on the calling
+// one; returns when all are done. Where fewer threads are to be had only the first members are
+// called. Loops within run on one thread. The body must not throw.
+template <typename Body>
+void runCrew(int members, const Body& body) {
+  runCrew(
+      members, [](const void* erased, int member) { (*static_cast<const Body*>(erased))(member); },
+      &body);
+}
+
 }  // namespace zel::inline ZEL_PLATFORM

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <mutex>
 #include <vector>
 
 #include "platform/host/allocations.h"
@@ -19,6 +20,7 @@ struct Texture {
 
 // A handle is the slot's number with its generation above, so that a dead handle is recognised
 // after its slot has been taken again. Handles are never 0.
+std::mutex lock;  // of the slots
 std::vector<Texture>& textures() {
   static auto* const slots = new std::vector<Texture>;
   return *slots;
@@ -47,6 +49,7 @@ cudaError_t create(cudaTextureObject_t* handle, const cudaResourceDesc* resource
   if (linear.sizeInBytes == 0 || !isValid(linear.desc) ||
       !Allocations::instance().isDeviceRange(linear.devPtr, linear.sizeInBytes))
     return cudaErrorInvalidValue;
+  const std::scoped_lock locked(lock);
   auto& slots = textures();
   auto slot = std::find_if(slots.begin(), slots.end(),
                            [](const Texture& texture) { return texture.generation % 2 == 0; });
@@ -58,6 +61,7 @@ cudaError_t create(cudaTextureObject_t* handle, const cudaResourceDesc* resource
 }
 
 cudaError_t destroy(cudaTextureObject_t handle) {
+  const std::scoped_lock locked(lock);
   Texture* const texture = find(handle);
   if (texture == nullptr) return cudaErrorInvalidValue;
   ++texture->generation;
@@ -67,6 +71,7 @@ cudaError_t destroy(cudaTextureObject_t handle) {
 }  // namespace
 
 const void* textureMemory(cudaTextureObject_t handle) {
+  const std::scoped_lock locked(lock);
   const Texture* const texture = find(handle);
   if (texture == nullptr) return nullptr;
   const bool alive = Allocations::instance().isDeviceRange(texture->memory, texture->bytes);

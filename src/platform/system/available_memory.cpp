@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 
 #include "platform/system/control_group.h"
 #include "platform/system/small_file.h"
@@ -36,8 +37,10 @@ std::uint64_t readPhysicalMemory() {
 // hundreds of those, so an answer serves for 20 ms.
 std::uint64_t physicalMemory() {
   using Clock = std::chrono::steady_clock;
+  static std::mutex lock;
   static Clock::time_point readAt{};
   static std::uint64_t free = 0;
+  const std::scoped_lock locked(lock);
   const Clock::time_point now = Clock::now();
   if (readAt == Clock::time_point{} || now - readAt > std::chrono::milliseconds(20)) {
     free = readPhysicalMemory();

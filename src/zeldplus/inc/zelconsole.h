@@ -67,4 +67,7 @@ void showProgress(const SolveProgress& progress);
 // Formats into 8192 characters (longer text is cut) and writes them to the calling thread's sink.
 void printMessage(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+// Writes text of any length to the calling thread's sink as it is.
+void writeMessage(std::string_view text);
+
 }  // namespace zel::inline ZEL_PLATFORM

@@ -53,17 +53,19 @@ class SparseContext : public LasContext {
   ~SparseContext() override;
   void create();
   [[nodiscard]] cusparseHandle_t handle() const { return library; }
-  // At least so many bytes of device work space, shared by all products of the context; it only
-  // grows. Null for 0 bytes when there is none yet.
-  void* preparedWorkBuffer(std::size_t bytes);
-
-  // Copies of one sparse row on its way into a dense vector.
-  zel::DeviceVector<T> scratchValues;
-  zel::DeviceVector<int> scratchIndices;
 
  private:
   cusparseHandle_t library = nullptr;
-  zel::DeviceVector<unsigned char> workBuffer;
+};
+
+// Device work space of products.
+class WorkBuffer {
+ public:
+  // At least so many bytes; it only grows. Null for 0 bytes when there is none yet.
+  void* prepared(std::size_t bytes);
+
+ private:
+  zel::DeviceVector<unsigned char> memory;
 };
 
 // Device view of a row-major matrix of rows samples: in column-major terms A is cols x rows, one
@@ -93,6 +95,7 @@ class DenseMatrix {
 };
 
 // Device view of a CSR matrix with 32-bit zero-based indices. Context and vectors must outlive it.
+// Several threads may use one context, but not one matrix.
 template <typename T>
 class SparseMatrix {
  public:
@@ -120,6 +123,10 @@ class SparseMatrix {
   zel::DeviceVector<int>* columnIndices;
   std::uint64_t rows;
   std::uint64_t cols;
+  WorkBuffer workBuffer;
+  // Copies of one sparse row on its way into a dense vector.
+  zel::DeviceVector<T> scratchValues;
+  zel::DeviceVector<int> scratchIndices;
 };
 
 }  // namespace zellas::inline ZEL_PLATFORM

@@ -35,6 +35,10 @@ void printMessage(const char* format, ...) {
   va_start(arguments, format);
   std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
+  writeMessage(text);
+}
+
+void writeMessage(std::string_view text) {
   if (threadSink != nullptr) return threadSink->write(text);
   ConsoleSink(true).write(text);
 }

@@ -77,13 +77,11 @@ void SparseContext<T>::create() {
   zelSafeSparseCall(cusparseCreate(&library));
 }
 
-template <typename T>
-void* SparseContext<T>::preparedWorkBuffer(std::size_t bytes) {
-  // A product still running may be using the old buffer.
-  if (workBuffer.size() != 0 && workBuffer.capacity() < bytes)
-    zel::zelSafeCall(cudaDeviceSynchronize());
-  if (bytes != 0) workBuffer.resize(bytes);
-  return workBuffer.data();
+void* WorkBuffer::prepared(std::size_t bytes) {
+  // A product still running may be using the old memory.
+  if (memory.size() != 0 && memory.capacity() < bytes) zel::zelSafeCall(cudaDeviceSynchronize());
+  if (bytes != 0) memory.resize(bytes);
+  return memory.data();
 }
 
 template <typename T>
@@ -144,7 +142,7 @@ void SparseMatrix<T>::mv(T alpha, T* x, T beta, T* y) {
   zelSafeSparseCall(cusparseSpMV_bufferSize(context->handle(), CUSPARSE_OPERATION_NON_TRANSPOSE,
                                             &alpha, descriptor, input.get(), &beta, output.get(),
                                             CUDA_R_64F, CUSPARSE_SPMV_ALG_DEFAULT, &bytes));
-  void* const buffer = context->preparedWorkBuffer(bytes);
+  void* const buffer = workBuffer.prepared(bytes);
   zelSafeSparseCall(cusparseSpMV(context->handle(), CUSPARSE_OPERATION_NON_TRANSPOSE, &alpha,
                                  descriptor, input.get(), &beta, output.get(), CUDA_R_64F,
                                  CUSPARSE_SPMV_ALG_DEFAULT, buffer));
@@ -164,7 +162,7 @@ void SparseMatrix<T>::mm(cusparseOperation_t transA, cusparseOperation_t transB,
   zelSafeSparseCall(cusparseSpMM_bufferSize(context->handle(), transA, transB, &alpha, descriptor,
                                             input.get(), &beta, output.get(), CUDA_R_64F,
                                             CUSPARSE_SPMM_ALG_DEFAULT, &bytes));
-  void* const buffer = context->preparedWorkBuffer(bytes);
+  void* const buffer = workBuffer.prepared(bytes);
   zelSafeSparseCall(cusparseSpMM(context->handle(), transA, transB, &alpha, descriptor, input.get(),
                                  &beta, output.get(), CUDA_R_64F, CUSPARSE_SPMM_ALG_DEFAULT,
                                  buffer));
@@ -172,11 +170,11 @@ void SparseMatrix<T>::mm(cusparseOperation_t transA, cusparseOperation_t transB,
 
 template <typename T>
 void SparseMatrix<T>::scatterRow(T* x, std::uint64_t first, std::uint64_t count) {
-  context->scratchValues.resize(count);
-  context->scratchIndices.resize(count);
-  context->scratchValues.copyFrom(*values, 0, first, count);
-  context->scratchIndices.copyFrom(*columnIndices, 0, first, count);
-  const SpVec row(cols, count, context->scratchIndices.data(), context->scratchValues.data());
+  scratchValues.resize(count);
+  scratchIndices.resize(count);
+  scratchValues.copyFrom(*values, 0, first, count);
+  scratchIndices.copyFrom(*columnIndices, 0, first, count);
+  const SpVec row(cols, count, scratchIndices.data(), scratchValues.data());
   const DnVec output(cols, x);
   zelSafeSparseCall(cusparseScatter(context->handle(), row.get(), output.get()));
   zel::zelSafeCall(cudaDeviceSynchronize());

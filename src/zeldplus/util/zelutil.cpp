@@ -94,9 +94,8 @@ std::uint64_t freeDeviceMemory() {
 }
 
 int multiProcessorCount() {
-  static int count = 0;
-  if (count == 0)
-    count = currentDeviceProperties(std::source_location::current()).multiProcessorCount;
+  static const int count =
+      currentDeviceProperties(std::source_location::current()).multiProcessorCount;
   return count;
 }
 

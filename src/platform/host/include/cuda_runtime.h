@@ -3,12 +3,13 @@
 // One device, index 0. "Device" memory is ordinary memory that cudaMalloc has handed out and that
 // is kept on a list: copies and textures that name anything else are refused with
 // cudaErrorInvalidValue, as a real device would. Every call finishes before it returns.
+// Threads may call at the same time; each has device symbols and a last error of its own.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#define __constant__
+#define __constant__ constinit thread_local
 #define __device__
 #define __global__
 #define __host__
@@ -77,10 +78,6 @@ struct cudaTextureDesc {
 };
 struct cudaResourceViewDesc;
 
-// Shape of the launch in progress, as kernels see it.
-extern dim3 gridDim;
-extern dim3 blockDim;
-
 const char* cudaGetErrorString(cudaError_t error);
 cudaError_t cudaGetLastError();
 cudaError_t cudaDeviceSynchronize();
@@ -124,7 +121,7 @@ cudaError_t copyToSymbol(void* symbol, std::size_t symbolBytes, const void* from
 
 }  // namespace zel::inline ZEL_PLATFORM
 
-// Device symbols are plain variables here.
+// Device symbols are the calling thread's variables here.
 template <typename T>
 cudaError_t cudaMemcpyToSymbol(const T& symbol, const void* from, std::size_t bytes,
                                std::size_t offset = 0,

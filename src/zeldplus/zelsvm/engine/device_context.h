@@ -1,5 +1,5 @@
 // Device symbols that every kernel of the engine reads. They are written between launches only and
-// serve one solve or one prediction at a time.
+// serve one solve or one prediction at a time; on the host each thread has its own.
 #pragma once
 
 #include <cuda_runtime.h>
@@ -21,9 +21,9 @@ extern __constant__ cudaTextureObject_t zelsvm_tx_sigx[2];  // sigmoid fit: deci
 
 // Last-block counters: of the first and the second selection, and of the sigmoid fit's objective
 // and derivatives.
-extern __device__ unsigned zelsvm_cnv_sem;
-extern __device__ unsigned zelsvm_wss_sem;
-extern __device__ unsigned zelsvm_reduction_sem;
-extern __device__ unsigned zelsvm_sigmoid_sem;
+extern ZEL_DEVICE_VARIABLE unsigned zelsvm_cnv_sem;
+extern ZEL_DEVICE_VARIABLE unsigned zelsvm_wss_sem;
+extern ZEL_DEVICE_VARIABLE unsigned zelsvm_reduction_sem;
+extern ZEL_DEVICE_VARIABLE unsigned zelsvm_sigmoid_sem;
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

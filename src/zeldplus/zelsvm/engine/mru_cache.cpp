@@ -16,11 +16,11 @@ constexpr std::uint64_t guessShare = 4;
 }  // namespace
 
 template <typename T>
-std::uint64_t MRUCache<T>::slotsWithin(std::uint64_t cacheSize) const {
-  // Compared as 32-bit numbers: a budget of 4096 MB wraps to 0.
+std::uint64_t MRUCache<T>::slotsWithin(std::uint64_t cacheSize, unsigned sharers) const {
+  // Compared as 32-bit numbers.
   const std::uint64_t available = (zel::freeDeviceMemory() + buffer.capacity()) >> 1;
   const std::uint64_t budget =
-      std::min(static_cast<std::uint32_t>(cacheSize << 20), static_cast<std::uint32_t>(available));
+      std::min(cacheBudget(cacheSize), static_cast<std::uint32_t>(available)) / sharers;
   const std::uint64_t slotBytes = pitch * sizeof(T);
   if (sampleCount * slotBytes <= budget) return sampleCount;
   const std::uint64_t slots = budget / slotBytes / slotStep * slotStep;
@@ -28,10 +28,11 @@ std::uint64_t MRUCache<T>::slotsWithin(std::uint64_t cacheSize) const {
 }
 
 template <typename T>
-void MRUCache<T>::initialize(std::uint64_t newSampleCount, std::uint64_t cacheSize) {
+void MRUCache<T>::initialize(std::uint64_t newSampleCount, std::uint64_t cacheSize,
+                             unsigned sharers) {
   sampleCount = newSampleCount;
   pitch = zel::roundedCapacity(sampleCount);
-  const std::uint64_t slots = slotsWithin(cacheSize);
+  const std::uint64_t slots = slotsWithin(cacheSize, sharers);
   buffer.resize(slots * pitch);
   entries.resize(slots);
   slotOfRow.assign(sampleCount, 0);

@@ -15,6 +15,11 @@ struct MRUEntry {
   std::uint64_t row;
 };
 
+// Bytes that a cache size in MB stands for. It is a 32-bit number: 4096 MB wrap to 0.
+constexpr std::uint32_t cacheBudget(std::uint64_t megabytes) {
+  return static_cast<std::uint32_t>(megabytes << 20);
+}
+
 // Slots of pitch elements, at least 16 and at most one per sample; slots 0 … used - 1 are filled,
 // with distinct rows and stamps. It manages memory only and never computes kernel values.
 template <typename T>
@@ -23,8 +28,9 @@ class MRUCache {
   virtual ~MRUCache() = default;
 
   // Makes room for rows of sampleCount elements within cacheSize MB and half of the free device
-  // memory, and empties the cache. Throws RuntimeException when memory runs out.
-  void initialize(std::uint64_t sampleCount, std::uint64_t cacheSize);
+  // memory, of which this is one of `sharers` caches, and empties the cache. Throws
+  // RuntimeException when memory runs out.
+  void initialize(std::uint64_t sampleCount, std::uint64_t cacheSize, unsigned sharers = 1);
   // The row's slot, renewed as the most recently used, or null. Throws RuntimeException for a row
   // number out of range.
   T* query(std::uint64_t row);
@@ -47,7 +53,7 @@ class MRUCache {
   [[nodiscard]] std::uint64_t usedGuesses() const { return guessesUsed; }
 
  private:
-  [[nodiscard]] std::uint64_t slotsWithin(std::uint64_t cacheSize) const;
+  [[nodiscard]] std::uint64_t slotsWithin(std::uint64_t cacheSize, unsigned sharers) const;
   [[nodiscard]] std::uint64_t oldest(std::uint64_t leastStamp) const;
   [[nodiscard]] static bool isGuess(const MRUEntry& entry);
   T* fill(std::uint64_t slot, std::uint64_t row, std::uint64_t stamp);

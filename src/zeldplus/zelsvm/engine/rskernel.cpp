@@ -30,12 +30,13 @@ SmoKernel<T>::SmoKernel()
 
 template <typename T>
 void SmoKernel<T>::initialize(zelmag::AbstractMatrix<T>& newData, SVM_KERNEL newKernelType,
-                              std::uint64_t newVariableCount, std::uint64_t cacheSize) {
+                              std::uint64_t newVariableCount, std::uint64_t cacheSize,
+                              unsigned cacheSharers) {
   data = &newData;
   kernelType = newKernelType;
   variableCount = newVariableCount;
   sampleCount = data->rows();
-  cache.initialize(sampleCount, cacheSize);
+  cache.initialize(sampleCount, cacheSize, cacheSharers);
 
   if (norms.resize(sampleCount)) normTexture.reset();
   if (!normTexture) normTexture = std::make_unique<zel::LinearTexture<T>>(norms);

@@ -27,7 +27,7 @@ class SmoKernel {
   // Makes the cache empty and large enough, and the kernel's diagonal (for the radial kernel the
   // squared norms) known to the device kernels. The matrix must outlive the solve.
   void initialize(zelmag::AbstractMatrix<T>& data, SVM_KERNEL kernelType,
-                  std::uint64_t variableCount, std::uint64_t cacheSize);
+                  std::uint64_t variableCount, std::uint64_t cacheSize, unsigned cacheSharers = 1);
   // Where a row has to be computed, rows that the forecast names may be computed with it. It must
   // outlive the kernel; null for none.
   void setForecast(RowForecast* newForecast) { forecast = newForecast; }

@@ -82,7 +82,7 @@ void SmoBaseSolver<T>::initialize(SvmData<T>& data, const HostVector<T>& hostAlp
   if (gradient.resize(l)) gradientTexture.reset();
   gradient.copyFrom(p, 0, 0, l);
   bindTexture(gradientTexture, gradient, zelsvm_tx_f);
-  kernel.initialize(data.matrix(), params->kernelType, l, params->cacheSize);
+  kernel.initialize(data.matrix(), params->kernelType, l, params->cacheSize, params->cacheSharers);
   steps->begin({data.sampleCount(), variableCount, this->Cp, this->Cn, gradient.data(),
                 alpha.data(), status.data(), activeSet.data(), delta.data(), kernel.diagonal()});
 }

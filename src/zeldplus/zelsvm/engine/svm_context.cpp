@@ -59,7 +59,7 @@ const char* nameOf(SVM_TYPE type) {
 const char* nameOf(SVM_KERNEL type) { return type < kernelNames.size() ? kernelNames[type] : ""; }
 
 template <typename T>
-SvmContext<T>::SvmContext(const SvmParameters& parameters, ParameterChecks checks)
+SvmSettings<T>::SvmSettings(const SvmParameters& parameters)
     : svmType(static_cast<SVM_TYPE>(numberOrUnsupported(algorithmNames, parameters.svmType))),
       kernelType(static_cast<SVM_KERNEL>(numberOrUnsupported(kernelNames, parameters.kernelType))),
       algorithmName(nameOf(svmType)),
@@ -77,9 +77,20 @@ SvmContext<T>::SvmContext(const SvmParameters& parameters, ParameterChecks check
                                                   : parameters.maxIterations),
       cacheSize(parameters.cacheSize),
       sparse(parameters.sparse),
-      shrinking(parameters.shrinking) {
+      shrinking(parameters.shrinking) {}
+
+template <typename T>
+SvmContext<T>::SvmContext(const SvmParameters& parameters, ParameterChecks checks)
+    : SvmSettings<T>(parameters), cacheSharers(1) {
   zel::checkDoublePrecision();
   check(checks);
+  blasContext.create();
+  sparseContext.create();
+}
+
+template <typename T>
+SvmContext<T>::SvmContext(const SvmSettings<T>& settings, unsigned cacheSharers)
+    : SvmSettings<T>(settings), cacheSharers(cacheSharers) {
   blasContext.create();
   sparseContext.create();
 }
@@ -87,13 +98,15 @@ SvmContext<T>::SvmContext(const SvmParameters& parameters, ParameterChecks check
 // Each test is a comparison that NaN fails, so NaN passes.
 template <typename T>
 void SvmContext<T>::check(ParameterChecks checks) const {
-  if (svmType == SVM_TYPE_UNSUPPORTED) throw zel::AppException("Unsupported SVM type");
-  if (kernelType == SVM_KERNEL_UNSUPPORTED) throw zel::AppException("Unsupported kernel type");
-  if (gamma < 0 || degree < 0) throw zel::AppException("Invalid gamma or degree parameters");
+  if (this->svmType == SVM_TYPE_UNSUPPORTED) throw zel::AppException("Unsupported SVM type");
+  if (this->kernelType == SVM_KERNEL_UNSUPPORTED)
+    throw zel::AppException("Unsupported kernel type");
+  if (this->gamma < 0 || this->degree < 0)
+    throw zel::AppException("Invalid gamma or degree parameters");
   if (checks == ParameterChecks::model) return;
-  if (p < 0) throw zel::AppException("Invalid epsilon parameter");
-  if (C <= 0 || eps <= 0) throw zel::AppException("Invalid C or eps parameters");
-  if (nu <= 0 || nu > 1) throw zel::AppException("Invalid nu parameter");
+  if (this->p < 0) throw zel::AppException("Invalid epsilon parameter");
+  if (this->C <= 0 || this->eps <= 0) throw zel::AppException("Invalid C or eps parameters");
+  if (this->nu <= 0 || this->nu > 1) throw zel::AppException("Invalid nu parameter");
 }
 
 template <typename T>
@@ -103,11 +116,12 @@ zellas::LasContext& SvmContext<T>::las(bool forSparse) {
 }
 
 template <typename T>
-T SvmContext<T>::effectiveGamma(std::uint64_t dimension) const {
+T SvmSettings<T>::effectiveGamma(std::uint64_t dimension) const {
   const T g = gamma == 0 ? 1 / static_cast<T>(dimension) : gamma;
   return kernelType == SVM_KERNEL_RADIAL ? -g : g;
 }
 
+template struct SvmSettings<double>;
 template class SvmContext<double>;
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

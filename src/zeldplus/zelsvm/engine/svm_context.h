@@ -53,19 +53,10 @@ struct SvmParameters {
 // Which parameters are checked: those read back from a model lack the training ones.
 enum class ParameterChecks { training, model };
 
+// The parameters in the form that the engine reads.
 template <typename T>
-class SvmContext {
- public:
-  // Checks the device's double precision and the parameters, then makes the linear algebra
-  // contexts. Throws AppException for bad parameters and RuntimeException when a library fails.
-  SvmContext(const SvmParameters& parameters, ParameterChecks checks);
-  virtual ~SvmContext() = default;
-  SvmContext(const SvmContext&) = delete;
-  SvmContext& operator=(const SvmContext&) = delete;
-
-  // The context that data are read under: sparse or dense.
-  [[nodiscard]] zellas::LasContext& las() { return las(sparse); }
-  [[nodiscard]] zellas::LasContext& las(bool forSparse);
+struct SvmSettings {
+  explicit SvmSettings(const SvmParameters& parameters);
 
   // gamma, or one over the number of features where it is 0; negated for the radial kernel.
   [[nodiscard]] T effectiveGamma(std::uint64_t dimension) const;
@@ -87,6 +78,26 @@ class SvmContext {
   const std::uint64_t cacheSize;
   const bool sparse;
   const bool shrinking;
+};
+
+template <typename T>
+class SvmContext : public SvmSettings<T> {
+ public:
+  // Checks the device's double precision and the parameters, then makes the linear algebra
+  // contexts. Throws AppException for bad parameters and RuntimeException when a library fails.
+  SvmContext(const SvmParameters& parameters, ParameterChecks checks);
+  // One of so many contexts with the same settings whose solvers work at the same time: each has
+  // its share of the cache. Throws RuntimeException when a library fails.
+  SvmContext(const SvmSettings<T>& settings, unsigned cacheSharers);
+  virtual ~SvmContext() = default;
+  SvmContext(const SvmContext&) = delete;
+  SvmContext& operator=(const SvmContext&) = delete;
+
+  // The context that data are read under: sparse or dense.
+  [[nodiscard]] zellas::LasContext& las() { return las(this->sparse); }
+  [[nodiscard]] zellas::LasContext& las(bool forSparse);
+
+  const unsigned cacheSharers;
 
  private:
   void check(ParameterChecks checks) const;

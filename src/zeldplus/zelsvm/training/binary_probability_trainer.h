@@ -1,6 +1,8 @@
 // The sigmoid of a pair of labels.
 #pragma once
 
+#include <memory>
+
 #include "zeldplus/zelsvm/model/binary_decision_resolver.h"
 #include "zeldplus/zelsvm/training/probability_trainer.h"
 #include "zeldplus/zelsvm/training/sigmoid_fit.h"
@@ -15,6 +17,10 @@ class BinaryProbabilityTrainer : public AbstractProbabilityTrainer<T> {
   // The context must outlive it.
   explicit BinaryProbabilityTrainer(const SvmContext<T>& context) : context(&context) {}
   void build(GenericModel<T>& model, SvmData<T>& data) override;
+  [[nodiscard]] std::unique_ptr<AbstractBuildHandler<T>> sibling(
+      const SvmContext<T>& otherContext) const override {
+    return std::make_unique<BinaryProbabilityTrainer>(otherContext);
+  }
 
  private:
   const SvmContext<T>* context;

@@ -8,6 +8,7 @@
 #include "zeldplus/zelsvm/training/label_classifier.h"
 #include "zeldplus/zelsvm/training/model_extraction.h"
 #include "zeldplus/zelsvm/training/multiclass_definition.h"
+#include "zeldplus/zelsvm/training/pair_training.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 
@@ -22,7 +23,7 @@ void AbstractClassifier<T>::train(GenericModel<T>& model, SvmData<T>& data) {
     return trainTwoClass(model, data);
   }
   MulticlassDefinition<T> pairs(data, std::move(classifier));
-  pairs.trainPairs([&](SvmData<T>& view) { trainTwoClass(model, view); });
+  PairTraining<T>(*this->context, *this, this->handlers, pairs, model).run();
   pairs.combine(model);
 }
 

@@ -14,13 +14,17 @@ template <typename T>
 MulticlassDefinition<T>::MulticlassDefinition(SvmData<T>& data, SvmLabelClassifier<T>&& classifier)
     : data(&data), classifier(std::move(classifier)) {
   requireMemory();
+  const auto k = static_cast<std::uint32_t>(this->classifier.labels().size());
+  for (std::uint32_t a = 0; a < k; ++a)
+    for (std::uint32_t b = a + 1; b < k; ++b) places.emplace_back(a, b);
+  views.resize(places.size());
 }
 
 template <typename T>
 void MulticlassDefinition<T>::requireMemory() const {
   const std::uint64_t k = classifier.labels().size();
   const std::uint64_t available = zel::availableHostMemory();
-  std::uint64_t bytes = pairCount(k) * sizeof(PairView<T>) +
+  std::uint64_t bytes = zelsvm::pairCount(k) * sizeof(PairView<T>) +
                         (k - 1) * data->matrix().rows() * sizeof(T);  // the coefficients
   // So many pairs that adding them up would take long do not fit before the first is added.
   for (std::uint64_t a = 0; a < k && bytes <= available; ++a)
@@ -28,20 +32,22 @@ void MulticlassDefinition<T>::requireMemory() const {
       bytes += zel::roundedCapacity(classifier.count(a) + classifier.count(b)) * sizeof(T);
   if (bytes > available)
     zel::throwAppException("The solutions of %lu label pairs do not fit into memory.",
-                           pairCount(k));
+                           zelsvm::pairCount(k));
 }
 
 template <typename T>
-void MulticlassDefinition<T>::trainPairs(const std::function<void(SvmData<T>&)>& train) {
-  const std::uint64_t k = classifier.labels().size();
-  for (std::uint64_t a = 0; a < k; ++a)
-    for (std::uint64_t b = a + 1; b < k; ++b) {
-      auto first = classifier.samplesOf(a);
-      auto second = classifier.samplesOf(b);
-      const LabelPair pair{classifier.labels()[a], classifier.labels()[b]};
-      views.push_back(std::make_unique<PairView<T>>(*data, pair, first, second));
-      train(*views.back());
-    }
+std::uint64_t MulticlassDefinition<T>::sampleCount(std::uint64_t pair) const {
+  return classifier.count(places[pair].first) + classifier.count(places[pair].second);
+}
+
+template <typename T>
+SvmData<T>& MulticlassDefinition<T>::makeView(std::uint64_t pair) {
+  const auto [a, b] = places[pair];
+  auto first = classifier.samplesOf(a);
+  auto second = classifier.samplesOf(b);
+  const LabelPair labels{classifier.labels()[a], classifier.labels()[b]};
+  views[pair] = std::make_unique<PairView<T>>(*data, labels, first, second);
+  return *views[pair];
 }
 
 template <typename T>

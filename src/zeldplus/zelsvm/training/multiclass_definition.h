@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "zeldplus/zelsvm/data/svm_data.h"
@@ -22,9 +22,15 @@ class MulticlassDefinition {
   MulticlassDefinition(SvmData<T>& data, SvmLabelClassifier<T>&& classifier);
   virtual ~MulticlassDefinition() = default;
 
-  // Creates each pair's view in pair order and hands it to train, which leaves its solution there.
-  void trainPairs(const std::function<void(SvmData<T>&)>& train);
-  // Fills the model from the solutions. Throws AppException without any support vector.
+  [[nodiscard]] std::uint64_t pairCount() const { return views.size(); }
+  // How many samples a pair has.
+  [[nodiscard]] std::uint64_t sampleCount(std::uint64_t pair) const;
+  [[nodiscard]] const zelmag::AbstractMatrix<T>& matrix() const { return data->matrix(); }
+  // Makes a pair's view, anew if need be: where its training is to leave the solution. Threads may
+  // call at the same time, each for another pair.
+  SvmData<T>& makeView(std::uint64_t pair);
+  // Fills the model from the solutions of all pairs. Throws AppException without any support
+  // vector.
   void combine(GenericModel<T>& model);
 
  private:
@@ -36,6 +42,7 @@ class MulticlassDefinition {
 
   SvmData<T>* data;
   SvmLabelClassifier<T> classifier;
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> places;  // of the pairs' labels
   std::vector<std::unique_ptr<PairView<T>>> views;
 };
 

@@ -1,6 +1,8 @@
 // The Laplace distribution of a regression's residuals.
 #pragma once
 
+#include <memory>
+
 #include "zeldplus/zelsvm/training/probability_trainer.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -17,6 +19,10 @@ class NumericProbabilityTrainer : public AbstractProbabilityTrainer<T> {
   // The context must outlive it.
   explicit NumericProbabilityTrainer(const SvmContext<T>& context) : context(&context) {}
   void build(GenericModel<T>& model, SvmData<T>& data) override;
+  [[nodiscard]] std::unique_ptr<AbstractBuildHandler<T>> sibling(
+      const SvmContext<T>& otherContext) const override {
+    return std::make_unique<NumericProbabilityTrainer>(otherContext);
+  }
 
  private:
   const SvmContext<T>* context;

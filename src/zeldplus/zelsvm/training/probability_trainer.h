@@ -8,7 +8,13 @@
 namespace zelsvm::inline ZEL_PLATFORM {
 
 template <typename T>
-class AbstractProbabilityTrainer : public AbstractBuildHandler<T> {};
+class AbstractProbabilityTrainer : public AbstractBuildHandler<T> {
+ public:
+  // One per sample, for its place in the folds.
+  [[nodiscard]] std::uint64_t randomNumbers(std::uint64_t samples) const override {
+    return samples;
+  }
+};
 
 // Decision values of all samples, each by a machine trained without it: five-fold cross-validation
 // without build handlers. resolver, if any, turns a fold's decision values into its predictions.

@@ -53,8 +53,6 @@ class AbstractTrainer {
 
   const SvmContext<T>* context;
   AbstractSvmSolver<T>* solver;
-
- private:
   std::vector<AbstractBuildHandler<T>*> handlers;
 };
 

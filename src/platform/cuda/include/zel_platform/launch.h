@@ -7,6 +7,9 @@
 #include <cstddef>
 #include <type_traits>
 
+// Storage of a variable that kernels write.
+#define ZEL_DEVICE_VARIABLE __device__
+
 namespace zel_platform {
 
 template <typename... Parameters>

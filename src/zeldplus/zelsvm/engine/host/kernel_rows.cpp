@@ -4,11 +4,11 @@
 #include <vector>
 
 #include "platform/host/parallel.h"
-#include "platform/system/available_memory.h"
 #include "zeldplus/inc/zelvectors.h"
 #include "zeldplus/zelsvm/data/scaled_sparse_rows.h"
 #include "zeldplus/zelsvm/engine/host/kernel_transform.h"
 #include "zeldplus/zelsvm/engine/host/packed_samples.h"
+#include "zeldplus/zelsvm/engine/host/row_costs.h"
 #include "zeldplus/zelsvm/engine/host/row_products.h"
 #include "zeldplus/zelsvm/engine/host/sparse_columns.h"
 
@@ -22,19 +22,6 @@ constexpr std::uint64_t panelGroup = 8;
 constexpr std::uint64_t groupSamples = panelGroup * panelSamples;
 // Samples that stay in the last-level cache are as cheap to meet one row at a time (measured).
 constexpr std::uint64_t cachedBytes = std::uint64_t{8} << 20;
-constexpr double nanosecondsPerProduct = 0.04;
-constexpr double nanosecondsPerSparseValue = 1.0;
-// From this share of stored elements on, packed samples are the faster ones (measured).
-constexpr double packedShare = 0.2;
-// Packing may take this part of what memory is left.
-constexpr std::uint64_t memoryPart = 4;
-
-bool packingPays(const zelmag::AbstractMatrix<double>& matrix) {
-  if (matrix.rowOffsets() == nullptr) return true;
-  const double elements = static_cast<double>(matrix.rows()) * static_cast<double>(matrix.cols());
-  return static_cast<double>(matrix.valueCount()) >= packedShare * elements &&
-         elements * sizeof(double) <= static_cast<double>(zel::availableHostMemory() / memoryPart);
-}
 
 class HostKernelRows : public KernelRows<double>, private PairKernel {
  public:
@@ -43,6 +30,7 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
     samples = &newSamples;
     kernelType = newKernelType;
     norms = newNorms;
+    constants = publishedConstants();
     packed = packingPays(newSamples);
     packed ? packedSamples.assign(newSamples, cachedBytes) : sparseColumns.assign(newSamples);
   }
@@ -58,17 +46,13 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
   }
 
  private:
-  [[nodiscard]] double transformCost() const {
-    return kernelType == SVM_KERNEL_LINEAR ? 0 : transformNanoseconds<SVM_KERNEL_RADIAL>;
-  }
-
   void transform(double* products, const double* others, std::uint64_t n, double norm) const {
     if (kernelType == SVM_KERNEL_POLYNOMIAL)
-      transformProducts<SVM_KERNEL_POLYNOMIAL>(products, others, n, norm);
+      transformProducts<SVM_KERNEL_POLYNOMIAL>(constants, products, others, n, norm);
     if (kernelType == SVM_KERNEL_RADIAL)
-      transformProducts<SVM_KERNEL_RADIAL>(products, others, n, norm);
+      transformProducts<SVM_KERNEL_RADIAL>(constants, products, others, n, norm);
     if (kernelType == SVM_KERNEL_SIGMOID)
-      transformProducts<SVM_KERNEL_SIGMOID>(products, others, n, norm);
+      transformProducts<SVM_KERNEL_SIGMOID>(constants, products, others, n, norm);
   }
 
   void choose(const std::vector<std::uint64_t>& chosen) override {
@@ -98,8 +82,8 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
       packedSamples.toFactors(denseRows.data() + c * length);
       factors[c] = denseRows.data() + c * length;
     }
-    const double perPanel = static_cast<double>(panelSamples * count) *
-                            (nanosecondsPerProduct * static_cast<double>(length) + transformCost());
+    const double perPanel =
+        static_cast<double>(panelSamples * count) * packedNanoseconds(length, kernelType);
     zel::forEachChunk(
         packedSamples.panels(), panelGroup, perPanel,
         [&](std::uint64_t begin, std::uint64_t end) { computePanels(rows, count, begin, end); });
@@ -131,17 +115,18 @@ class HostKernelRows : public KernelRows<double>, private PairKernel {
       entries[k] = {static_cast<std::uint64_t>(ascending.columns[k]), ascending.values[k]};
     const double total = nanosecondsPerSparseValue * sparseColumns.work(entries);
     const std::uint64_t n = samples->rows();
-    zel::forEachChunk(n, sparseColumns.stretch(), total / static_cast<double>(n) + transformCost(),
-                      [&](std::uint64_t begin, std::uint64_t end) {
-                        sparseColumns.multiply(entries, begin, row.values + begin);
-                        transform(row.values + begin, norms + begin, end - begin,
-                                  norms[row.sample]);
-                      });
+    zel::forEachChunk(
+        n, sparseColumns.stretch(), total / static_cast<double>(n) + transformCost(kernelType),
+        [&](std::uint64_t begin, std::uint64_t end) {
+          sparseColumns.multiply(entries, begin, row.values + begin);
+          transform(row.values + begin, norms + begin, end - begin, norms[row.sample]);
+        });
   }
 
   const zelmag::AbstractMatrix<double>* samples = nullptr;
   SVM_KERNEL kernelType = SVM_KERNEL_UNSUPPORTED;
   const double* norms = nullptr;
+  KernelConstants constants{};
   bool packed = true;
   PackedSamples packedSamples;
   SparseColumns sparseColumns;

@@ -1,4 +1,4 @@
-// Dot products of one sample with many, turned into kernel values as the device context says.
+// Dot products of one sample with many, turned into kernel values.
 #pragma once
 
 #include <cstdint>
@@ -14,15 +14,28 @@ namespace zelsvm::inline ZEL_PLATFORM {
 template <SVM_KERNEL K>
 inline constexpr double transformNanoseconds = K == SVM_KERNEL_LINEAR ? 0.1 : 1.5;
 
+struct KernelConstants {
+  double gamma;  // negated for the radial kernel
+  double coef0;
+  unsigned degree;
+};
+
+// What the device context says. It is the calling thread's: loops that others may share must be
+// given the constants.
+inline KernelConstants publishedConstants() {
+  return {zelsvm_gamma, zelsvm_coef0, effectiveDegree(zelsvm_degree)};
+}
+
 // products[r], r < n, becomes K of the sample with squared norm `norm` and the r-th of those with
 // squared norms `norms`; the norms are read for the radial kernel only.
 template <SVM_KERNEL K>
-void transformProducts(double* products, const double* norms, std::uint64_t n, double norm) {
+void transformProducts(const KernelConstants& constants, double* products, const double* norms,
+                       std::uint64_t n, double norm) {
   const TransformSweeps& sweeps = transformSweeps();
-  if constexpr (K == SVM_KERNEL_POLYNOMIAL)
-    sweeps.polynomial(products, n, zelsvm_gamma, zelsvm_coef0, effectiveDegree(zelsvm_degree));
-  if constexpr (K == SVM_KERNEL_RADIAL) sweeps.radial(products, norms, n, zelsvm_gamma, norm);
-  if constexpr (K == SVM_KERNEL_SIGMOID) sweeps.sigmoid(products, n, zelsvm_gamma, zelsvm_coef0);
+  const auto& [gamma, coef0, degree] = constants;
+  if constexpr (K == SVM_KERNEL_POLYNOMIAL) sweeps.polynomial(products, n, gamma, coef0, degree);
+  if constexpr (K == SVM_KERNEL_RADIAL) sweeps.radial(products, norms, n, gamma, norm);
+  if constexpr (K == SVM_KERNEL_SIGMOID) sweeps.sigmoid(products, n, gamma, coef0);
 }
 
 }  // namespace zelsvm::inline ZEL_PLATFORM

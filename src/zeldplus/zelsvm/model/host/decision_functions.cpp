@@ -16,7 +16,7 @@ constexpr std::uint64_t tileSamples = 32;
 constexpr std::uint64_t tileVectors = 512;
 constexpr double nanosecondsPerMultiplication = 0.06;
 
-using Transform = void (*)(double*, const double*, std::uint64_t, double);
+using Transform = void (*)(const KernelConstants&, double*, const double*, std::uint64_t, double);
 
 Transform transformOf(SVM_KERNEL kernel) {
   switch (kernel) {
@@ -38,6 +38,7 @@ Transform transformOf(SVM_KERNEL kernel) {
 struct Block {
   std::vector<std::uint64_t> starts;  // of the classes among the vectors
   Transform transform;
+  KernelConstants constants;
   const double* svNorms;
   const double* coefficients;
   const double* rho;
@@ -57,7 +58,7 @@ struct Block {
     for (std::uint64_t v = starts[cls]; v < starts[cls + 1]; v += tileVectors) {
       const std::uint64_t count = std::min(tileVectors, starts[cls + 1] - v);
       for (std::uint64_t c = begin; c < end; ++c)
-        transform(products + c * pitch + v, svNorms + v, count, testNorms[c]);
+        transform(constants, products + c * pitch + v, svNorms + v, count, testNorms[c]);
       const bool pair = others == 1;
       zel::denseProduct({true, !pair, rows, static_cast<int>(others), static_cast<int>(count), 1.0,
                          products + begin * pitch + v, static_cast<int>(pitch),
@@ -105,11 +106,17 @@ void DecisionFunctions<T>::evaluate(zel::DeviceVector<T>& values, zel::DeviceVec
     const auto& classes = model->classStarts();
     starts.assign(classes.data(), classes.data() + classes.size());
   }
-  const Block block{std::move(starts),   transformOf(params->kernelType),
-                    svNorms.data(),      coefficients.data(),
-                    model->rho().data(), testNorms.data(),
-                    products.data(),     pitch,
-                    values.data(),       samples};
+  const Block block{std::move(starts),
+                    transformOf(params->kernelType),
+                    publishedConstants(),
+                    svNorms.data(),
+                    coefficients.data(),
+                    model->rho().data(),
+                    testNorms.data(),
+                    products.data(),
+                    pitch,
+                    values.data(),
+                    samples};
   const std::uint64_t others = block.classes() - 1;
   partials.resize(others * samples);
   const double perVector = transformNanoseconds<SVM_KERNEL_RADIAL> +

@@ -1,0 +1,69 @@
+// The label pairs of a one-against-one training, several at a time where the platform sees fit.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "zeldplus/zelsvm/training/build_handler.h"
+#include "zeldplus/zelsvm/training/multiclass_definition.h"
+#include "zeldplus/zelsvm/training/trainer.h"
+
+namespace zelsvm::inline ZEL_PLATFORM {
+
+// Solutions, messages and their order, random numbers and the failure thrown are those of pairs
+// that are trained one after the other. Side by side, each member has a solver of its own and takes
+// the next pair when it is done with one; messages are held back until it is their pair's turn, and
+// written by the calling thread. A pair that fails ends this: it is trained once more, alone, which
+// fails again unless the others had left it too little memory, and so are those behind it.
+template <typename T>
+class PairTraining {
+ public:
+  // trainer trains pairs alone; all must outlive this object.
+  PairTraining(const SvmContext<T>& context, AbstractTrainer<T>& trainer,
+               const std::vector<AbstractBuildHandler<T>*>& handlers,
+               MulticlassDefinition<T>& pairs, GenericModel<T>& model)
+      : context(&context), trainer(&trainer), handlers(&handlers), pairs(&pairs), model(&model) {}
+
+  // Leaves every pair's solution in its view and what the handlers found in the model.
+  void run();
+
+ private:
+  class Member;
+
+  struct Pair {
+    unsigned seed = 0;  // where its random numbers begin
+    bool isTrained = false;
+    std::string messages;
+  };
+
+  // Gives each pair its random numbers.
+  void deal();
+  [[nodiscard]] unsigned membersWorthwhile() const;
+  void trainSideBySide(unsigned members);
+  void work(Member& member, bool writes);
+  std::optional<std::uint64_t> nextPair();
+  void finish(std::uint64_t pair, std::string&& messages, GenericModel<T>& found);
+  void stop();
+  std::optional<std::string> nextMessages();
+  // Writes the messages of the pairs whose turn has come.
+  void writeMessages();
+
+  const SvmContext<T>* context;
+  AbstractTrainer<T>* trainer;
+  const std::vector<AbstractBuildHandler<T>*>* handlers;
+  MulticlassDefinition<T>* pairs;
+  GenericModel<T>* model;
+  unsigned lastSeed = 0;  // behind all pairs
+
+  std::mutex lock;  // of what follows while members work
+  std::vector<Pair> states;
+  std::uint64_t next = 0;      // the first pair that nobody has taken
+  std::uint64_t written = 0;   // pairs whose messages are out
+  std::exception_ptr failure;  // of writing
+};
+
+}  // namespace zelsvm::inline ZEL_PLATFORM

@@ -1,0 +1,95 @@
+// Label pairs that threads train side by side, and trainings that threads run side by side.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/host/fault_injection.h"
+#include "platform/host/parallel.h"
+#include "support/host_vectors.h"
+#include "support/samples.h"
+#include "support/thread_limit.h"
+#include "zeldplus/inc/zelconsole.h"
+#include "zeldplus/inc/zelrandom.h"
+#include "zeldplus/zelsvm/training/rsprocessor.h"
+
+namespace {
+
+using zelsvm::SvmParameters;
+using zeltest::Samples;
+using zeltest::ThreadLimit;
+
+// All that a training leaves behind.
+struct Outcome {
+  std::vector<double> rho;
+  std::vector<double> coefficients;
+  std::vector<double> sigmoids;
+  std::string text;
+  int nextRandom;
+  bool operator==(const Outcome&) const = default;
+};
+
+class TextSink : public zel::MessageSink {
+ public:
+  using MessageSink::MessageSink;
+  void write(std::string_view piece) override { text += piece; }
+  std::string text;
+};
+
+Outcome train(const Samples& samples, const SvmParameters& parameters) {
+  TextSink sink(true);
+  const zel::SinkScope scope(sink);
+  zel::seedRandom(3);
+  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
+  zeltest::DataSet set(samples, context);
+  zelsvm::GenericModel<double> model;
+  zelsvm::GenericProcessor<double>(context).train(model, set.data(), true);
+  std::vector<double> sigmoids;
+  for (const auto& [pair, sigmoid] : model.sigmoids)
+    sigmoids.insert(sigmoids.end(), {pair.first, pair.second, sigmoid.A, sigmoid.B});
+  return {zeltest::valuesOf(model.rho()), zeltest::valuesOf(model.coefficients()), sigmoids,
+          sink.text, zel::nextRandom()};
+}
+
+Samples tenClasses(unsigned seed) {
+  return zeltest::classSamples(1000, 10, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, seed);
+}
+
+TEST(PairThreads, GiveTheOutcomeOfOne) {
+  for (const SvmParameters& parameters :
+       {SvmParameters{.C = 10}, {.svmType = 1, .nu = 0.3, .sparse = false}}) {
+    Outcome outcomes[2];
+    for (const int threads : {1, 2}) {
+      const ThreadLimit limit(threads);
+      outcomes[threads - 1] = train(tenClasses(1), parameters);
+    }
+    EXPECT_EQ(outcomes[0].sigmoids.size(), 4 * 45);
+    EXPECT_TRUE(outcomes[1] == outcomes[0]);
+  }
+}
+
+// A pair for which there was no memory beside others is trained alone.
+TEST(PairThreads, MakeDoWithLittleMemory) {
+  if (zel::threadCount() < 2) GTEST_SKIP() << "one processor trains pairs one after the other";
+  const ThreadLimit limit(2);
+  const Outcome expected = train(tenClasses(1), {.C = 10});
+  for (const std::uint64_t nth : {12, 40, 300, 2000}) {
+    const zel::AllocationFault fault(nth);
+    EXPECT_TRUE(train(tenClasses(1), {.C = 10}) == expected) << nth;
+  }
+}
+
+TEST(TrainingThreads, ShareNothing) {
+  Outcome expected[2];
+  Outcome outcomes[2];
+  for (const unsigned i : {0u, 1u}) expected[i] = train(tenClasses(i), {.C = 10});
+  std::thread other([&] { outcomes[0] = train(tenClasses(0), {.C = 10}); });
+  outcomes[1] = train(tenClasses(1), {.C = 10});
+  other.join();
+  for (const int i : {0, 1}) EXPECT_TRUE(outcomes[i] == expected[i]);
+}
+
+}  // namespace
