@@ -6,10 +6,11 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <functional>
 #include <random>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "zeldplus/inc/zelconsole.h"
@@ -107,6 +108,12 @@ struct SolveFigures {
   double rows;
 };
 
+struct GatheringSink : zel::MessageSink {
+  GatheringSink() : MessageSink(false) {}
+  void write(std::string_view message) override { text += message; }
+  std::string text;
+};
+
 // The iteration count stands in what the solver prints.
 SolveFigures solveOnce(Problem& problem, const zelsvm::SvmContext<double>& context,
                        zellas::BlasContext& blas) {
@@ -122,20 +129,16 @@ SolveFigures solveOnce(Problem& problem, const zelsvm::SvmContext<double>& conte
   for (std::uint64_t i = 0; i < samples; ++i)
     status.set(i, {0, static_cast<signed char>(problem.labels[i])});
   zelsvm::SmoSolution solution;
-  std::FILE* log = std::tmpfile();
-  std::swap(stdout, log);
+  GatheringSink log;
+  const zel::SinkScope scope(log);
   const double seconds = secondsOf([&] { solver.solve(solution, data, alpha, status, p); });
-  std::swap(stdout, log);
-  char text[256] = {};
-  std::rewind(log);
-  const std::size_t length = std::fread(text, 1, sizeof text - 1, log);
-  std::fclose(log);
-  const char* const finished = std::strstr(text, "Finished optimization in ");
-  if (length == 0 || finished == nullptr || !(solution.obj < 0)) {
+  const std::string finished = "Finished optimization in ";
+  const std::size_t found = log.text.find(finished);
+  if (found == std::string::npos || !(solution.obj < 0)) {
     std::fprintf(stderr, "the problem was not solved\n");
     std::exit(1);
   }
-  return {seconds, std::atof(finished + std::strlen("Finished optimization in ")),
+  return {seconds, std::atof(log.text.c_str() + found + finished.size()),
           static_cast<double>(solver.rowsComputed())};
 }
 
@@ -143,7 +146,6 @@ SolveFigures solveOnce(Problem& problem, const zelsvm::SvmContext<double>& conte
 
 int main() {
   omp_set_num_threads(1);
-  zel::verbose = false;
   zelsvm::SvmParameters parameters;
   parameters.C = 10;
   parameters.gamma = 0.05;

@@ -150,7 +150,8 @@ void timePrediction(double rate) {
 }  // namespace
 
 int main() {
-  zel::verbose = false;
+  zel::ConsoleSink console(false);
+  const zel::SinkScope scope(console);
   const double bandwidth = copyBandwidth();
   const double rate = matrixRate();
   std::printf("copying: %.0f GB/s; products in double precision: %.1f TFLOP/s\n", bandwidth / 1e9,

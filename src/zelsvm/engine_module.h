@@ -16,7 +16,7 @@ struct ZelsvmEngine {
   // Devices that the runtime finds; 0 also when it fails.
   int (*deviceCount)();
   // Runs the tool and reports its failure itself; returns the process's exit status.
-  int (*run)(const zelsvm_opt::ZelSvmOpt* options, bool verbose);
+  int (*run)(const zelsvm_opt::ZelSvmOpt* options);
 };
 
 // The module's only exported function.

@@ -2,7 +2,6 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "zeldplus/inc/zelconsole.h"
 #include "zelsvm/driver/zelsvm_main.h"
 #include "zelsvm/options.h"
 #include "zelsvm/platform_choice.h"
@@ -21,7 +20,7 @@ int main(int argc, char** argv) {
     const zelsvm_opt::ZelSvmOpt options(argc, argv);
     const ZelsvmEngine* const engine = zelsvm_main::chooseEngine(std::getenv("ZELSVM_PLATFORM"));
     if (engine != nullptr)
-      engineStatus = engine->run(&options, zel::verbose);
+      engineStatus = engine->run(&options);
     else
       zelsvm_main::ZelSvmMain<double>(options).run();
   });

@@ -47,17 +47,16 @@ constexpr std::array options = {
     Option{'K', test, &Opt::kernelName},
     Option{'M', test, &Opt::testFeatures},
     Option{'N', test, &Opt::testSamples},
-    Option{'T', test, Flag{&Opt::resetTestSize}},
-    Option{'X', train | bits(Tool::predict), Flag{&Opt::denseMatrix}},
-    Option{'q', all, Quiet{}},
+    Option{'T', test, Flag{&Opt::resetTestSize, true}},
+    Option{'X', train | bits(Tool::predict), Flag{&Opt::denseMatrix, true}},
+    Option{'q', all, Flag{&Opt::verbose, false}},
     Option{'h', all, Ignored{}},
 };
 
 bool belongs(const Option& option, Tool tool) { return (option.tools & bits(tool)) != 0; }
 
 bool takesArgument(const OptionTarget& target) {
-  return !std::holds_alternative<Flag>(target) && !std::holds_alternative<Quiet>(target) &&
-         !std::holds_alternative<Ignored>(target);
+  return !std::holds_alternative<Flag>(target) && !std::holds_alternative<Ignored>(target);
 }
 
 }  // namespace

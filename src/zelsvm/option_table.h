@@ -13,9 +13,8 @@ namespace zelsvm_opt {
 // A member that the option's presence sets; such options take no argument.
 struct Flag {
   bool ZelSvmOpt::*member;
+  bool value;
 };
-// Clears zel::verbose.
-struct Quiet {};
 // Accepted without an effect.
 struct Ignored {};
 
@@ -23,7 +22,7 @@ struct Ignored {};
 // an int that is not 0, a string as it stands.
 using OptionTarget = std::variant<double ZelSvmOpt::*, int ZelSvmOpt::*, unsigned ZelSvmOpt::*,
                                   std::uint64_t ZelSvmOpt::*, bool ZelSvmOpt::*,
-                                  std::string ZelSvmOpt::*, Flag, Quiet, Ignored>;
+                                  std::string ZelSvmOpt::*, Flag, Ignored>;
 
 struct Option {
   char letter;

@@ -11,7 +11,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/inc/zelmemory.h"
 #include "zeldplus/inc/zelrandom.h"
 #include "zelsvm/getopt.h"
@@ -50,8 +49,7 @@ struct Store {
     else
       options.*member = readNumber<T>(argument);
   }
-  void operator()(Flag flag) const { options.*flag.member = true; }
-  void operator()(Quiet) const { zel::verbose = false; }
+  void operator()(Flag flag) const { options.*flag.member = flag.value; }
   void operator()(Ignored) const {}
 };
 
@@ -77,7 +75,6 @@ ZelSvmOpt::ZelSvmOpt(int argc, const char* const* argv) {
   const Tool tool = toolNamed(name);
   toolName = tool == Tool::none ? "zelsvm" : name;
   if (tool == Tool::scale) xScale = "-1:1";
-  zel::verbose = true;
   takeFileNames(tool, parseOptions(tool, arguments));
   if (tool != Tool::test) return;
   denseMatrix = true;

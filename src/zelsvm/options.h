@@ -15,8 +15,8 @@ namespace zelsvm_opt {
 class ZelSvmOpt {
  public:
   // Parses argv. Unknown options, options without their argument and surplus file names are
-  // ignored; an argument that is not a number counts as 0. Sets zel::verbose. Ends the process
-  // with status 1 under a Cygwin terminal.
+  // ignored; an argument that is not a number counts as 0. Ends the process with status 1
+  // under a Cygwin terminal.
   ZelSvmOpt(int argc, const char* const* argv);
   virtual ~ZelSvmOpt() = default;
   ZelSvmOpt(const ZelSvmOpt&) = delete;
@@ -57,6 +57,7 @@ class ZelSvmOpt {
   std::uint64_t maxIterations = 0;  // 0: no limit
   bool denseMatrix = false;         // always true for the test tool
   bool resetTestSize = false;       // testFeatures and testSamples stay at their defaults
+  bool verbose = true;              // informational lines are printed
   std::string toolName;             // one of the four tools, or "zelsvm"
   std::string inputFile;
   std::string modelFile;

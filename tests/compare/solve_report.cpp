@@ -7,8 +7,8 @@
 #include <string>
 
 #include "support/models.h"
+#include "support/quiet.h"
 #include "support/solved_problem.h"
-#include "zeldplus/inc/zelconsole.h"
 
 namespace {
 
@@ -51,7 +51,7 @@ void reportAll(bool small) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  zel::verbose = false;
+  const zeltest::Quiet quiet;
   try {
     reportAll(argc > 1 && std::strcmp(argv[1], "small") == 0);
     return 0;

@@ -7,9 +7,9 @@
 
 #include "data/temp_file.h"
 #include "platform/host/fault_injection.h"
+#include "support/quiet.h"
 #include "support/solved_problem.h"
 #include "text_match.h"
-#include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/inc/zelerrors.h"
 
 namespace {
@@ -18,6 +18,7 @@ using zelsvm::SvmContext;
 using zelsvm::SvmParameters;
 using zeltest::classSamples;
 using zeltest::failureOf;
+using zeltest::Quiet;
 using zeltest::Samples;
 using zeltest::targetSamples;
 using zeltest::train;
@@ -25,14 +26,6 @@ using zeltest::train;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr const char* noStep = "Failed to optimize the svm.";
 constexpr const char* noNu = "Error: there is no feasible solution for the nu value.";
-
-class Quiet {
- public:
-  Quiet() { zel::verbose = false; }
-  ~Quiet() { zel::verbose = true; }
-  Quiet(const Quiet&) = delete;
-  Quiet& operator=(const Quiet&) = delete;
-};
 
 TEST(SolverLimits, IterationsAreCountedInBatches) {
   const Quiet quiet;

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <string>
+#include <string_view>
+#include <thread>
 
 #include "text_match.h"
 #include "zeldplus/inc/zelconsole.h"
@@ -65,6 +67,35 @@ TEST(Console, PrintsFormattedAndCut) {
   EXPECT_EQ(printed("100%d\n"), "100%d\n");
   EXPECT_EQ(printed(""), "");
   EXPECT_EQ(printed(std::string(9000, 'x')), std::string(8191, 'x'));
+}
+
+struct GatheringSink : zel::MessageSink {
+  using MessageSink::MessageSink;
+  void write(std::string_view text) override { gathered += text; }
+  std::string gathered;
+};
+
+// Inner scopes come first, threads have their own sinks, and the console is where all began.
+TEST(Console, MessagesGoToTheSinkOfTheThread) {
+  GatheringSink outer(false);
+  GatheringSink inner(true);
+  testing::internal::CaptureStdout();
+  {
+    const zel::SinkScope scope(outer);
+    EXPECT_FALSE(zel::isVerbose());
+    zel::printMessage("a%d", 1);
+    {
+      const zel::SinkScope nested(inner);
+      EXPECT_TRUE(zel::isVerbose());
+      zel::printMessage("b");
+    }
+    std::thread([] { zel::printMessage("thread %d\n", zel::isVerbose()); }).join();
+    zel::printMessage("c");
+  }
+  zel::printMessage("console\n");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "thread 1\nconsole\n");
+  EXPECT_EQ(outer.gathered, "a1c");
+  EXPECT_EQ(inner.gathered, "b");
 }
 
 // The process ends with status 3 when printing reports a closed output, 4 when it does not.

@@ -5,7 +5,7 @@
 
 #include "data/temp_file.h"
 #include "support/models.h"
-#include "zeldplus/inc/zelconsole.h"
+#include "support/quiet.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/model/model_file.h"
 
@@ -23,8 +23,7 @@ using Model = zelsvm::GenericModel<double>;
 
 class ModelRoundTrip : public testing::Test {
  protected:
-  void SetUp() override { zel::verbose = false; }
-  void TearDown() override { zel::verbose = true; }
+  const zeltest::Quiet quiet;
 };
 
 struct Kind {

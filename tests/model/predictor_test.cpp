@@ -6,6 +6,7 @@
 #include "data/temp_file.h"
 #include "support/captured_output.h"
 #include "support/models.h"
+#include "support/quiet.h"
 #include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/model/multiclass_resolver.h"
@@ -23,8 +24,7 @@ using Predictor = zelsvm::GenericPredictor<double>;
 
 class PredictorTest : public testing::Test {
  protected:
-  void SetUp() override { zel::verbose = false; }
-  void TearDown() override { zel::verbose = true; }
+  const zeltest::Quiet quiet;
 };
 
 SvmParameters parametersFor(unsigned kernel, bool sparse, double degree = 3.9) {
@@ -104,7 +104,8 @@ TEST_F(PredictorTest, DegreesAreTruncatedAndZeroGivesOne) {
 TEST_F(PredictorTest, ThreeLabelsGiveTheirPairsInOrder) {
   MadeModel made(parametersFor(2, true), randomRows(12, 4, 1), {1, 2, 5}, {4, 6, 2}, 2);
   const Samples test = randomRows(300, 4, 3);
-  zel::verbose = true;
+  zel::ConsoleSink verbose(true);
+  const zel::SinkScope scope(verbose);
   zeltest::CapturedOutput console;
   const Values values = zeltest::decisionValues(made.context, made.model, test);
   EXPECT_EQ(console.text(), "...\n");

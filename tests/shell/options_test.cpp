@@ -9,7 +9,6 @@
 
 #include "shell/command_line.h"
 #include "shell/settings.h"
-#include "zeldplus/inc/zelconsole.h"
 
 namespace {
 
@@ -57,13 +56,6 @@ TEST(Options, LastOfARepeatedOptionWins) {
 
 TEST(Options, EmptyBoundsReplaceTheDefaultOfTheScaleTool) {
   EXPECT_EQ(parse({"zelsvm-scale", "-x", ""}).xScale, "");
-}
-
-TEST(Options, VerboseIsSetAnewByEveryParse) {
-  parse({"zelsvm-train", "-q"});
-  EXPECT_FALSE(zel::verbose);
-  parse({"zelsvm-train"});
-  EXPECT_TRUE(zel::verbose);
 }
 
 struct NamesCase {

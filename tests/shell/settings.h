@@ -4,7 +4,6 @@
 #include <sstream>
 #include <string>
 
-#include "zeldplus/inc/zelconsole.h"
 #include "zelsvm/options.h"
 
 namespace zeltest {
@@ -27,7 +26,7 @@ inline std::string settings(const zelsvm_opt::ZelSvmOpt& o) {
   add("algorithmName", o.algorithmName), add("kernelName", o.kernelName);
   add("testFeatures", o.testFeatures), add("testSamples", o.testSamples);
   add("maxIterations", o.maxIterations), add("denseMatrix", o.denseMatrix);
-  add("resetTestSize", o.resetTestSize), add("verbose", zel::verbose);
+  add("resetTestSize", o.resetTestSize), add("verbose", o.verbose);
   add("inputFile", o.inputFile), add("modelFile", o.modelFile), add("outputFile", o.outputFile);
   return text;
 }

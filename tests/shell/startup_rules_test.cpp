@@ -4,6 +4,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "support/quiet.h"
 #include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zelsvm/platform_choice.h"
@@ -42,9 +43,8 @@ TEST(RunGuarded, StatusAndReport) {
 }
 
 TEST(RunGuarded, ReportsAlsoInQuietMode) {
-  zel::verbose = false;
+  const zeltest::Quiet quiet;
   EXPECT_EQ(guardedThrow(zel::AppException("A sentence.")), (Outcome{1, "A sentence.\n"}));
-  zel::verbose = true;
 }
 
 TEST(PlatformChoice, HostUnlessToldOtherwise) {

@@ -1,16 +1,53 @@
-// Console output: everything the tools print goes through printMessage.
+// Messages: everything the tools and the engine say goes through printMessage to a sink.
 #pragma once
+
+#include <string_view>
 
 namespace zel::inline ZEL_PLATFORM {
 
-// Informational lines are printed only while this is set; -q clears it.
-extern bool verbose;
+// Receives messages as they are made, piece by piece.
+class MessageSink {
+ public:
+  // verbose: informational lines are wanted, too.
+  explicit MessageSink(bool verbose) : verbose(verbose) {}
+  virtual ~MessageSink() = default;
+  MessageSink(const MessageSink&) = delete;
+  MessageSink& operator=(const MessageSink&) = delete;
+
+  virtual void write(std::string_view text) = 0;
+
+  const bool verbose;
+};
 
 // Thrown when standard output can no longer be written: nobody reads on, so the run ends quietly.
 struct OutputClosed {};
 
-// Formats into 8192 characters (longer text is cut), writes to standard output and flushes it.
-// Throws OutputClosed when the text cannot be written.
+// Standard output, flushed after every message. write() throws OutputClosed.
+class ConsoleSink : public MessageSink {
+ public:
+  using MessageSink::MessageSink;
+  void write(std::string_view text) override;
+};
+
+// The calling thread's messages go to the sink while this lives, then where they went before. Each
+// thread starts with a verbose console; threads that work for another one are given its sink's
+// verbosity and a sink of their own.
+class SinkScope {
+ public:
+  // The sink must outlive the scope.
+  explicit SinkScope(MessageSink& sink);
+  ~SinkScope();
+  SinkScope(const SinkScope&) = delete;
+  SinkScope& operator=(const SinkScope&) = delete;
+
+ private:
+  MessageSink* before;
+};
+
+// Whether the calling thread's sink wants informational lines.
+bool isVerbose();
+
+// Formats into 8192 characters (longer text is cut) and writes them to the calling thread's sink.
 void printMessage(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -25,7 +25,7 @@ void ZelSvmMain<T>::predict() {
   for (std::uint64_t i = 0; i < predictions.size(); ++i)
     predictions.set(i, model->scale.unscaledTarget(predictions[i]));
   takePredictionMeasures(processor, model->scale.varianceFactor());
-  if (zel::verbose) reportPrediction();
+  if (zel::isVerbose()) reportPrediction();
   zelsvm::writePredictions(options->outputFile, predictions, probabilities, *model);
 }
 

@@ -39,7 +39,7 @@ void ZelSvmMain<T>::train() {
   const std::string modelFile =
       options->modelFile.empty() ? defaultModelName(options->inputFile) : options->modelFile;
   zelsvm::writeModel(modelFile, options->indexBase, *context, *model);
-  if (zel::verbose) zel::printMessage("Total nSV = %lu\n", model->vectors().rows());
+  if (zel::isVerbose()) zel::printMessage("Total nSV = %lu\n", model->vectors().rows());
 }
 
 template <typename T>

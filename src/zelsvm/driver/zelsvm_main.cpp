@@ -48,7 +48,7 @@ void ZelSvmMain<T>::reset() {
 template <typename T>
 void ZelSvmMain<T>::selectDevice() const {
   zel::zelSafeCall(cudaSetDevice(options->gpuDevice));
-  if (!zel::verbose) return;
+  if (!zel::isVerbose()) return;
   cudaDeviceProp properties{};
   zel::zelSafeCall(cudaGetDeviceProperties(&properties, options->gpuDevice));
   zel::printMessage("%s GPU\n\n", properties.name);
@@ -62,6 +62,8 @@ void ZelSvmMain<T>::seedRandom() const {
 
 template <typename T>
 void ZelSvmMain<T>::run() {
+  zel::ConsoleSink console(options->verbose);
+  const zel::SinkScope scope(console);
   zel::printMessage("%s %s\n\n", options->toolName.c_str(), ZELSVM_VERSION);
   selectDevice();
   seedRandom();

@@ -2,7 +2,6 @@
 
 #include <cuda_runtime.h>
 
-#include "zeldplus/inc/zelconsole.h"
 #include "zelsvm/driver/zelsvm_main.h"
 #include "zelsvm/run_guarded.h"
 
@@ -13,11 +12,8 @@ int deviceCount() {
   return cudaGetDeviceCount(&count) == cudaSuccess ? count : 0;
 }
 
-int run(const zelsvm_opt::ZelSvmOpt* options, bool verbose) {
-  return zelsvm_main::runGuarded([=] {
-    zel::verbose = verbose;
-    zelsvm_main::ZelSvmMain<double>(*options).run();
-  });
+int run(const zelsvm_opt::ZelSvmOpt* options) {
+  return zelsvm_main::runGuarded([=] { zelsvm_main::ZelSvmMain<double>(*options).run(); });
 }
 
 constexpr ZelsvmEngine engine = {ZELSVM_VERSION, sizeof(zelsvm_opt::ZelSvmOpt), deviceCount, run};

@@ -129,7 +129,7 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
     progress.iterations += runBatch(progress, hostStatus);
     if (!progress.converged && watch.isDue(progress.iterations))
       progress.stuck = hasStalled(watch, progress.iterations, hostAlpha, p);
-    if (zel::verbose) zel::printMessage(".");
+    if (zel::isVerbose()) zel::printMessage(".");
     if (!progress.converged && progress.shrinking) shrink(progress, hostStatus);
     if (progress.iterations >= params->maxIterations) break;
   }
@@ -207,7 +207,7 @@ void SmoBaseSolver<T>::readBack(HostVector<T>& hostAlpha) {
 template <typename T>
 void SmoBaseSolver<T>::shrink(Progress& progress, HostVector<char2>& hostStatus) {
   if (!progress.unshrunk && progress.gap <= 10 * params->eps) {
-    if (zel::verbose) zel::printMessage("*");
+    if (zel::isVerbose()) zel::printMessage("*");
     progress.active = resetActiveSet();
     progress.unshrunk = true;
   }

@@ -21,7 +21,7 @@ constexpr std::uint64_t maxDenseBytes = std::uint64_t{16} << 20;
 void showProgress(std::uint64_t functions, std::uint64_t before, std::uint64_t after,
                   std::uint64_t samples) {
   const std::uint64_t dots = functions * after / samples - functions * before / samples;
-  if (zel::verbose && dots != 0) zel::printMessage("%s", std::string(dots, '.').c_str());
+  if (zel::isVerbose() && dots != 0) zel::printMessage("%s", std::string(dots, '.').c_str());
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ void GenericPredictor<T>::predict(HostVector<T>& output, zelmag::AbstractMatrix<
   } else {
     predictPairs(output, test);
   }
-  if (zel::verbose) zel::printMessage("\n");
+  if (zel::isVerbose()) zel::printMessage("\n");
 }
 
 template <typename T>

@@ -80,7 +80,7 @@ void CoreSvmClassifier<T>::trainTwoClass(GenericModel<T>& model, SvmData<T>& dat
   this->solver->Cn = Cn;
   this->solver->gradientReady = true;
   const SmoSolution solution = this->solve(data, problem);
-  if (zel::verbose) {
+  if (zel::isVerbose()) {
     if (Cp == Cn) zel::printMessage("nu = %g\n", solution.alphaSum / (Cp * static_cast<T>(n)));
     printSolution(solution);
   }
@@ -107,7 +107,7 @@ void NuSvmClassifier<T>::trainTwoClass(GenericModel<T>& model, SvmData<T>& data)
   solution.obj /= r * r;
   solution.rho /= r;
   for (std::uint64_t i = 0; i < n; ++i) problem.alpha.set(i, problem.alpha[i] / r);
-  if (zel::verbose) {
+  if (zel::isVerbose()) {
     zel::printMessage("C = %g\n", 1 / r);
     printSolution(solution);
   }

@@ -20,7 +20,7 @@ void OneClassSvm<T>::train(GenericModel<T>& model, SvmData<T>& data) {
   this->solver->Cp = 1;
   this->solver->Cn = 1;
   const SmoSolution solution = this->solve(data, problem);
-  if (zel::verbose) printSolution(solution);
+  if (zel::isVerbose()) printSolution(solution);
   data.defineLabelPair({1, -1});
   extractTwoClass(model, data, std::move(problem), solution);
 }

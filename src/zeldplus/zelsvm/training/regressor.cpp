@@ -36,7 +36,7 @@ void CoreSvmRegressor<T>::train(GenericModel<T>& model, SvmData<T>& data) {
   SolverProblem<T> problem = regressionProblem(data, this->context->p);
   this->solver->gradientReady = true;
   const SmoSolution solution = this->solve(data, problem);
-  if (zel::verbose) {
+  if (zel::isVerbose()) {
     const T n = static_cast<T>(data.sampleCount());
     zel::printMessage("nu = %g\n", solution.alphaSum / (n * this->context->C));
     printSolution(solution);
@@ -59,7 +59,7 @@ void NuSvmRegressor<T>::train(GenericModel<T>& model, SvmData<T>& data) {
     budget -= a;
   }
   const SmoSolution solution = this->solve(data, problem);
-  if (zel::verbose) {
+  if (zel::isVerbose()) {
     zel::printMessage("epsilon = %g\n", -solution.r);
     printSolution(solution);
   }
