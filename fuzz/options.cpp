@@ -3,6 +3,7 @@
 #include "fuzzing.h"
 #include "tool_runs.h"
 #include "zeldplus/zelsvm/data/svm_scale.h"
+#include "zeldplus/zelsvm/engine/class_weights.h"
 #include "zeldplus/zelsvm/engine/svm_context.h"
 
 namespace {
@@ -18,7 +19,7 @@ void makeContext(const zelsvm_opt::ZelSvmOpt& options) {
   parameters.C = options.cost;
   parameters.nu = options.nu;
   parameters.eps = options.tolerance;
-  parameters.weights = options.weights;
+  parameters.weights = zelsvm::parseClassWeights(options.weights);
   const zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
   for (const auto& [label, weight] : context.weights)
     zelfuzz::require(weight > 0, "class weights are positive");

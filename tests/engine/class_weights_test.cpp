@@ -51,7 +51,7 @@ TEST(ClassWeights, RefusesWhatIsNotAboveZero) {
 }
 
 TEST(ClassWeights, MultiplyTheBoundsOfTheirClass) {
-  SvmParameters parameters{.C = 0.5, .weights = "3:4 9:7"};
+  SvmParameters parameters{.C = 0.5, .weights = {{3, 4}, {9, 7}}};
   const zeltest::Samples samples = zeltest::classSamples(60, 2, {8, 3}, 1);
   const auto training = train(samples, parameters);
   const SolvedProblem& problem = training.only();
@@ -68,7 +68,7 @@ TEST(ClassWeights, MultiplyTheBoundsOfTheirClass) {
   EXPECT_EQ(largest[1], 0.5);
   EXPECT_EQ(training.text.find("nu = "), std::string::npos);  // no one nu
 
-  parameters.weights = "3:4 8:4";
+  parameters.weights = {{3, 4}, {8, 4}};
   EXPECT_NE(train(samples, parameters).text.find("nu = "), std::string::npos);
   parameters.svmType = 1;  // only C-classification looks at them
   parameters.nu = 0.3;

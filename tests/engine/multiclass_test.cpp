@@ -74,7 +74,7 @@ TEST_P(Multiclass, EveryPairDecidesAsIfTrainedAlone) {
   // Labels in any file order, one of them with two samples only.
   Samples samples = zeltest::classSamples(60, 3, {7, -3, 0, 2}, 3);
   samples.labels[10] = samples.labels[33] = 5;
-  SvmParameters parameters{.svmType = GetParam(), .C = 2, .nu = 0.2, .weights = "7:3 0:0.5"};
+  SvmParameters parameters{.svmType = GetParam(), .C = 2, .nu = 0.2, .weights = {{7, 3}, {0, 0.5}}};
   const Trained all(samples, parameters);
   const Numbers labels{-3, 0, 2, 5, 7};
   EXPECT_EQ(valuesOf(all.model.labels()), labels);

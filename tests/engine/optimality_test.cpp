@@ -146,7 +146,7 @@ TEST_P(Optimality, WithinAnyTolerance) {
 }
 
 TEST_P(Optimality, WithUnequalClassesAndWeights) {
-  parameters.weights = "-1:0.25 1:2";
+  parameters.weights = {{-1, 0.25}, {1, 2}};
   parameters.nu = 0.2;
   parameters.eps = 1e-6;
   Samples samples = samplesFor(30, 3);

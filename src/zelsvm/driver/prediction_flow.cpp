@@ -1,6 +1,6 @@
 #include "zeldplus/inc/zelconsole.h"
-#include "zeldplus/zelsvm/data/scaled_data.h"
 #include "zeldplus/zelsvm/model/prediction_file.h"
+#include "zeldplus/zelsvm/training/scaled_runs.h"
 #include "zelsvm/driver/zelsvm_main.h"
 #include "zelsvm/usage.h"
 
@@ -14,16 +14,9 @@ void ZelSvmMain<T>::predict() {
   }
   loadModel(options->modelFile);
   loadData(options->inputFile, model->featureCount);
-  zelsvm::ScaledData<T> scaled(*dataSet, model->scale);
-  zelsvm::HostVector<T> predictions(samples->rows());
-  const bool perLabel =
-      options->probability && context->problemKind == zelsvm::ProblemKind::classification;
-  zelsvm::HostVector<T> probabilities(perLabel ? model->labels().size() * predictions.size() : 0);
-  probabilities.fill(0);
   zelsvm::GenericProcessor<T> processor(*context);
-  processor.predict(predictions, probabilities, *model, scaled, options->probability);
-  for (std::uint64_t i = 0; i < predictions.size(); ++i)
-    predictions.set(i, model->scale.unscaledTarget(predictions[i]));
+  const auto [predictions, probabilities] =
+      zelsvm::predictScaled(processor, *context, *model, *dataSet, options->probability);
   takePredictionMeasures(processor, model->scale.varianceFactor());
   if (zel::isVerbose()) reportPrediction();
   zelsvm::writePredictions(options->outputFile, predictions, probabilities, *model);

@@ -25,9 +25,8 @@ void ZelSvmMain<T>::test() {
     createTestData();
   else
     loadData(options->inputFile);
-  model = std::make_unique<zelsvm::GenericModel<T>>();
-  fillScale(model->scale);
-  if (options->foldCount > 1) return crossValidate(*dataSet, model->scale.varianceFactor());
+  createModel();
+  if (options->foldCount > 1) return crossValidate(*dataSet);
   zelsvm::GenericProcessor<T> processor(*context);
   processor.train(*model, *dataSet, options->probability);
   zelsvm::HostVector<T> predictions(dataSet->sampleCount());

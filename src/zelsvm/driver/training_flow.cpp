@@ -27,11 +27,10 @@ void ZelSvmMain<T>::train() {
   }
   createContext();
   loadData(options->inputFile);
-  model = std::make_unique<zelsvm::GenericModel<T>>();
-  fillScale(model->scale);
+  createModel();
   zelsvm::ScaledData<T> scaled(*dataSet, model->scale);
   if (options->foldCount >= 2) {
-    crossValidate(scaled, model->scale.varianceFactor());
+    crossValidate(scaled);
     return reportCrossValidation();
   }
   zelsvm::GenericProcessor<T> processor(*context);

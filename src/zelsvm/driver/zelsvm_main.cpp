@@ -9,7 +9,9 @@
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/inc/zelrandom.h"
 #include "zeldplus/zelsvm/data/read_data.h"
+#include "zeldplus/zelsvm/engine/class_weights.h"
 #include "zeldplus/zelsvm/model/model_file.h"
+#include "zeldplus/zelsvm/training/scaled_runs.h"
 #include "zelsvm/tool.h"
 
 namespace zelsvm_main::inline ZEL_PLATFORM {
@@ -94,7 +96,7 @@ void ZelSvmMain<T>::createContext() {
   parameters.p = options->epsilon;
   parameters.nu = options->nu;
   parameters.eps = options->tolerance;
-  parameters.weights = options->weights;
+  parameters.weights = zelsvm::parseClassWeights(options->weights);
   parameters.maxIterations = options->maxIterations;
   parameters.cacheSize = options->cacheSize;
   parameters.sparse = !options->denseMatrix;
@@ -122,21 +124,19 @@ void ZelSvmMain<T>::loadModel(const std::string& path) {
 }
 
 template <typename T>
-void ZelSvmMain<T>::fillScale(zelsvm::SvmScale<T>& scale) {
+void ZelSvmMain<T>::createModel() {
+  model = std::make_unique<zelsvm::GenericModel<T>>();
   const bool regression = context->problemKind == zelsvm::ProblemKind::regression;
-  scale.setRanges(zelsvm::parseScaleRange(options->xScale),
-                  regression ? zelsvm::parseScaleRange(options->yScale) : double2{0, 0});
-  scale.initialize(*dataSet);
+  zelsvm::fillScale(model->scale, *context, *dataSet,
+                    {zelsvm::parseScaleRange(options->xScale),
+                     regression ? zelsvm::parseScaleRange(options->yScale) : double2{0, 0}});
 }
 
 template <typename T>
-void ZelSvmMain<T>::crossValidate(zelsvm::SimpleData<T>& data, double varianceFactor) {
+void ZelSvmMain<T>::crossValidate(zelsvm::SimpleData<T>& data) {
   zelsvm::HostVector<T> predictions(data.sampleCount());
-  predictions.fill(0);
-  zelsvm::GenericProcessor<T> processor(*context);
-  processor.crossTrain(predictions, data, options->foldCount, options->probability);
-  processor.collectResults(results, correlations);
-  for (std::uint64_t i = 0; i < results.size(); ++i) results.set(i, results[i] * varianceFactor);
+  zelsvm::crossValidateScaled(predictions, results, correlations, *context, data, model->scale,
+                              options->foldCount, options->probability);
 }
 
 template <typename T>

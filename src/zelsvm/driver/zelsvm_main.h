@@ -45,10 +45,11 @@ class ZelSvmMain {
   void test();
   // Makes samples and data set from the options' random numbers.
   void createTestData();
-  // Takes ranges from the options and bounds from the samples.
-  void fillScale(zelsvm::SvmScale<T>& scale);
-  // Fills results and correlations; errors are in units of the data file.
-  void crossValidate(zelsvm::SimpleData<T>& data, double varianceFactor);
+  // An empty model whose scale record has the options' ranges and the samples' bounds.
+  void createModel();
+  // Of data that the model's scale record has scaled. Fills results and correlations; errors are in
+  // units of the data file.
+  void crossValidate(zelsvm::SimpleData<T>& data);
   void takePredictionMeasures(const zelsvm::GenericProcessor<T>& processor, double varianceFactor);
   void reportCrossValidation() const;
   void reportPrediction() const;

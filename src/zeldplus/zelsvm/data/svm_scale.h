@@ -16,6 +16,9 @@ namespace zelsvm::inline ZEL_PLATFORM {
 // without ":" and for lower >= upper.
 double2 parseScaleRange(const std::string& text);
 
+// Throws AppException for lower >= upper.
+void requireScaleRange(const double2& range);
+
 // Ranges are (lower, upper), bounds (minimum, maximum). A range with equal ends means no scaling.
 // Filled once by initialize, restore or assign, then only read.
 template <typename T>

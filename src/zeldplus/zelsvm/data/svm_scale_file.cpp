@@ -48,9 +48,13 @@ double2 parseScaleRange(const std::string& text) {
   if (lower.empty() || upper.empty()) return {0, 0};
   lower.remove_prefix(std::min(lower.find_first_not_of("'\""), lower.size()));
   const double2 range{zel::parseDouble(lower), zel::parseDouble(upper)};
+  requireScaleRange(range);
+  return range;
+}
+
+void requireScaleRange(const double2& range) {
   if (range.x >= range.y)
     throw zel::AppException("The lower bound of the scale parameter exceeds its upper bound.");
-  return range;
 }
 
 template <typename T>

@@ -6,7 +6,6 @@
 
 #include "zeldplus/inc/zeldev.h"
 #include "zeldplus/inc/zelerrors.h"
-#include "zeldplus/zelsvm/engine/class_weights.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
@@ -73,7 +72,7 @@ SvmContext<T>::SvmContext(const SvmParameters& parameters, ParameterChecks check
       coef0(parameters.coef0),
       degree(parameters.degree),
       gamma(parameters.gamma),
-      weights(parseClassWeights(parameters.weights)),
+      weights(parameters.weights),
       maxIterations(parameters.maxIterations == 0 ? std::numeric_limits<std::uint64_t>::max()
                                                   : parameters.maxIterations),
       cacheSize(parameters.cacheSize),
@@ -98,8 +97,8 @@ void SvmContext<T>::check(ParameterChecks checks) const {
 }
 
 template <typename T>
-zellas::LasContext& SvmContext<T>::las() {
-  if (sparse) return sparseContext;
+zellas::LasContext& SvmContext<T>::las(bool forSparse) {
+  if (forSparse) return sparseContext;
   return blasContext;
 }
 

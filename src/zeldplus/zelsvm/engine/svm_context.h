@@ -42,10 +42,10 @@ struct SvmParameters {
   double C = 1;
   double p = 0.1;  // epsilon of epsilon regression
   double nu = 0.5;
-  double eps = 0.001;  // stopping tolerance
-  std::string weights = {};
-  std::uint64_t maxIterations = 0;  // 0 means no limit
-  std::uint64_t cacheSize = 100;    // MB
+  double eps = 0.001;                     // stopping tolerance
+  std::map<double, double> weights = {};  // factors of C by label
+  std::uint64_t maxIterations = 0;        // 0 means no limit
+  std::uint64_t cacheSize = 100;          // MB
   bool sparse = true;
   bool shrinking = true;
 };
@@ -64,7 +64,8 @@ class SvmContext {
   SvmContext& operator=(const SvmContext&) = delete;
 
   // The context that data are read under: sparse or dense.
-  [[nodiscard]] zellas::LasContext& las();
+  [[nodiscard]] zellas::LasContext& las() { return las(sparse); }
+  [[nodiscard]] zellas::LasContext& las(bool forSparse);
 
   // gamma, or one over the number of features where it is 0; negated for the radial kernel.
   [[nodiscard]] T effectiveGamma(std::uint64_t dimension) const;

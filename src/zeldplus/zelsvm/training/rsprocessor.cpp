@@ -66,6 +66,7 @@ void GenericProcessor<T>::predict(HostVector<T>& output, HostVector<T>& probabil
   GenericPredictor<T> predictor(*context, model);
   DecisionCheck<T> check;
   predictor.addHandler(check);
+  for (auto* handler : handlers) predictor.addHandler(*handler);
   if (context->problemKind != ProblemKind::regression)
     predictor.addHandler(chooseResolver(probabilities, probability));
   evaluation = std::make_unique<GenericEvaluationHandler<T>>(context->problemKind, data);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "zeldplus/zelsvm/engine/svm_context.h"
 #include "zeldplus/zelsvm/model/evaluation_handler.h"
@@ -40,6 +41,9 @@ class GenericProcessor {
   void predict(HostVector<T>& output, HostVector<T>& probabilities, const GenericModel<T>& model,
                SvmData<T>& data, bool probability);
 
+  // Given the decision values of every prediction before labels are made of them; not owned.
+  void addHandler(AbstractPredictionHandler<T>& handler) { handlers.push_back(&handler); }
+
   // Measures of the last prediction.
   [[nodiscard]] const AbstractEvaluator<T>& evaluator() const { return evaluation->evaluator(); }
 
@@ -51,6 +55,8 @@ class GenericProcessor {
   AbstractPredictionHandler<T>& chooseResolver(HostVector<T>& probabilities, bool probability);
 
   const SvmContext<T>* context;
+  std::vector<AbstractPredictionHandler<T>*> handlers;
+  // Sees the labels of the data that were predicted last, which may be gone.
   std::unique_ptr<GenericEvaluationHandler<T>> evaluation;
   std::unique_ptr<GenericProbabilityTrainer<T>> probabilityTrainer;
   std::unique_ptr<SvmCrossTrainer<T>> crossTrainer;
