@@ -1,11 +1,21 @@
 // Messages: everything the tools and the engine say goes through printMessage to a sink.
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 namespace zel::inline ZEL_PLATFORM {
 
-// Receives messages as they are made, piece by piece.
+// How far a running solver is.
+struct SolveProgress {
+  std::uint64_t iterations;
+  double gap;  // the largest violation, which ends at or below the tolerance
+  double tolerance;
+  double cacheHitRate;
+  std::uint64_t supportVectors;
+};
+
+// Receives messages as they are made, piece by piece, and progress.
 class MessageSink {
  public:
   // verbose: informational lines are wanted, too.
@@ -15,6 +25,9 @@ class MessageSink {
   MessageSink& operator=(const MessageSink&) = delete;
 
   virtual void write(std::string_view text) = 0;
+  // Whether a report of progress is welcome now: asked often, answered fast.
+  virtual bool wantsProgress() { return false; }
+  virtual void showProgress(const SolveProgress& /*progress*/) {}
 
   const bool verbose;
 };
@@ -46,6 +59,10 @@ class SinkScope {
 
 // Whether the calling thread's sink wants informational lines.
 bool isVerbose();
+
+// What the calling thread's sink says and does; the console shows no progress by itself.
+bool wantsProgress();
+void showProgress(const SolveProgress& progress);
 
 // Formats into 8192 characters (longer text is cut) and writes them to the calling thread's sink.
 void printMessage(const char* format, ...) __attribute__((format(printf, 1, 2)));

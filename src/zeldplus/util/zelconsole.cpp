@@ -23,6 +23,12 @@ SinkScope::~SinkScope() { threadSink = before; }
 
 bool isVerbose() { return threadSink == nullptr || threadSink->verbose; }
 
+bool wantsProgress() { return threadSink != nullptr && threadSink->wantsProgress(); }
+
+void showProgress(const SolveProgress& progress) {
+  if (threadSink != nullptr) threadSink->showProgress(progress);
+}
+
 void printMessage(const char* format, ...) {
   char text[8192];
   va_list arguments;

@@ -55,6 +55,13 @@ void SmoKernel<T>::initialize(zelmag::AbstractMatrix<T>& newData, SVM_KERNEL new
   policy = BatchPolicy(
       static_cast<unsigned>(std::min<std::uint64_t>(rows->mostTogether(), cache.slotCount() / 4)));
   rowCount = 0;
+  requests = 0;
+  misses = 0;
+}
+
+template <typename T>
+double SmoKernel<T>::hitRate() const {
+  return requests == 0 ? 0 : static_cast<double>(requests - misses) / static_cast<double>(requests);
 }
 
 template <typename T>
@@ -68,7 +75,9 @@ std::uint64_t SmoKernel<T>::sampleOf(std::uint64_t index) const {
 template <typename T>
 const T* SmoKernel<T>::getRow(std::uint64_t index) {
   const std::uint64_t sample = sampleOf(index);
+  ++requests;
   if (T* const cached = cache.query(sample)) return cached;
+  ++misses;
   return computeRow(sample);
 }
 

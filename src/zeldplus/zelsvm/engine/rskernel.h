@@ -47,6 +47,8 @@ class SmoKernel {
   // Since initialize: rows computed, guesses included, and guesses that were asked for later.
   [[nodiscard]] std::uint64_t computedRows() const { return rowCount; }
   [[nodiscard]] std::uint64_t usedGuesses() const { return cache.usedGuesses(); }
+  // The part of the rows asked for since initialize that the cache held; 0 before the first.
+  [[nodiscard]] double hitRate() const;
 
  private:
   [[nodiscard]] std::uint64_t sampleOf(std::uint64_t index) const;
@@ -64,6 +66,8 @@ class SmoKernel {
   std::vector<std::uint64_t> guesses;
   std::vector<RowTarget<T>> targets;
   std::uint64_t rowCount = 0;
+  std::uint64_t requests = 0;
+  std::uint64_t misses = 0;
   zel::DeviceVector<T> norms;
   std::unique_ptr<zel::LinearTexture<T>> normTexture;
   unsigned polynomialNormLimit;

@@ -15,6 +15,8 @@ namespace {
 constexpr std::uint64_t batchLimit = 1000;
 // Smaller problems are not worth shrinking.
 constexpr std::uint64_t shrinkingThreshold = 4096;
+// Iterations between two looks at the clock.
+constexpr std::uint64_t reportStride = 64;
 constexpr const char* overflowText = "Failed to optimize the svm.";
 
 // Publishes the handle of a texture over the vector, made anew where there is none.
@@ -161,6 +163,8 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
       restored = true;
     }
     if (!std::isfinite(progress.gap)) throw zel::AppException(overflowText);
+    if (k % reportStride == 0 && zel::wantsProgress())
+      report(progress.iterations + k, progress.gap);
     ++k;
     if (progress.gap <= params->eps) {
       progress.converged = true;
@@ -173,6 +177,17 @@ std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress, const HostVector<ch
     steps->updateGradient(pair);
   }
   return k;
+}
+
+template <typename T>
+void SmoBaseSolver<T>::report(std::uint64_t iterations, T gap) {
+  gradientHost.resize(variableCount);  // its own contents are read back when they are needed
+  gradientHost.copyFrom(alpha, 0, 0, variableCount);
+  const T* const multipliers = gradientHost.data();
+  const auto positive = std::count_if(multipliers, multipliers + variableCount,
+                                      [](T multiplier) { return multiplier > 0; });
+  zel::showProgress(
+      {iterations, gap, params->eps, kernel.hitRate(), static_cast<std::uint64_t>(positive)});
 }
 
 template <typename T>

@@ -104,6 +104,7 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   unsigned rebuildActiveSet(const HostVector<char2>& hostStatus);
   std::uint64_t runBatch(Progress& progress, const HostVector<char2>& hostStatus);
   void shrink(Progress& progress, HostVector<char2>& hostStatus);
+  void report(std::uint64_t iterations, T gap);
   [[nodiscard]] bool isEmptyStep();
   [[nodiscard]] bool hasStalled(StallWatch& watch, std::uint64_t iterations,
                                 HostVector<T>& hostAlpha, const HostVector<T>& p);
