@@ -1,0 +1,205 @@
+// libzelsvm: support vector machines in double precision, trained and used from memory.
+//
+// Bad input, bad parameters and contradictory shapes throw AppException, failures of the machine or
+// of a library RuntimeException, exhausted memory std::bad_alloc; what was there before stays as it
+// was. The engine is the tools' own and runs on the processor, on as many threads as
+// OMP_NUM_THREADS or the machine allows; results do not depend on their number.
+//
+// All functions may be called from any thread. Training, cross-validation and prediction run one at
+// a time in a process: a second call waits for the first. Objects may be read by several threads at
+// once; moving, assigning and destroying one is the caller's to order. Borrowed memory must outlive
+// what looks at it and stay as it is meanwhile.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#define ZELSVM_API __attribute__((visibility("default")))
+
+namespace zelsvm {
+
+// The library's own.
+namespace detail {
+struct Rows;
+struct ModelState;
+struct Access;
+}  // namespace detail
+
+// The caller's fault: the text is a plain sentence.
+class ZELSVM_API AppException : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+  ~AppException() override;
+};
+
+// A failure of the machine, of a library or of a file's contents.
+class ZELSVM_API RuntimeException : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+  ~RuntimeException() override;
+};
+
+// Rows of features, dense or sparse; copies share the same memory. Vectors that are given away
+// (std::move) are owned, anything else is borrowed. Features must be finite to be trained on.
+class ZELSVM_API Samples {
+ public:
+  // Row after row, `features` values each. Throws AppException unless there is at least one whole
+  // row.
+  static Samples dense(std::span<const double> values, std::size_t features);
+  static Samples dense(std::vector<double>&& values, std::size_t features);
+
+  // Compressed sparse rows: row i holds values[k] at column columns[k], counted from 0, for
+  // rowOffsets[i] <= k < rowOffsets[i + 1]. A row's columns come in any order, each once. Throws
+  // AppException for arrays that contradict each other.
+  static Samples csr(std::span<const double> values, std::span<const int> columns,
+                     std::span<const int> rowOffsets, std::size_t features);
+  static Samples csr(std::vector<double>&& values, std::vector<int>&& columns,
+                     std::vector<int>&& rowOffsets, std::size_t features);
+
+  // Moving copies, so that there always is a content.
+  Samples(const Samples&) = default;
+  Samples& operator=(const Samples&) = default;
+  ~Samples() = default;
+
+  [[nodiscard]] std::size_t rows() const;
+  [[nodiscard]] std::size_t features() const;
+
+ private:
+  friend struct detail::Access;
+  explicit Samples(std::shared_ptr<const detail::Rows> content);
+  std::shared_ptr<const detail::Rows> content;
+};
+
+enum class Formulation {
+  cClassification = 0,
+  nuClassification = 1,
+  oneClass = 2,
+  epsilonRegression = 3,
+  nuRegression = 4,
+};
+
+// Of u and v: linear u'v, polynomial (gamma u'v + coef0)^degree, radial exp(-gamma |u - v|^2),
+// sigmoid tanh(gamma u'v + coef0).
+enum class Kernel { linear = 0, polynomial = 1, radial = 2, sigmoid = 3 };
+
+// Equal ends stand for no interval.
+struct Interval {
+  double lower = 0;
+  double upper = 0;
+};
+
+// What to train and how, with the tools' defaults.
+struct Parameters {
+  Formulation formulation = Formulation::cClassification;
+  Kernel kernel = Kernel::radial;
+  double gamma = 0;  // 0: one over the number of features
+  double coef0 = 0;
+  double degree = 3;
+  double cost = 1;                             // C of C-classification and the regressions
+  std::map<double, double> classWeights = {};  // factors of cost by label
+  double nu = 0.5;                             // of the nu formulations and one-class
+  double epsilon = 0.1;                        // of epsilon regression
+  double tolerance = 0.001;                    // where the solver stops
+  std::uint64_t maxIterations = 0;             // 0: no limit
+  std::uint64_t cacheMegabytes = 100;          // for kernel rows
+  bool shrinking = true;
+  bool probability = false;    // train what predict() needs for probabilities
+  unsigned randomSeed = 0;     // of folds, also those of probability; 0: from the clock
+  Interval featureScale = {};  // the model scales features from their training range to this one
+  Interval targetScale = {};   // the same for the targets of a regression
+};
+
+// How far a running solver is. Some formulations run it many times.
+struct Progress {
+  std::uint64_t iterations = 0;
+  double gap = 0;  // the largest violation, which ends at or below the tolerance
+  double tolerance = 0;
+  double cacheHitRate = 0;  // of all kernel rows asked for
+  std::uint64_t supportVectors = 0;
+  double seconds = 0;  // since the call began
+};
+
+// Where a call's messages and progress go; nowhere where a member is empty. Called on the calling
+// thread; must not call the library. An exception ends the call and reaches its caller.
+struct Sink {
+  std::function<void(std::string_view)> message = {};  // pieces of what the tools print
+  std::function<void(const Progress&)> progress = {};
+  bool verbose = true;           // informational messages, too
+  double progressSeconds = 0.2;  // least time between two reports of progress
+};
+
+// Of samples, in their order.
+struct Predictions {
+  std::vector<double> values;  // label, side (1 or -1) or target
+  // One per pair of labels (first, second), (first, third), … (second, third), …, sample by sample;
+  // above 0 for the pair's first. One for one-class, none for regression.
+  std::vector<double> decisionValues;
+  std::vector<double> probabilities;  // one per label in Model::labels() order, sample by sample
+};
+
+// A trained model, movable. Once moved away it throws AppException.
+class ZELSVM_API Model {
+ public:
+  // Reads a model file; indexBase is the number of its first feature, 0 or 1.
+  static Model load(const std::string& path, unsigned indexBase = 1);
+  Model(Model&&) noexcept;
+  Model& operator=(Model&&) noexcept;
+  ~Model();
+
+  // Writes a model file, which the tools read, too: with six digits a number, and without support
+  // vectors whose features are all 0.
+  void save(const std::string& path, unsigned indexBase = 1) const;
+
+  // Features that the samples lack are 0, features that the model lacks count in distances only.
+  // With probability a classification goes by the likeliest label; throws AppException for a model
+  // trained without probability, and for one-class.
+  [[nodiscard]] Predictions predict(const Samples& samples, bool probability = false,
+                                    const Sink& sink = {}) const;
+
+  [[nodiscard]] Formulation formulation() const;
+  [[nodiscard]] std::vector<double> labels() const;  // 1 and -1 for one-class, none for regression
+  [[nodiscard]] std::size_t supportVectorCount() const;
+  [[nodiscard]] std::size_t featureCount() const;
+  [[nodiscard]] bool hasProbability() const;
+  // Scale of the Laplace distribution of a regression's residuals, in the targets' units; 0 unless
+  // trained with probability.
+  [[nodiscard]] double residualScale() const;
+
+ private:
+  friend struct detail::Access;
+  explicit Model(std::unique_ptr<detail::ModelState> state);
+  std::unique_ptr<detail::ModelState> state;
+};
+
+// Of predictions against labels or targets.
+struct Score {
+  double accuracy = 0;            // in per cent; classification and one-class
+  double meanSquaredError = 0;    // regression
+  double squaredCorrelation = 0;  // Pearson's; regression
+};
+
+struct CrossValidation {
+  std::vector<double> predictions;  // each by a model that has not seen its sample
+  Score overall;
+  std::vector<Score> folds;
+};
+
+// One label or target per sample; labels are whole numbers.
+[[nodiscard]] ZELSVM_API Model train(const Samples& samples, std::span<const double> targets,
+                                     const Parameters& parameters = {}, const Sink& sink = {});
+
+// At least 2 folds; more folds than samples are as many as samples.
+[[nodiscard]] ZELSVM_API CrossValidation crossValidate(const Samples& samples,
+                                                       std::span<const double> targets,
+                                                       const Parameters& parameters,
+                                                       std::size_t folds, const Sink& sink = {});
+
+}  // namespace zelsvm

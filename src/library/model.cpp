@@ -1,0 +1,92 @@
+#include <cmath>
+#include <utility>
+
+#include "library/engine_call.h"
+#include "library/model_state.h"
+#include "library/rows.h"
+#include "zeldplus/zelsvm/data/scaled_data.h"
+#include "zeldplus/zelsvm/model/decision_record.h"
+#include "zeldplus/zelsvm/training/rsprocessor.h"
+#include "zeldplus/zelsvm/training/scaled_runs.h"
+
+namespace zelsvm {
+namespace {
+
+using detail::ModelState;
+
+const ModelState& required(const std::unique_ptr<ModelState>& state) {
+  if (!state) throw AppException("The model was moved away.");
+  return *state;
+}
+
+// One value per function and sample, function by function, in the order of samples.
+std::vector<double> bySample(const HostVector<double>& values, std::uint64_t samples) {
+  const std::uint64_t functions = values.size() / samples;
+  std::vector<double> ordered(values.size());
+  for (std::uint64_t f = 0; f < functions; ++f)
+    for (std::uint64_t i = 0; i < samples; ++i)
+      ordered[i * functions + f] = values[f * samples + i];
+  return ordered;
+}
+
+Predictions predictRows(const ModelState& state, const Samples& samples, bool probability) {
+  const auto rows = detail::widened(detail::Access::rows(samples), state.model->featureCount);
+  const auto matrix = detail::matrixOf(*rows, *state.context);
+  // Nothing is known of the samples but their features.
+  HostVector<double> targets(rows->rows);
+  targets.fill(0);
+  UserData<double> data(*matrix, targets);
+  GenericProcessor<double> processor(*state.context);
+  DecisionRecord<double> decisions;
+  if (state.context->problemKind != ProblemKind::regression) processor.addHandler(decisions);
+  const auto found = predictScaled(processor, *state.context, *state.model, data, probability);
+  return {detail::toVector(found.predictions), bySample(decisions.values, rows->rows),
+          detail::toVector(found.probabilities)};
+}
+
+}  // namespace
+
+Model detail::Access::model(std::unique_ptr<ModelState> state) { return Model(std::move(state)); }
+
+Model::Model(std::unique_ptr<ModelState> state) : state(std::move(state)) {}
+Model::Model(Model&&) noexcept = default;
+Model& Model::operator=(Model&&) noexcept = default;
+Model::~Model() = default;
+
+Model Model::load(const std::string& path, unsigned indexBase) {
+  return detail::callEngine({}, [&] {
+    return Model(std::make_unique<ModelState>(readModel<double>(path, indexBase, false)));
+  });
+}
+
+void Model::save(const std::string& path, unsigned indexBase) const {
+  const ModelState& trained = required(state);
+  detail::callEngine({}, [&] { writeModel(path, indexBase, *trained.context, *trained.model); });
+}
+
+Predictions Model::predict(const Samples& samples, bool probability, const Sink& sink) const {
+  const ModelState& trained = required(state);
+  return detail::callEngine(sink, [&] { return predictRows(trained, samples, probability); });
+}
+
+Formulation Model::formulation() const {
+  return static_cast<Formulation>(required(state).context->svmType);
+}
+
+std::vector<double> Model::labels() const {
+  const auto& model = *required(state).model;
+  return model.hasLabels() ? detail::toVector(model.labels()) : std::vector<double>{};
+}
+
+std::size_t Model::supportVectorCount() const { return required(state).model->vectors().rows(); }
+
+std::size_t Model::featureCount() const { return required(state).model->featureCount; }
+
+bool Model::hasProbability() const { return required(state).model->probability; }
+
+double Model::residualScale() const {
+  const auto& model = *required(state).model;
+  return model.sigma * std::sqrt(model.scale.varianceFactor());
+}
+
+}  // namespace zelsvm

@@ -1,0 +1,46 @@
+// The content of Samples: checked arrays, owned or borrowed, and the engine's view of them.
+#pragma once
+
+#include <zelsvm/zelsvm.h>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "zeldplus/zelsvm/data/matrix.h"
+#include "zeldplus/zelsvm/engine/svm_context.h"
+
+namespace zelsvm::detail {
+
+// Sparse where there are row offsets.
+struct Rows {
+  std::vector<double> ownedValues{};
+  std::vector<int> ownedColumns{};
+  std::vector<int> ownedOffsets{};
+  std::span<const double> values;
+  std::span<const int> columns{};
+  std::span<const int> offsets{};
+  std::uint64_t rows = 0;
+  std::uint64_t features = 0;
+
+  [[nodiscard]] bool isSparse() const { return !offsets.empty(); }
+};
+
+// What only the library may do with its public objects.
+struct Access {
+  static Samples samples(std::shared_ptr<const Rows> rows) { return Samples(std::move(rows)); }
+  static const std::shared_ptr<const Rows>& rows(const Samples& samples) { return samples.content; }
+  static Model model(std::unique_ptr<ModelState> state);
+};
+
+// A matrix that looks at the rows, under the context's library handle of their kind.
+std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows,
+                                                         SvmContext<double>& context);
+
+// The same samples with at least so many features, the new ones 0: itself, or a copy of what had to
+// change that looks at the rest.
+std::shared_ptr<const Rows> widened(const std::shared_ptr<const Rows>& rows,
+                                    std::uint64_t features);
+
+}  // namespace zelsvm::detail

@@ -1,0 +1,112 @@
+#include <algorithm>
+#include <ctime>
+#include <utility>
+
+#include "library/engine_call.h"
+#include "library/model_state.h"
+#include "library/rows.h"
+#include "zeldplus/inc/zelrandom.h"
+#include "zeldplus/zelsvm/data/scaled_data.h"
+#include "zeldplus/zelsvm/training/rsprocessor.h"
+#include "zeldplus/zelsvm/training/scaled_runs.h"
+
+namespace zelsvm {
+namespace {
+
+SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
+  for (const auto& [label, weight] : parameters.classWeights)
+    if (!(weight > 0)) throw AppException("Invalid classification weight.");
+  return {.svmType = static_cast<int>(parameters.formulation),
+          .kernelType = static_cast<int>(parameters.kernel),
+          .degree = parameters.degree,
+          .gamma = parameters.gamma,
+          .coef0 = parameters.coef0,
+          .C = parameters.cost,
+          .p = parameters.epsilon,
+          .nu = parameters.nu,
+          .eps = parameters.tolerance,
+          .weights = parameters.classWeights,
+          .maxIterations = parameters.maxIterations,
+          .cacheSize = parameters.cacheMegabytes,
+          .sparse = sparse,
+          .shrinking = parameters.shrinking};
+}
+
+double2 rangeOf(const Interval& interval) {
+  const double2 range{interval.lower, interval.upper};
+  if (range.x != range.y) requireScaleRange(range);
+  return range;
+}
+
+// The data of a training and all that it needs, in the order that they depend on each other.
+class Task {
+ public:
+  Task(const Samples& samples, std::span<const double> targets, const Parameters& parameters)
+      : rows(detail::Access::rows(samples)) {
+    if (targets.size() != rows->rows)
+      throw AppException("There must be one label or target for every sample.");
+    context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
+                                                   ParameterChecks::training);
+    zel::seedRandom(parameters.randomSeed != 0 ? parameters.randomSeed
+                                               : static_cast<unsigned>(std::time(nullptr)));
+    matrix = detail::matrixOf(*rows, *context);
+    // Only looked at: what is trained on is a scaled copy.
+    labels = HostVector<double>(targets.size(), const_cast<double*>(targets.data()));
+    data = std::make_unique<UserData<double>>(*matrix, labels);
+    model = std::make_unique<GenericModel<double>>();
+    fillScale(model->scale, *context, *data,
+              {rangeOf(parameters.featureScale), rangeOf(parameters.targetScale)});
+    scaled = std::make_unique<ScaledData<double>>(*data, model->scale);
+  }
+
+  std::shared_ptr<const detail::Rows> rows;
+  std::unique_ptr<SvmContext<double>> context;
+  std::unique_ptr<zelmag::AbstractMatrix<double>> matrix;
+  HostVector<double> labels;
+  std::unique_ptr<UserData<double>> data;
+  std::unique_ptr<GenericModel<double>> model;
+  std::unique_ptr<ScaledData<double>> scaled;
+};
+
+Score scoreOf(bool regression, double primary, double secondary) {
+  if (regression) return {.meanSquaredError = primary, .squaredCorrelation = secondary};
+  return {.accuracy = primary};
+}
+
+}  // namespace
+
+Model train(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
+            const Sink& sink) {
+  return detail::callEngine(sink, [&] {
+    Task task(samples, targets, parameters);
+    GenericProcessor<double>(*task.context)
+        .train(*task.model, *task.scaled, parameters.probability);
+    auto state = std::make_unique<detail::ModelState>();
+    state->context = std::move(task.context);
+    state->model = std::move(task.model);
+    return detail::Access::model(std::move(state));
+  });
+}
+
+CrossValidation crossValidate(const Samples& samples, std::span<const double> targets,
+                              const Parameters& parameters, std::size_t folds, const Sink& sink) {
+  if (folds < 2) throw AppException("Cross-validation needs at least 2 folds.");
+  return detail::callEngine(sink, [&] {
+    Task task(samples, targets, parameters);
+    const std::uint64_t count = std::min<std::uint64_t>(folds, samples.rows());
+    HostVector<double> predictions(samples.rows());
+    HostVector<double> primary(count + 1);
+    HostVector<double> secondary(count + 1);
+    crossValidateScaled(predictions, primary, secondary, *task.context, *task.scaled,
+                        task.model->scale, count, parameters.probability);
+    const bool regression = task.context->problemKind == ProblemKind::regression;
+    CrossValidation result{.predictions = detail::toVector(predictions),
+                           .overall = scoreOf(regression, primary[0], secondary[0]),
+                           .folds = {}};
+    for (std::uint64_t f = 1; f <= count; ++f)
+      result.folds.push_back(scoreOf(regression, primary[f], secondary[f]));
+    return result;
+  });
+}
+
+}  // namespace zelsvm
