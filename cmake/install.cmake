@@ -7,3 +7,13 @@ install(DIRECTORY completions/zsh/ DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site
 install(DIRECTORY docs examples TYPE DOC USE_SOURCE_PERMISSIONS)
 file(GLOB licence LICENSE* LICENCE* COPYING*)
 install(FILES ${licence} TYPE DOC)
+
+# For programs that use the library: its header, and a package that find_package(zelsvm) finds.
+include(CMakePackageConfigHelpers)
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/zelsvm)
+install(DIRECTORY include/zelsvm DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(EXPORT zelsvm FILE zelsvm-config.cmake NAMESPACE zelsvm:: DESTINATION ${package}
+        COMPONENT dev)
+write_basic_package_version_file(zelsvm-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/zelsvm-config-version.cmake DESTINATION ${package}
+        COMPONENT dev)

@@ -14,7 +14,7 @@ set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/package_layout.cmake)
 set(CPACK_THREADS 0)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL tools)
+set(CPACK_COMPONENTS_ALL tools library dev)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
     "Command-line tools for classification, regression and the estimation of a
 distribution's support: zelsvm-train, zelsvm-predict, zelsvm-scale and
@@ -26,6 +26,21 @@ set(CPACK_DEBIAN_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zelsvm)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "gnuplot-nox | python3-matplotlib")
+
+set(soname libzelsvm${PROJECT_VERSION_MAJOR})
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
+    "Support vector machines for C++ programs: the engine of the zelsvm tools, on the
+processor, as a shared library.")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${soname})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_COMPONENT_DEV_DESCRIPTION
+    "Header and CMake package of libzelsvm, for programs that use it. An example comes
+with the tools, in zelsvm.")
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libzelsvm-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${soname} (= ${PROJECT_VERSION})")
 
 if(TARGET zelsvm-cuda)
   list(APPEND CPACK_COMPONENTS_ALL cuda)

@@ -27,4 +27,6 @@ file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
 file(MAKE_DIRECTORY ${share}/lintian/overrides)
 file(COPY_FILE ${source}/lintian-overrides ${share}/lintian/overrides/zelsvm)
 # The flavour that shares our threading runtime, where any would do for the linker.
-file(WRITE ${root}/tools/debian/shlibs.local "libopenblas 0 libopenblas0-openmp\n")
+foreach(component tools library)
+  file(WRITE ${root}/${component}/debian/shlibs.local "libopenblas 0 libopenblas0-openmp\n")
+endforeach()
