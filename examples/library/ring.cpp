@@ -25,9 +25,8 @@ int main() try {
   std::printf("cross-validation: %.0f %% right\n", validation.overall.accuracy);
 
   // What zelsvm-train would print goes where the program wants it.
-  const zelsvm::Sink log{.message = [](std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stderr);
-  }};
+  const zelsvm::Sink log{
+      .message = [](std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); }};
   zelsvm::train(samples, sides, parameters, log).save("ring.model");
 
   const auto model = zelsvm::Model::load("ring.model");

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -52,6 +53,15 @@ Pipe makePipe() {
   int ends[2];
   checked(pipe2(ends, O_CLOEXEC), "pipe2");
   return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+// A terminal to write to, and what it receives.
+Pipe makeTerminal() {
+  int reading = -1;
+  int writing = -1;
+  checked(openpty(&reading, &writing, nullptr, nullptr, nullptr), "openpty");
+  for (const int end : {reading, writing}) checked(fcntl(end, F_SETFD, FD_CLOEXEC), "fcntl");
+  return {Descriptor(reading), Descriptor(writing)};
 }
 
 // A file without a name that holds the text, at its beginning.
@@ -146,7 +156,7 @@ void PrintTo(const ToolResult& result, std::ostream* stream) {
 ToolResult Workspace::run(const std::string& program, const std::vector<std::string>& arguments,
                           const RunSettings& settings) const {
   Pipe out = makePipe();
-  Pipe err = makePipe();
+  Pipe err = settings.terminal ? makeTerminal() : makePipe();
   const Descriptor input = inputFile(settings.input);
   if (settings.output == Output::closedPipe) out.reading.close();
   if (settings.output == Output::fullDevice)

@@ -12,6 +12,7 @@
 #include "zeldplus/zelsvm/engine/class_weights.h"
 #include "zeldplus/zelsvm/model/model_file.h"
 #include "zeldplus/zelsvm/training/scaled_runs.h"
+#include "zelsvm/terminal_sink.h"
 #include "zelsvm/tool.h"
 
 namespace zelsvm_main::inline ZEL_PLATFORM {
@@ -64,7 +65,7 @@ void ZelSvmMain<T>::seedRandom() const {
 
 template <typename T>
 void ZelSvmMain<T>::run() {
-  zel::ConsoleSink console(options->verbose);
+  TerminalSink console(options->verbose);
   const zel::SinkScope scope(console);
   zel::printMessage("%s %s\n\n", options->toolName.c_str(), ZELSVM_VERSION);
   selectDevice();

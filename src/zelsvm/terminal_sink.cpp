@@ -1,0 +1,88 @@
+#include "zelsvm/terminal_sink.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace zelsvm_main::inline ZEL_PLATFORM {
+namespace {
+
+constexpr std::chrono::milliseconds rewriteInterval(250);
+
+bool isSet(const char* variable, std::string_view value) {
+  const char* const text = std::getenv(variable);
+  return text != nullptr && text == value;
+}
+
+std::size_t terminalWidth() {
+  winsize size{};
+  const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
+  return known ? size.ws_col : 80;
+}
+
+}  // namespace
+
+TerminalSink::TerminalSink(bool verbose, std::chrono::milliseconds delay)
+    : ConsoleSink(verbose),
+      watched(verbose && isatty(STDERR_FILENO) != 0 && !isSet("ZELSVM_PROGRESS", "off") &&
+              !isSet("TERM", "dumb")),
+      below(isatty(STDOUT_FILENO) != 0),
+      delay(delay) {}
+
+TerminalSink::~TerminalSink() { erase(); }
+
+void TerminalSink::write(std::string_view text) {
+  const std::size_t lineBreak = text.rfind('\n');
+  const std::size_t end =
+      lineBreak == std::string_view::npos ? column + text.size() : text.size() - lineBreak - 1;
+  // Text that reaches the line would be mixed up with it.
+  if (below && (lineBreak != std::string_view::npos || end >= terminalWidth())) erase();
+  ConsoleSink::write(text);
+  column = end % terminalWidth();
+}
+
+bool TerminalSink::wantsProgress() {
+  if (!watched) return false;
+  const Clock::time_point now = Clock::now();
+  if (start == Clock::time_point{}) {
+    start = now;
+    next = now + delay;
+  }
+  return now >= next;
+}
+
+void TerminalSink::showProgress(const zel::SolveProgress& progress) {
+  const Clock::time_point now = Clock::now();
+  next = now + rewriteInterval;
+  char line[256];
+  const int length = std::snprintf(
+      line, sizeof line,
+      "%lu iterations, gap %.2g (ends at %g), cache hits %.0f %%, %lu SV, %.0f s",
+      progress.iterations, progress.gap, progress.tolerance, 100 * progress.cacheHitRate,
+      progress.supportVectors, std::chrono::duration<double>(now - start).count());
+  const auto fitting = std::min(static_cast<std::size_t>(length), terminalWidth() - 1);
+  draw(std::string_view(line, fitting));
+  shown = true;
+}
+
+// Puts the line into its place and the cursor back.
+void TerminalSink::draw(std::string_view line) {
+  std::string text = below ? "\n\r" : "\r";
+  text.append(line).append("\033[K");
+  if (below) text.append("\033[A\r");
+  if (below && column != 0) text.append("\033[" + std::to_string(column) + "C");
+  // Whether it arrives is not worth a failure.
+  static_cast<void>(::write(STDERR_FILENO, text.data(), text.size()) < 0);
+}
+
+void TerminalSink::erase() {
+  if (!shown) return;
+  draw("");
+  shown = false;
+}
+
+}  // namespace zelsvm_main::inline ZEL_PLATFORM

@@ -1,0 +1,42 @@
+// The tools' console: messages on standard output and, while somebody watches, how far training is.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string_view>
+
+#include "zeldplus/inc/zelconsole.h"
+
+namespace zelsvm_main::inline ZEL_PLATFORM {
+
+// Once a solver has run for some time, a line on standard error says how far it is: rewritten in
+// place, gone before anything else is written there and at the end. There is none unless standard
+// error is a terminal, in quiet runs, and with ZELSVM_PROGRESS=off. Where standard output is a
+// terminal, too, the line stands below the text, which it leaves alone.
+class TerminalSink : public zel::ConsoleSink {
+ public:
+  explicit TerminalSink(bool verbose, std::chrono::milliseconds delay = std::chrono::seconds(2));
+  ~TerminalSink() override;
+  TerminalSink(const TerminalSink&) = delete;
+  TerminalSink& operator=(const TerminalSink&) = delete;
+
+  void write(std::string_view text) override;
+  bool wantsProgress() override;
+  void showProgress(const zel::SolveProgress& progress) override;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void draw(std::string_view line);
+  void erase();
+
+  bool watched;
+  bool below;  // standard output is a terminal
+  std::chrono::milliseconds delay;
+  Clock::time_point start;  // of the first solver
+  Clock::time_point next;   // when the line is due
+  bool shown = false;
+  std::size_t column = 0;  // where the text on standard output ends
+};
+
+}  // namespace zelsvm_main::inline ZEL_PLATFORM
