@@ -16,8 +16,9 @@ thread_local bool hasTurn = false;
 
 void CallerSink::showProgress(const zel::SolveProgress& progress) {
   const Clock::time_point now = Clock::now();
-  next = now + std::chrono::duration_cast<Clock::duration>(
-                   std::chrono::duration<double>(sink->progressSeconds));
+  // No clock holds more than some hundred years.
+  const double wait = sink->progressSeconds < 1e9 ? sink->progressSeconds : 1e9;
+  next = now + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(wait));
   sink->progress({.iterations = progress.iterations,
                   .gap = progress.gap,
                   .tolerance = progress.tolerance,

@@ -18,6 +18,8 @@ bool isSet(const char* variable, std::string_view value) {
   return text != nullptr && text == value;
 }
 
+bool isTerminal(int stream) { return isatty(stream) != 0; }
+
 std::size_t terminalWidth() {
   winsize size{};
   const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
@@ -28,9 +30,9 @@ std::size_t terminalWidth() {
 
 TerminalSink::TerminalSink(bool verbose, std::chrono::milliseconds delay)
     : ConsoleSink(verbose),
-      watched(verbose && isatty(STDERR_FILENO) != 0 && !isSet("ZELSVM_PROGRESS", "off") &&
+      watched(verbose && isTerminal(STDERR_FILENO) && !isSet("ZELSVM_PROGRESS", "off") &&
               !isSet("TERM", "dumb")),
-      below(isatty(STDOUT_FILENO) != 0),
+      below(isTerminal(STDOUT_FILENO)),
       delay(delay) {}
 
 TerminalSink::~TerminalSink() { erase(); }
