@@ -5,10 +5,10 @@
 // was. The engine is the tools' own and runs on the processor, on as many threads as
 // OMP_NUM_THREADS or the machine allows; results do not depend on their number.
 //
-// All functions may be called from any thread. Training, cross-validation and prediction run one at
-// a time in a process: a second call waits for the first. Objects may be read by several threads at
-// once; moving, assigning and destroying one is the caller's to order. Borrowed memory must outlive
-// what looks at it and stay as it is meanwhile.
+// All functions may be called from any thread. Training, cross-validation and what models do run
+// one at a time in a process: a second call waits for the first. Several threads may use one object
+// at once, but for moving, assigning and destroying it. Borrowed memory must outlive what looks at
+// it and stay as it is meanwhile.
 #pragma once
 
 #include <cstddef>

@@ -27,13 +27,11 @@ void CallerSink::showProgress(const zel::SolveProgress& progress) {
                   .seconds = std::chrono::duration<double>(now - start).count()});
 }
 
-EngineTurn::EngineTurn() {
-  if (hasTurn) throw AppException("A sink must not call the library.");
-  lock = std::unique_lock(engineMutex);
-  hasTurn = true;
-}
+EngineTurn::EngineTurn() : lock(engineMutex) { hasTurn = true; }
 
 EngineTurn::~EngineTurn() { hasTurn = false; }
+
+bool EngineTurn::isTaken() { return hasTurn; }
 
 }  // namespace detail
 }  // namespace zelsvm

@@ -5,7 +5,9 @@
 #include <zelsvm/zelsvm.h>
 
 #include <chrono>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 
 #include "zeldplus/inc/zelconsole.h"
@@ -36,19 +38,22 @@ class CallerSink : public zel::MessageSink {
 // The engine's turn of the calling thread.
 class EngineTurn {
  public:
-  // Waits for other threads; throws AppException where the thread has its turn already, which is
-  // where a sink calls the library.
+  // Waits for other threads.
   EngineTurn();
   ~EngineTurn();
   EngineTurn(const EngineTurn&) = delete;
   EngineTurn& operator=(const EngineTurn&) = delete;
 
+  // Whether the thread has its turn already, which is so where a sink runs.
+  static bool isTaken();
+
  private:
-  std::unique_lock<std::mutex> lock;
+  std::lock_guard<std::mutex> lock;
 };
 
 template <typename Body>
 auto callEngine(const Sink& sink, Body body) {
+  if (EngineTurn::isTaken()) throw AppException("A sink must not call the library.");
   const EngineTurn turn;
   CallerSink messages(sink);
   const zel::SinkScope scope(messages);
@@ -59,6 +64,15 @@ auto callEngine(const Sink& sink, Body body) {
   } catch (const zel::RuntimeException& error) {
     throw RuntimeException(error.what());
   }
+}
+
+// Destroys what the engine made, in a turn of its own unless this is one.
+template <typename Object>
+void dispose(std::unique_ptr<Object>& object) {
+  if (!object) return;
+  std::optional<EngineTurn> turn;
+  if (!EngineTurn::isTaken()) turn.emplace();
+  object.reset();
 }
 
 }  // namespace zelsvm::detail

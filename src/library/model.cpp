@@ -50,8 +50,15 @@ Model detail::Access::model(std::unique_ptr<ModelState> state) { return Model(st
 
 Model::Model(std::unique_ptr<ModelState> state) : state(std::move(state)) {}
 Model::Model(Model&&) noexcept = default;
-Model& Model::operator=(Model&&) noexcept = default;
-Model::~Model() = default;
+
+Model& Model::operator=(Model&& other) noexcept {
+  if (this == &other) return *this;
+  detail::dispose(state);
+  state = std::move(other.state);
+  return *this;
+}
+
+Model::~Model() { detail::dispose(state); }
 
 Model Model::load(const std::string& path, unsigned indexBase) {
   return detail::callEngine({}, [&] {

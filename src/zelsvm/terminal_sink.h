@@ -30,8 +30,8 @@ class TerminalSink : public zel::ConsoleSink {
   void draw(std::string_view line);
   void erase();
 
-  bool watched;
-  bool below;  // standard output is a terminal
+  bool watched = false;
+  bool below = false;  // standard output is a terminal
   std::chrono::milliseconds delay;
   Clock::time_point start;  // of the first solver
   Clock::time_point next;   // when the line is due
