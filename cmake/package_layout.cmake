@@ -24,7 +24,3 @@ set(share ${root}/tools/usr/share)
 file(GLOB pages ${share}/man/man1/*.1)
 execute_process(COMMAND gzip -9n ${pages} COMMAND_ERROR_IS_FATAL ANY)
 file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
-file(MAKE_DIRECTORY ${share}/lintian/overrides)
-file(COPY_FILE ${source}/lintian-overrides ${share}/lintian/overrides/zelsvm)
-# The flavour that shares our threading runtime, where any would do for the linker.
-file(WRITE ${root}/tools/debian/shlibs.local "libopenblas 0 libopenblas0-openmp\n")

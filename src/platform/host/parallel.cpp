@@ -5,6 +5,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
+#include <latch>
+#include <thread>
+#include <vector>
 
 #include "platform/host/join_governor.h"
 
@@ -55,6 +59,20 @@ bool worthThreads(const Loop& loop, double nanoseconds, int threads) {
          nanoseconds >= leastTeamNanoseconds + nanosecondsPerTeamMember * threads;
 }
 
+// The threading runtime ends the process when it cannot start a thread, so that the first team's
+// threads are tried before, all at once as it will need them.
+bool canStart(int threads) {
+  std::latch ended(1);
+  std::vector<std::jthread> tried;
+  try {
+    for (int k = 0; k < threads; ++k) tried.emplace_back([&ended] { ended.wait(); });
+  } catch (const std::exception&) {
+    threads = 0;
+  }
+  ended.count_down();
+  return threads > 0;
+}
+
 // The team always has all threads: a team of another size would end threads and start new ones.
 // The estimate serves where the others have left nothing for the first thread to measure.
 void runTeam(Loop& loop, int threads, double estimate, JoinGovernor& governor, std::int64_t start) {
@@ -86,8 +104,10 @@ void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, Chu
   Loop loop{count, std::max<std::uint64_t>(grain, 1), function, body};
   const int threads = threadCount();
   if (worthThreads(loop, nanoseconds, threads) && !omp_in_parallel()) {
+    static const bool startable = canStart(threads - 1);
     const std::int64_t now = clockNow();
-    if (governor.allows(now)) return runTeam(loop, threads, nanoseconds, governor, now);
+    if (startable && governor.allows(now))
+      return runTeam(loop, threads, nanoseconds, governor, now);
   }
   const std::uint64_t chunks = loop.chunks();
   for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) loop.run(chunk);

@@ -30,7 +30,7 @@ constexpr double packedShare = 0.2;
 constexpr std::uint64_t memoryPart = 4;
 
 bool packingPays(const zelmag::AbstractMatrix<double>& matrix) {
-  if (matrix.rowOffsets() == nullptr) return true;
+  if (!matrix.isSparse()) return true;
   const double elements = static_cast<double>(matrix.rows()) * static_cast<double>(matrix.cols());
   return static_cast<double>(matrix.valueCount()) >= packedShare * elements &&
          elements * sizeof(double) <= static_cast<double>(zel::availableHostMemory() / memoryPart);
