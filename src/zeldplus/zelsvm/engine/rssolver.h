@@ -105,6 +105,7 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   std::uint64_t runBatch(Progress& progress, const HostVector<char2>& hostStatus);
   void shrink(Progress& progress, HostVector<char2>& hostStatus);
   [[nodiscard]] bool isEmptyStep();
+  [[nodiscard]] T sumOfBounds(const HostVector<char2>& hostStatus) const;
   [[nodiscard]] bool hasStalled(StallWatch& watch, std::uint64_t iterations,
                                 HostVector<T>& hostAlpha, const HostVector<T>& p);
   void readBack(HostVector<T>& hostAlpha);
