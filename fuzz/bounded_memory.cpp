@@ -13,6 +13,8 @@ std::uint64_t availableHostMemory(std::uint64_t promised) {
   return promised < memory ? memory - promised : 0;
 }
 
+std::uint64_t freeAddressSpace() { return std::uint64_t{1} << 47; }
+
 std::uint64_t totalHostMemory() { return memory; }
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "data/temp_file.h"
+#include "support/matrices.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/data/dense_file_reader.h"
 #include "zeldplus/zelsvm/data/sparse_file_reader.h"
@@ -60,13 +61,15 @@ std::string writtenModel(const ModelHeader& header, std::uint64_t featureCount) 
 
 TEST(ModelFile, HasTheExactLayoutWithEveryLine) {
   const TempFile file;
-  const double values[] = {1, 0, -3, nan};
+  double values[] = {1, 0, -3, nan};
   const double coefficients[] = {0.5, -0.0, 1, 2, -1, 1e6};
-  const int columns[] = {0, 12, 1, 2};
-  const int offsets[] = {0, 2, 3, 4};
+  int columns[] = {0, 12, 1, 2};
+  int offsets[] = {0, 2, 3, 4};
+  zeltest::LinearAlgebra context;
+  const auto matrix = zelmag::createMatrix<double>(values, columns, offsets, 13, 3, context.sparse);
   UserFileWriter<double> writer(file.path(), 1);
   writer.writeModelHeader(threeClasses(), 13);
-  writer.writeRows(values, 13, 3, coefficients, 3, columns, offsets);
+  writer.writeRows(*matrix, coefficients, 3);
   writer.close();
   EXPECT_EQ(file.text(), threeClassText);
 }
@@ -98,16 +101,18 @@ TEST(ModelFile, HasOnlyTheLinesThatApply) {
 
 TEST(UserFileWriter, WritesDenseRowsWithoutZeros) {
   const TempFile file;
-  const double values[] = {0, -0.0, 0.5, nan, 0, 0};
+  double values[] = {0, -0.0, 0.5, nan, 0, 0};
   const double labels[] = {1, -1};
+  zeltest::LinearAlgebra context;
+  const auto matrix = zelmag::createMatrix<double>(values, nullptr, nullptr, 3, 2, context.blas);
   UserFileWriter<double> writer(file.path(), 0);
-  writer.writeRows(values, 3, 2, labels, 2, nullptr, nullptr);
-  writer.writeRows(values, 3, 1, nullptr, 2, nullptr, nullptr);
-  writer.writeRows(values, 2, 1, labels, 1, nullptr, nullptr);
+  writer.writeRows(*matrix, labels, 2);
+  writer.writeRows(*matrix, nullptr, 2);
+  writer.writeRows(*matrix, labels, 1);
   writer.close();
-  EXPECT_EQ(file.text(), "1 2:0.5 \n-1 0:nan \n2:0.5 \n\n");
+  EXPECT_EQ(file.text(), "1 2:0.5 \n-1 0:nan \n2:0.5 \n0:nan \n2:0.5 \n0:nan \n");
   UserFileWriter<double> full("/dev/full", 0);
-  full.writeRows(values, 3, 2, labels, 2, nullptr, nullptr);
+  full.writeRows(*matrix, labels, 2);
   EXPECT_EQ(failureOf<AppException>([&] { full.close(); }), "failed writing to file: /dev/full");
 }
 

@@ -95,7 +95,7 @@ TEST_F(ModelRoundTrip, KeepsEveryKindOfModel) {
         EXPECT_EQ(writtenText(indexBase, *loaded.context, model), text);
         EXPECT_EQ(loaded.context->gamma, 0.125) << "0 is resolved on writing";
         EXPECT_FALSE(loaded.context->shrinking);
-        EXPECT_EQ(model.vectors().rowOffsets() != nullptr, sparse);
+        EXPECT_EQ(model.vectors().isSparse(), sparse);
         EXPECT_EQ(model.featureCount, extras ? 8u : 6u);
         EXPECT_EQ(model.probability, made.model.probability);
         EXPECT_EQ(model.sigma, made.model.sigma);

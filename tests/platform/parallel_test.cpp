@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/device_array.h"
+#include "platform/host/blas.h"
 #include "platform/host/csr_kernels.h"
 #include "platform/host/csr_product.h"
 #include "platform/host/dense_product.h"

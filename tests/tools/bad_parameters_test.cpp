@@ -92,7 +92,8 @@ TEST(BadOutput, IsAnErrorOfEveryTool) {
       {"/dev/full", "failed writing to file: /dev/full"},
       {"nowhere/out", "failed to open nowhere/out."},
       {"data/below", "failed to open data/below."},
-      {"folder", "failed to open folder."}};
+      {"folder", "failed to open folder."},
+      {"/proc/denied", "failed to open /proc/denied."}};  // whoever runs this
   for (const auto& [path, message] : outputs) {
     refuse(workspace, {"zelsvm-train", "-q", "data", path}, message, progress);
     refuse(workspace, {"zelsvm-predict", "-q", "data", "model", path}, message);

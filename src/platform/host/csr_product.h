@@ -19,7 +19,8 @@ struct Columns {
 // Bytes of 64-byte aligned work memory that csrProduct needs for so many columns.
 std::size_t csrProductBuffer(const CsrMatrix& A, std::int64_t columns);
 
-// C = alpha A B + beta C; a beta of 0 never reads C. Equal bits for any number of threads.
+// C = alpha A B + beta C; a beta of 0 never reads C. Equal bits for any number of threads. Requires
+// prepareBlas() where A has a dense form.
 void csrProduct(const CsrMatrix& A, double alpha, const Columns<const double>& B, double beta,
                 const Columns<double>& C, double* buffer);
 

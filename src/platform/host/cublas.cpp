@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/host/allocations.h"
+#include "platform/host/blas.h"
 #include "platform/host/dense_product.h"
 #include "platform/host/live_objects.h"
 
@@ -37,7 +38,7 @@ bool isValid(const DenseProduct& p) {
 
 cublasStatus_t cublasCreate_v2(cublasHandle_t* handle) {
   if (handle == nullptr) return CUBLAS_STATUS_INVALID_VALUE;
-  *handle = zel::prepareBlas() ? zel::LiveObjects<cublasContext>::instance().add({}) : nullptr;
+  *handle = zel::LiveObjects<cublasContext>::instance().add({});
   return *handle == nullptr ? CUBLAS_STATUS_ALLOC_FAILED : CUBLAS_STATUS_SUCCESS;
 }
 
@@ -79,6 +80,7 @@ cublasStatus_t cublasDgemm_v2(cublasHandle_t handle, cublasOperation_t transA,
   const zel::DenseProduct product{
       transA == CUBLAS_OP_T, transB == CUBLAS_OP_T, m, n, k, *alpha, A, lda, B, ldb, *beta, C, ldc};
   if (!zel::isValid(product)) return CUBLAS_STATUS_INVALID_VALUE;
+  if (!zel::prepareBlas()) return CUBLAS_STATUS_ALLOC_FAILED;
   zel::denseProduct(product);
   return CUBLAS_STATUS_SUCCESS;
 }

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "platform/host/allocations.h"
-#include "platform/host/dense_product.h"
 #include "platform/host/live_objects.h"
 
 namespace zel::inline ZEL_PLATFORM {
@@ -67,7 +66,6 @@ const char* cusparseGetErrorString(cusparseStatus_t status) {
 
 cusparseStatus_t cusparseCreate(cusparseHandle_t* handle) {
   if (handle == nullptr) return CUSPARSE_STATUS_INVALID_VALUE;
-  if (!zel::prepareBlas()) return CUSPARSE_STATUS_ALLOC_FAILED;
   return zel::add(handle, cusparseContext{});
 }
 

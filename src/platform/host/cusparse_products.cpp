@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "platform/host/allocations.h"
+#include "platform/host/blas.h"
 #include "platform/host/csr_product.h"
 #include "platform/host/cusparse_descriptors.h"
 #include "platform/host/live_objects.h"
@@ -72,6 +73,7 @@ cusparseStatus_t query(const Product& product, std::size_t* bytes) {
 cusparseStatus_t multiply(const Product& product, void* buffer) {
   if (!Allocations::instance().isDeviceRange(buffer, csrProductBuffer(*product.A, product.B.count)))
     return CUSPARSE_STATUS_INVALID_VALUE;
+  if (product.A->dense() != nullptr && !prepareBlas()) return CUSPARSE_STATUS_ALLOC_FAILED;
   csrProduct(*product.A, product.alpha, product.B, product.beta, product.C,
              static_cast<double*>(buffer));
   return CUSPARSE_STATUS_SUCCESS;

@@ -1,12 +1,9 @@
 #include "platform/host/dense_product.h"
 
-#include <cblas.h>
-#include <omp.h>
-
 #include <algorithm>
 
+#include "platform/host/blas.h"
 #include "platform/host/parallel.h"
-#include "platform/system/available_memory.h"
 
 namespace zel::inline ZEL_PLATFORM {
 namespace {
@@ -21,19 +18,6 @@ constexpr double nanosecondsPerMultiplication = 0.06;
 constexpr int roundUp(int value, int multiple) {
   return (value + multiple - 1) / multiple * multiple;
 }
-
-// An OpenBLAS that shares our threading runtime takes as many threads as a parallel region would
-// get, so while it works on the calling thread that is one.
-class SingleThread {
- public:
-  SingleThread() { omp_set_num_threads(1); }
-  ~SingleThread() { omp_set_num_threads(threads); }
-  SingleThread(const SingleThread&) = delete;
-  SingleThread& operator=(const SingleThread&) = delete;
-
- private:
-  int threads = omp_get_max_threads();
-};
 
 CBLAS_TRANSPOSE operation(bool transpose) { return transpose ? CblasTrans : CblasNoTrans; }
 
@@ -61,9 +45,9 @@ void multiplyVector(const DenseProduct& p) {
                  scale(p.C + begin, end - begin, p.beta);
                  const SingleThread single;
                  const double* const A = line(p.A, p.lda, p.transposeA, begin);
-                 cblas_dgemv(CblasColMajor, operation(p.transposeA), p.transposeA ? p.k : count,
-                             p.transposeA ? count : p.k, p.alpha, A, p.lda, p.B, 1, 1.0,
-                             p.C + begin, 1);
+                 blas().dgemv(CblasColMajor, operation(p.transposeA), p.transposeA ? p.k : count,
+                              p.transposeA ? count : p.k, p.alpha, A, p.lda, p.B, 1, 1.0,
+                              p.C + begin, 1);
                });
 }
 
@@ -74,9 +58,9 @@ void multiplyTile(const DenseProduct& p, std::uint64_t row, int rows, std::uint6
     scale(C + static_cast<std::uint64_t>(j) * static_cast<std::uint64_t>(p.ldc),
           static_cast<std::uint64_t>(rows), p.beta);
   const SingleThread single;
-  cblas_dgemm(CblasColMajor, operation(p.transposeA), operation(p.transposeB), rows, columns, p.k,
-              p.alpha, line(p.A, p.lda, p.transposeA, row), p.lda,
-              line(p.B, p.ldb, !p.transposeB, column), p.ldb, 1.0, C, p.ldc);
+  blas().dgemm(CblasColMajor, operation(p.transposeA), operation(p.transposeB), rows, columns, p.k,
+               p.alpha, line(p.A, p.lda, p.transposeA, row), p.lda,
+               line(p.B, p.ldb, !p.transposeB, column), p.ldb, 1.0, C, p.ldc);
 }
 
 void multiplyMatrix(const DenseProduct& p) {
@@ -107,19 +91,6 @@ void denseProduct(const DenseProduct& product) {
   if (product.k == 0 || product.alpha == 0) return scaleOutput(product);
   const bool vector = product.n == 1 && !product.transposeB;
   vector ? multiplyVector(product) : multiplyMatrix(product);
-}
-
-bool prepareBlas() {
-  // The BLAS ends the process when it cannot have its buffer for a thread.
-  constexpr std::uint64_t bufferBytes = std::uint64_t{64} << 20;
-  if (availableHostMemory() < bufferBytes * static_cast<std::uint64_t>(threadCount())) return false;
-  // The setting is the whole process's.
-  static const bool single = [] {
-    const SingleThread guard;  // the setting of an OpenBLAS may be the runtime's own
-    openblas_set_num_threads(1);
-    return true;
-  }();
-  return single;
 }
 
 }  // namespace zel::inline ZEL_PLATFORM

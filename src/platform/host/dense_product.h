@@ -24,11 +24,7 @@ struct DenseProduct {
 };
 
 // A beta of 0 never reads C. The slices are fixed by the sizes alone: equal bits for any number of
-// threads.
+// threads. Requires prepareBlas().
 void denseProduct(const DenseProduct& product);
-
-// Keeps the BLAS from running threads of its own beside ours. False when the memory that its
-// buffers need is not there.
-bool prepareBlas();
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -5,6 +5,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
+#include <latch>
+#include <thread>
+#include <vector>
 
 #include "platform/host/join_governor.h"
 
@@ -50,6 +54,25 @@ struct Loop {
   }
 };
 
+// The threading runtime ends the process when it cannot start a thread, so that the first team's
+// threads are tried before, all at once as it will need them.
+bool canStart(int threads) {
+  std::latch ended(1);
+  std::vector<std::jthread> tried;
+  try {
+    for (int k = 0; k < threads; ++k) tried.emplace_back([&ended] { ended.wait(); });
+  } catch (const std::exception&) {
+    threads = 0;
+  }
+  ended.count_down();
+  return threads > 0;
+}
+
+bool teamCanStart() {
+  static const bool startable = canStart(threadCount() - 1);
+  return startable;
+}
+
 // The team always has all threads: a team of another size would end threads and start new ones.
 // The estimate serves where the others have left nothing for the first thread to measure.
 void runTeam(Loop& loop, int threads, double estimate, JoinGovernor& governor, std::int64_t start) {
@@ -88,12 +111,14 @@ void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, Chu
   const std::uint64_t chunks = loop.chunks();
   if (chunks > 1 && isWorthThreads(nanoseconds)) {
     const std::int64_t now = clockNow();
-    if (governor.allows(now)) return runTeam(loop, threadCount(), nanoseconds, governor, now);
+    if (teamCanStart() && governor.allows(now))
+      return runTeam(loop, threadCount(), nanoseconds, governor, now);
   }
   for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) loop.run(chunk);
 }
 
 void runCrew(int members, void (*function)(const void* body, int member), const void* body) {
+  if (members < 2 || !teamCanStart()) return function(body, 0);
 #pragma omp parallel num_threads(threadCount())
   {
     if (omp_get_thread_num() < members) function(body, omp_get_thread_num());

@@ -56,6 +56,8 @@ std::uint64_t availableHostMemory(std::uint64_t promised) {
   return std::min(physical - std::min(promised, physical), addressSpace().free);
 }
 
+std::uint64_t freeAddressSpace() { return addressSpace().free; }
+
 std::uint64_t totalHostMemory() {
   static const std::uint64_t physical = std::min(pages(_SC_PHYS_PAGES), controlGroupMemory().total);
   return std::min(physical, addressSpace().total);

@@ -10,6 +10,9 @@ namespace zel::inline ZEL_PLATFORM {
 // was handed out before and has not been touched yet, which the first two do not know about.
 std::uint64_t availableHostMemory(std::uint64_t promised = 0);
 
+// Bytes that the process may still map.
+std::uint64_t freeAddressSpace();
+
 // Bytes there are at all under the same limits.
 std::uint64_t totalHostMemory();
 

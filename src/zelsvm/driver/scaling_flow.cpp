@@ -22,10 +22,8 @@ void ZelSvmMain<T>::scale() {
   loadData(options->inputFile, restored ? record.featureCount() : 0);
   if (!restored) record.initialize(*dataSet);
   zelsvm::ScaledData<T> scaled(*dataSet, record);
-  const zelmag::AbstractMatrix<T>& matrix = scaled.matrix();
   zelsvm::UserFileWriter<T> writer(options->outputFile, options->indexBase);
-  writer.writeRows(matrix.values(), matrix.cols(), matrix.rows(), scaled.labels().data(), 2,
-                   matrix.columnIndices(), matrix.rowOffsets());
+  writer.writeRows(scaled.matrix(), scaled.labels().data(), 2);
   writer.close();
   if (!options->saveFile.empty() && options->saveFile != options->restoreFile)
     record.save(options->saveFile);

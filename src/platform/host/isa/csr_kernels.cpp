@@ -5,7 +5,7 @@ namespace ZEL_ISA {
 namespace {
 
 __attribute__((always_inline)) inline double multiplyAdd(double a, double b, double c) {
-#ifdef __FP_FAST_FMA
+#if defined(__FP_FAST_FMA) || defined(__FMA__)
   return __builtin_fma(a, b, c);
 #else
   return a * b + c;

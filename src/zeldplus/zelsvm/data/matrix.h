@@ -30,6 +30,8 @@ class AbstractMatrix {
 
   // The stored values on the host, row after row.
   [[nodiscard]] virtual const T* values() const = 0;
+  // Are there CSR arrays? Else every value is stored.
+  [[nodiscard]] bool isSparse() const { return rowOffsets() != nullptr; }
   // CSR arrays; null for a dense matrix, and without stored values all but the row offsets.
   [[nodiscard]] virtual const int* columnIndices() const { return nullptr; }
   [[nodiscard]] virtual const int* rowOffsets() const { return nullptr; }

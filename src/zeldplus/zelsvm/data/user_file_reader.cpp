@@ -1,6 +1,7 @@
 #include "zeldplus/zelsvm/data/user_file_reader.h"
 
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 #include "zeldplus/inc/zelerrors.h"
@@ -37,11 +38,20 @@ void UserFileReader<T>::openFile(zel::CTextFile& file) const {
 template <typename T>
 void UserFileReader<T>::read(std::uint64_t minimumCols) {
   countRows(minimumCols, Counting::quick);
-  if (colCount != 0 && rowCount != 0 && loadArrays()) return;
+  if (colCount != 0 && rowCount != 0 && loadIfItFits()) return;
   countRows(minimumCols, Counting::exact);
   if (colCount == 0 || rowCount == 0)
     throw zel::RuntimeException("No proper data is found in input file");
   if (!loadArrays()) zel::throwAppException("the file changed while it was read: %s", path.c_str());
+}
+
+template <typename T>
+bool UserFileReader<T>::loadIfItFits() {
+  try {
+    return loadArrays();
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 template <typename T>

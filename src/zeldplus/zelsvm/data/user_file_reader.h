@@ -78,6 +78,8 @@ class UserFileReader : public AbstractFileBase<T> {
   enum class Counting { quick, exact };
 
   void openFile(zel::CTextFile& file) const;
+  // A quick count may ask for more memory than an exact one.
+  bool loadIfItFits();
   // First pass: counts rows, pairs and columns, and reads the header of a model file.
   void countRows(std::uint64_t minimumCols, Counting counting);
   void readHeader(zel::CTextFile& file, std::string_view line);

@@ -20,22 +20,22 @@ UserFileWriter<T>::UserFileWriter(const std::string& path, std::uint64_t indexBa
 }
 
 template <typename T>
-void UserFileWriter<T>::writeRows(const T* values, std::uint64_t cols, std::uint64_t rows,
-                                  const T* leading, std::uint64_t k, const int* columnIndices,
-                                  const int* rowOffsets) {
+void UserFileWriter<T>::writeRows(const zelmag::AbstractMatrix<T>& matrix, const T* leading,
+                                  std::uint64_t k) {
   const std::uint64_t leadingCount = leading != nullptr && k >= 2 ? k - 1 : 0;
   const auto writePair = [this](std::uint64_t column, double value) {
     output.put(column + this->baseIndex).put(":").put(value).put(" ");
   };
-  for (std::uint64_t row = 0; row < rows; ++row) {
+  for (std::uint64_t row = 0; row < matrix.rows(); ++row) {
     for (std::uint64_t i = 0; i < leadingCount; ++i)
       output.put(leading[row * leadingCount + i]).put(" ");
-    if (rowOffsets != nullptr) {  // the other arrays are null where no value is stored
-      for (int i = rowOffsets[row]; i < rowOffsets[row + 1]; ++i)
-        writePair(static_cast<std::uint64_t>(columnIndices[i]), values[i]);
+    if (matrix.isSparse()) {
+      for (int i = matrix.rowOffsets()[row]; i < matrix.rowOffsets()[row + 1]; ++i)
+        writePair(static_cast<std::uint64_t>(matrix.columnIndices()[i]), matrix.values()[i]);
     } else {
-      for (std::uint64_t column = 0; column < cols; ++column)
-        if (const T value = values[row * cols + column]; value != 0) writePair(column, value);
+      const T* const values = matrix.values() + row * matrix.cols();
+      for (std::uint64_t column = 0; column < matrix.cols(); ++column)
+        if (values[column] != 0) writePair(column, values[column]);
     }
     output.put("\n");
   }

@@ -8,6 +8,7 @@
 #include "zeldplus/inc/zelfiles.h"
 #include "zeldplus/inc/zeltextoutput.h"
 #include "zeldplus/zelsvm/data/file_base.h"
+#include "zeldplus/zelsvm/data/matrix.h"
 #include "zeldplus/zelsvm/data/model_header.h"
 
 namespace zelsvm::inline ZEL_PLATFORM {
@@ -19,12 +20,10 @@ class UserFileWriter : public AbstractFileBase<T> {
   // Creates or truncates the file.
   UserFileWriter(const std::string& path, std::uint64_t indexBase);
 
-  // Writes rows lines of k - 1 leading numbers (none if leading is null or k < 2) and index:value
-  // pairs. leading is rows x (k - 1), row-major. With row offsets every stored entry is
-  // written (there may be none, and then no values and column indices), else of the row-major
-  // rows x cols values those that are not 0.
-  void writeRows(const T* values, std::uint64_t cols, std::uint64_t rows, const T* leading,
-                 std::uint64_t k, const int* columnIndices, const int* rowOffsets);
+  // Writes each row as a line of k - 1 leading numbers (none if leading is null or k < 2) and
+  // index:value pairs. leading is rows x (k - 1), row-major. Of a sparse matrix every stored entry
+  // is written, of a dense one the values that are not 0.
+  void writeRows(const zelmag::AbstractMatrix<T>& matrix, const T* leading, std::uint64_t k);
 
   // Writes the lines before the support vectors. A gamma of 0 is written as 1 / featureCount; lists
   // that are empty get no line, but featureBounds is filled up with (0, 0) to featureCount.

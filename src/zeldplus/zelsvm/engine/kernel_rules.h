@@ -7,7 +7,7 @@ namespace zelsvm::inline ZEL_PLATFORM {
 
 // a * b + c, rounded once where the processor can.
 ZEL_RULE double fusedMultiplyAdd(double a, double b, double c) {
-#if defined(__CUDACC__) || defined(__FP_FAST_FMA)
+#if defined(__CUDACC__) || defined(__FP_FAST_FMA) || defined(__FMA__)
   return __builtin_fma(a, b, c);
 #else
   return a * b + c;

@@ -126,9 +126,10 @@ void SmoBaseSolver<T>::solve(SmoSolution& result, SvmData<T>& data, HostVector<T
   progress.active = resetActiveSet();
   progress.shrinking = params->shrinking && variableCount > shrinkingThreshold;
   if (!this->gradientReady) initGradient(data);
-  StallWatch watch(variableCount);
+  StallWatch watch(variableCount, sumOfBounds(hostStatus));
   while (!progress.converged && !progress.stuck) {
     progress.iterations += runBatch(progress, hostStatus);
+    watch.see(progress.gap, progress.active == variableCount);
     if (!progress.converged && watch.isDue(progress.iterations))
       progress.stuck = hasStalled(watch, progress.iterations, hostAlpha, p);
     if (zel::isVerbose()) zel::printMessage(".");
@@ -198,13 +199,21 @@ bool SmoBaseSolver<T>::isEmptyStep() {
 }
 
 template <typename T>
+T SmoBaseSolver<T>::sumOfBounds(const HostVector<char2>& hostStatus) const {
+  T sum = 0;
+  for (unsigned k = 0; k < variableCount; ++k)
+    sum += hostStatus.data()[k].y > 0 ? this->Cp : this->Cn;
+  return sum;
+}
+
+template <typename T>
 bool SmoBaseSolver<T>::hasStalled(StallWatch& watch, std::uint64_t iterations,
                                   HostVector<T>& hostAlpha, const HostVector<T>& p) {
   readBack(hostAlpha);
   T objective = 0;
   T magnitude = 0;
   for (unsigned k = 0; k < variableCount; ++k) {
-    const T term = (gradientHost.data()[k] + p.data()[k]) * hostAlpha.data()[k];
+    const T term = (gradientHost.data()[k] + p.data()[k]) * hostAlpha.data()[k] / 2;
     objective += term;
     magnitude += std::abs(term);
   }

@@ -106,6 +106,7 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   void shrink(Progress& progress, HostVector<char2>& hostStatus);
   void report(std::uint64_t iterations, T gap);
   [[nodiscard]] bool isEmptyStep();
+  [[nodiscard]] T sumOfBounds(const HostVector<char2>& hostStatus) const;
   [[nodiscard]] bool hasStalled(StallWatch& watch, std::uint64_t iterations,
                                 HostVector<T>& hostAlpha, const HostVector<T>& p);
   void readBack(HostVector<T>& hostAlpha);

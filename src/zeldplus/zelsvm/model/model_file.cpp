@@ -119,11 +119,9 @@ void writeModel(const std::string& path, std::uint64_t indexBase, const SvmConte
                 const GenericModel<T>& model) {
   const ModelHeader header = describe(context, model);
   requireFinite(header, model);
-  const zelmag::AbstractMatrix<T>& vectors = model.vectors();
   UserFileWriter<T> writer(path, indexBase);
   writer.writeModelHeader(header, model.featureCount);
-  writer.writeRows(vectors.values(), vectors.cols(), vectors.rows(), model.coefficients().data(),
-                   header.classCount, vectors.columnIndices(), vectors.rowOffsets());
+  writer.writeRows(model.vectors(), model.coefficients().data(), header.classCount);
   writer.close();
 }
 

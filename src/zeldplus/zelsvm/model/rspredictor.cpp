@@ -54,7 +54,7 @@ void GenericPredictor<T>::size(const zelmag::AbstractMatrix<T>& test) {
   blockSize = std::clamp<std::uint64_t>(fitting, minBlockSize, maxBlockSize);
   blockSize = std::clamp(maxValueBytes / valueBytes, minBlockSize, blockSize);
   // Sparse rows are laid out densely on the device, which many columns make large.
-  if (test.rowOffsets() != nullptr)
+  if (test.isSparse())
     blockSize = std::clamp(std::min(available / 4, maxDenseBytes) / (test.cols() * sizeof(T)),
                            minBlockSize, blockSize);
   const std::uint64_t m = std::min(test.rows(), blockSize);

@@ -11,12 +11,11 @@ namespace {
 
 template <typename T>
 bool isFiniteRow(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row) {
-  const int* const offsets = matrix.rowOffsets();
-  const std::uint64_t begin =
-      offsets == nullptr ? row * matrix.cols() : static_cast<std::uint64_t>(offsets[row]);
-  const std::uint64_t end =
-      offsets == nullptr ? begin + matrix.cols() : static_cast<std::uint64_t>(offsets[row + 1]);
-  return std::all_of(matrix.values() + begin, matrix.values() + end,
+  const auto begin = [&matrix](std::uint64_t k) {
+    return matrix.isSparse() ? static_cast<std::uint64_t>(matrix.rowOffsets()[k])
+                             : k * matrix.cols();
+  };
+  return std::all_of(matrix.values() + begin(row), matrix.values() + begin(row + 1),
                      [](T v) { return std::isfinite(v); });
 }
 

@@ -1,6 +1,7 @@
 #include "zeldplus/zelsvm/engine/host/packed_samples.h"
 
 #include <algorithm>
+
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
@@ -13,7 +14,8 @@ template <typename Take>
 void forEachValue(const zelmag::AbstractMatrix<double>& matrix, Take take) {
   const double* const values = matrix.values();
   const std::uint64_t cols = matrix.cols();
-  if (const int* const offsets = matrix.rowOffsets()) {
+  if (matrix.isSparse()) {
+    const int* const offsets = matrix.rowOffsets();
     for (std::uint64_t i = 0; i < matrix.rows(); ++i)
       for (int p = offsets[i]; p < offsets[i + 1]; ++p)
         take(i, static_cast<std::uint64_t>(matrix.columnIndices()[p]), values[p]);

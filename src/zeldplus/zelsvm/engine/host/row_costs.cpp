@@ -23,7 +23,7 @@ double packedNanoseconds(std::uint64_t features, SVM_KERNEL kernelType) {
 }
 
 bool packingPays(const zelmag::AbstractMatrix<double>& matrix) {
-  if (matrix.rowOffsets() == nullptr) return true;
+  if (!matrix.isSparse()) return true;
   const double elements = static_cast<double>(matrix.rows()) * static_cast<double>(matrix.cols());
   return static_cast<double>(matrix.valueCount()) >= packedShare * elements &&
          elements * sizeof(double) <= static_cast<double>(zel::availableHostMemory() / memoryPart);

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/host/blas.h"
 #include "platform/host/dense_product.h"
 #include "platform/host/parallel.h"
 #include "zeldplus/zelsvm/engine/host/kernel_transform.h"
@@ -100,6 +101,7 @@ template <typename T>
 void DecisionFunctions<T>::evaluate(zel::DeviceVector<T>& values, zel::DeviceVector<T>& products,
                                     std::uint64_t pitch, const zel::DeviceVector<T>& testNorms,
                                     std::uint64_t samples) {
+  zellas::zelSafeBlasCall(zel::prepareBlas() ? CUBLAS_STATUS_SUCCESS : CUBLAS_STATUS_ALLOC_FAILED);
   // For regression the second class has no vectors.
   std::vector<std::uint64_t> starts{0, svCount, svCount};
   if (params->problemKind != ProblemKind::regression) {
