@@ -118,7 +118,7 @@ void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, Chu
 }
 
 void runCrew(int members, void (*function)(const void* body, int member), const void* body) {
-  if (members < 2 || !teamCanStart()) return function(body, 0);
+  if (!teamCanStart()) return function(body, 0);
 #pragma omp parallel num_threads(threadCount())
   {
     if (omp_get_thread_num() < members) function(body, omp_get_thread_num());
