@@ -1,7 +1,6 @@
 #include "platform/host/blas.h"
 
 #include <dlfcn.h>
-#include <omp.h>
 
 #include <cstdlib>
 #include <mutex>
@@ -24,7 +23,7 @@ constexpr std::uint64_t bufferBytes = std::uint64_t{128} << 20;
 // What our products touch of a buffer, at most.
 constexpr std::uint64_t touchedBytes = std::uint64_t{16} << 20;
 
-std::optional<Blas> loaded;
+Blas loaded{};
 
 bool fitsIntoMemory(int threads) {
   const auto callers = static_cast<std::uint64_t>(threads);
@@ -80,14 +79,10 @@ void reserveBuffers(void* library, int count) {
 
 }  // namespace
 
-SingleThread::SingleThread() : threads(omp_get_max_threads()) { omp_set_num_threads(1); }
-
-SingleThread::~SingleThread() { omp_set_num_threads(threads); }
-
 bool prepareBlas() {
   static std::mutex lock;
   const std::scoped_lock locked(lock);
-  if (loaded) return true;
+  if (loaded.dgemm != nullptr) return true;
   const int threads = threadCount();
   if (!fitsIntoMemory(threads)) return false;
   const SingleThread single;  // the setting of an OpenBLAS may be the runtime's own
@@ -100,6 +95,6 @@ bool prepareBlas() {
   return true;
 }
 
-const Blas& blas() { return *loaded; }
+const Blas& blas() { return loaded; }
 
 }  // namespace zel::inline ZEL_PLATFORM

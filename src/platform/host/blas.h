@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cblas.h>
+#include <omp.h>
 
 namespace zel::inline ZEL_PLATFORM {
 
@@ -14,13 +15,13 @@ struct Blas {
 // get, so while one of these lives on the calling thread that is one.
 class SingleThread {
  public:
-  SingleThread();
-  ~SingleThread();
+  SingleThread() { omp_set_num_threads(1); }
+  ~SingleThread() { omp_set_num_threads(threads); }
   SingleThread(const SingleThread&) = delete;
   SingleThread& operator=(const SingleThread&) = delete;
 
  private:
-  int threads;
+  int threads = omp_get_max_threads();
 };
 
 // Must have returned true before a product is computed. Loads the BLAS at the first call, with work
