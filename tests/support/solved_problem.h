@@ -23,7 +23,11 @@ struct SolvedProblem {
   double Cp = 0;
   double Cn = 0;
   zelsvm::SmoSolution solution;
+  std::uint64_t usedGuesses = 0;
 };
+
+// Whether solvers to come may guess rows.
+inline bool guessing = true;
 
 template <typename Solver>
 class RecordingSolver : public Solver {
@@ -39,7 +43,9 @@ class RecordingSolver : public Solver {
     for (const char2& entry : valuesOf(status)) problem.y.push_back(entry.y);
     problem.Cp = this->Cp;
     problem.Cn = this->Cn;
+    if (!guessing) this->kernel.setForecast(nullptr);
     Solver::solve(result, data, alpha, status, p);
+    problem.usedGuesses = this->kernel.usedGuesses();
     problem.alpha = valuesOf(alpha);
     problem.solution = result;
     problems.push_back(problem);
