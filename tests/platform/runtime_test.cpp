@@ -129,20 +129,4 @@ cudaResourceDesc linearResource(void* memory, std::size_t bytes, int bits) {
   return resource;
 }
 
-TEST(Texture, HandlesAreDistinctAndNeverZero) {
-  const DeviceArray<double> array(512);
-  const cudaTextureDesc description{};
-  const auto doubles = linearResource(array.data(), 4096, 32);
-  const auto bytes = linearResource(array.data(), 1024, 8);
-  cudaTextureObject_t first = 0;
-  cudaTextureObject_t second = 0;
-  ASSERT_EQ(cudaCreateTextureObject(&first, &doubles, &description, nullptr), cudaSuccess);
-  ASSERT_EQ(cudaCreateTextureObject(&second, &bytes, &description, nullptr), cudaSuccess);
-  EXPECT_NE(first, 0U);
-  EXPECT_NE(second, 0U);
-  EXPECT_NE(first, second);
-  EXPECT_EQ(cudaDestroyTextureObject(first), cudaSuccess);
-  EXPECT_EQ(cudaDestroyTextureObject(second), cudaSuccess);
-}
-
 }  // namespace

@@ -47,15 +47,6 @@ TEST(Formulations, ReportLines) {
   }
 }
 
-TEST(Formulations, ClassificationOfRealData) {
-  const Workspace workspace;
-  succeed(workspace,
-          {"zelsvm-train", "-s", "1", "-n", "0.1", "-x", "-1:1", zeltest::cancerFile(), "model"});
-  const std::string text =
-      succeed(workspace, {"zelsvm-predict", zeltest::cancerFile(), "model", "out"});
-  EXPECT_GE(numbersIn(restOfLine(text, "Accuracy = ")).at(0), 97);
-}
-
 TEST(Formulations, OneClassLeavesAboutNuOutside) {
   const Workspace workspace;
   Samples samples = classSamples(400, 3, {1, 2}, 1);
@@ -123,38 +114,6 @@ TEST(ManyLabels, ExtremeLabels) {
   EXPECT_EQ(restOfLine(workspace.read("model"), "Labels: "), "-9e+18 0 9e+18");
   succeed(workspace, words("zelsvm-predict data model out"));
   EXPECT_EQ(workspace.read("out"), "9e+18 \n0 \n0 \n-9e+18 \n");
-}
-
-// The largest coefficient among the support vectors of every class.
-std::vector<double> largestCoefficients(const std::string& model) {
-  const auto lines = zeltest::vectorLines(model);
-  auto line = lines.begin();
-  std::vector<double> result;
-  for (const double size : numbersIn(restOfLine(model, "NrSV: "))) {
-    double largest = 0;
-    for (double i = 0; i < size; ++i, ++line) {
-      const auto numbers = numbersIn(*line);
-      for (const double c : {numbers.at(0), numbers.at(1)})
-        largest = std::max(largest, std::fabs(c));
-    }
-    result.push_back(largest);
-  }
-  return result;
-}
-
-TEST(ManyLabels, WeightsInAllSpellings) {
-  const Workspace workspace;
-  workspace.write("data", fileText(classSamples(150, 2, {1, 2, 3}, 1)));
-  const auto modelWith = [&](const std::string& weights) {
-    succeed(workspace, {"zelsvm-train", "-q", "-c", "0.5", "-w", weights, "data", "model"});
-    return workspace.read("model");
-  };
-  const std::string expected = modelWith("1:4 3:0.5");
-  // Overlapping classes: some multiplier is at its bound, C times the class's weight.
-  EXPECT_EQ(largestCoefficients(expected), (std::vector<double>{2, 0.5, 0.25}));
-  for (const char* weights : {"\"1:4 3:0.5\"", "'1:4 3:0.5'", "\"1:4\" \"3:0.5\"", "1:4  3:0.5",
-                              " 1:4 3:.5", "1:4 3:0.5 1:9", "1:4 3:0.5 5:7", "1:4 3:5e-1 2"})
-    EXPECT_EQ(modelWith(weights), expected) << weights;
 }
 
 }  // namespace

@@ -79,13 +79,4 @@ TEST(ScaleTool, RecordAndFileOfDifferentWidths) {
   EXPECT_EQ(workspace.read("out"), "1 1:0.5 3:0.25 \n");
 }
 
-TEST(ScaleTool, LongLineAndManyColumns) {
-  std::string line = "1";
-  for (int k = 1; k <= 300000; ++k) line += ' ' + std::to_string(k) + ":1.25";
-  const Workspace workspace;
-  workspace.write("in", line + "\n-1 1000000:3\n");
-  succeed(workspace, {"zelsvm-scale", "-x", "", "in", "out"});
-  EXPECT_EQ(workspace.read("out"), line + " \n-1 1000000:3 \n");
-}
-
 }  // namespace
