@@ -128,18 +128,4 @@ TEST(MruCache, GuessesAreOlderThanUsedRows) {
   for (std::uint64_t row = 2; row < 13; ++row) EXPECT_TRUE(isCached(row)) << row;
 }
 
-TEST(MruCache, RefusesRowsOutOfRange) {
-  MRUCache<double> cache;
-  cache.initialize(20, 1);
-  for (const std::uint64_t row : {std::uint64_t{20}, ~std::uint64_t{0}}) {
-    EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.query(row); }),
-              "Unexpected kernel cache query request.");
-    EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.grab(row); }),
-              "Unexpected kernel cache grab request.");
-    EXPECT_EQ(failureOf<zel::RuntimeException>([&] { cache.grabGuess(row); }),
-              "Unexpected kernel cache grab request.");
-  }
-  EXPECT_NE(cache.grab(19), nullptr);
-}
-
 }  // namespace

@@ -121,15 +121,6 @@ TEST_P(SmoKernelTest, TheSecondHalfOfARegressionSharesRows) {
             fromDevice(kernel.getRow(rows - 1), rows));
 }
 
-TEST_P(SmoKernelTest, RefusesVariablesOutOfRange) {
-  for (const std::uint64_t variables : {rows, 2 * rows}) {
-    initialize(variables);
-    for (const std::uint64_t index : {variables, 2 * rows, ~std::uint64_t{0}})
-      EXPECT_EQ(failureOf<zel::RuntimeException>([&] { kernel.getRow(index); }),
-                "Unexpected kernel matrix indexes.");
-  }
-}
-
 TEST_P(SmoKernelTest, KnowsItsDiagonal) {
   initialize(rows);
   const std::vector<double> diagonal = fromDevice(kernel.diagonal(), rows);
@@ -148,16 +139,6 @@ std::string nameOfCase(const testing::TestParamInfo<std::tuple<int, bool>>& test
 
 INSTANTIATE_TEST_SUITE_P(Kernels, SmoKernelTest,
                          testing::Combine(testing::Range(0, 4), testing::Bool()), nameOfCase);
-
-TEST(EffectiveGamma, IsOneOverTheFeaturesAndNegatedForTheRadialKernel) {
-  for (const int kernel : {0, 1, 2, 3}) {
-    const double sign = kernel == 2 ? -1 : 1;
-    const SvmContext<double> automatic({.kernelType = kernel}, ParameterChecks::training);
-    EXPECT_EQ(automatic.effectiveGamma(4), sign * 0.25);
-    const SvmContext<double> given({.kernelType = kernel, .gamma = 3}, ParameterChecks::training);
-    EXPECT_EQ(given.effectiveGamma(4), sign * 3);
-  }
-}
 
 // Whatever the products are, even those that overflow.
 TEST(PolynomialKernel, DegreeBelowOneIsExactlyOne) {

@@ -14,7 +14,6 @@
 
 namespace {
 
-using zelsvm::SvmContext;
 using zelsvm::SvmParameters;
 using zeltest::Samples;
 using zeltest::SolvedProblem;
@@ -163,23 +162,15 @@ TEST(LargeProblems, TiesGoToTheFirstOfAllChunks) {
 // A solver keeps buffers, but no state, from problems of other sizes and from failures.
 template <typename Trainer, typename Solver>
 void solveRepeatedly(int svmType) {
-  SvmContext<double> context({.svmType = svmType, .cacheSize = 0},
-                             zelsvm::ParameterChecks::training);
-  zeltest::RecordingSolver<Solver> solver(context);
-  Trainer trainer(context, solver);
-  const zeltest::CapturedOutput output;
-  const auto run = [&](const Samples& samples) {
-    zeltest::DataSet set(samples, context);
-    zelsvm::GenericModel<double> model;
-    static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
-  };
-  run(samplesFor(svmType, 60, 4, 6));
+  zeltest::Trainings<Trainer, Solver> trainings({.svmType = svmType, .cacheSize = 0});
   Samples bad = samplesFor(svmType, 60, 4, 6);
+  trainings.run(bad);
   for (double& value : bad.values) value = NAN;
-  EXPECT_THROW(run(bad), zel::AppException);
-  for (const std::uint64_t rows : {700, 30, 60, 700}) run(samplesFor(svmType, rows, 4, 6));
-  expectSameBits(solver.problems[3], solver.problems[0]);
-  expectSameBits(solver.problems[4], solver.problems[1]);
+  EXPECT_THROW(trainings.run(bad), zel::AppException);
+  for (const std::uint64_t rows : {700, 30, 60, 700})
+    trainings.run(samplesFor(svmType, rows, 4, 6));
+  expectSameBits(trainings.problems()[3], trainings.problems()[0]);
+  expectSameBits(trainings.problems()[4], trainings.problems()[1]);
 }
 
 TEST(SolverReuse, LeavesNoTrace) {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "data/temp_file.h"
-#include "support/host_vectors.h"
 #include "text_match.h"
 #include "zeldplus/inc/zelerrors.h"
 
@@ -18,14 +17,6 @@ using zel::RuntimeException;
 using zellas::BlasContext;
 using zellas::SparseContext;
 using zeltest::failureOf;
-using zeltest::hostVector;
-using zeltest::valuesOf;
-
-using Values = std::vector<double>;
-
-DeviceVector<double> deviceVector(const Values& values) {
-  return DeviceVector<double>(hostVector(values));
-}
 
 TEST(LinearAlgebraErrors, NameTheLibraryTheTextAndThePlace) {
   const char* const texts[] = {
@@ -51,7 +42,7 @@ TEST(LinearAlgebraErrors, NameTheLibraryTheTextAndThePlace) {
 
 TEST(LinearAlgebraErrors, HandlesMustExist) {
   BlasContext blas;
-  DeviceVector<double> values = deviceVector({1, 2, 3, 4});
+  DeviceVector<double> values(4);
   zellas::DenseMatrix<double> dense(blas, values.data(), 2, 2, 2);
   DeviceVector<double> y(2);
   const std::string expected = "Uninitialized CuBlas runtime";
@@ -77,16 +68,5 @@ TEST(WorkBuffer, OnlyGrows) {
   target.copyFrom(source, 0, 0, 100000);
   EXPECT_EQ(buffer.prepared(1), target.data());
 }
-
-// 1 2 0
-// 0 0 3
-struct SmallCsr {
-  SmallCsr() { context.create(); }
-  SparseContext<double> context;
-  DeviceVector<double> values = deviceVector({1, 2, 3});
-  DeviceVector<int> columns{hostVector<int>({0, 1, 2})};
-  DeviceVector<int> offsets{hostVector<int>({0, 2, 3})};
-  zellas::SparseMatrix<double> matrix{context, values, columns, offsets, 2, 3};
-};
 
 }  // namespace

@@ -102,31 +102,4 @@ TEST(Memory, AnswersAbsurdSizesWithOutOfMemoryAndGoesOn) {
   EXPECT_EQ(usable.values()[1], 2);
 }
 
-TEST(Memory, RefusesACopyDirectionThatDoesNotExist) {
-  const DeviceArray<double> array(std::vector<double>{1});
-  double value = 0;
-  EXPECT_EQ(cudaMemcpy(&value, array.data(), 8, static_cast<cudaMemcpyKind>(9)),
-            cudaErrorInvalidMemcpyDirection);
-  EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidMemcpyDirection);
-}
-
-TEST(Memory, PinnedMemoryIsOrdinaryMemoryForTheHost) {
-  double* pinned = nullptr;
-  ASSERT_EQ(cudaHostAlloc(&pinned, 3 * sizeof(double), 0), cudaSuccess);
-  pinned[2] = 4;
-  const DeviceArray<double> array(3);
-  EXPECT_EQ(cudaMemcpy(array.data(), pinned, 24, cudaMemcpyHostToDevice), cudaSuccess);
-  EXPECT_EQ(array.values()[2], 4);
-  EXPECT_EQ(cudaFreeHost(pinned), cudaSuccess);
-}
-
-cudaResourceDesc linearResource(void* memory, std::size_t bytes, int bits) {
-  cudaResourceDesc resource{};
-  resource.resType = cudaResourceTypeLinear;
-  resource.res.linear.devPtr = memory;
-  resource.res.linear.desc = {bits, bits, 0, 0, cudaChannelFormatKindSigned};
-  resource.res.linear.sizeInBytes = bytes;
-  return resource;
-}
-
 }  // namespace

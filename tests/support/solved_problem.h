@@ -64,6 +64,26 @@ struct Training {
   }
 };
 
+// A solver of its own for one training after the other.
+template <typename Trainer, typename Solver>
+class Trainings {
+ public:
+  explicit Trainings(const zelsvm::SvmParameters& parameters)
+      : context(parameters, zelsvm::ParameterChecks::training) {}
+  void run(const Samples& samples) {
+    const CapturedOutput output;
+    DataSet set(samples, context);
+    zelsvm::GenericModel<double> model;
+    static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
+  }
+  [[nodiscard]] const std::vector<SolvedProblem>& problems() const { return solver.problems; }
+
+ private:
+  zelsvm::SvmContext<double> context;
+  RecordingSolver<Solver> solver{context};
+  Trainer trainer{context, solver};
+};
+
 template <typename Trainer, typename Solver>
 Training trainWith(const zelsvm::SvmContext<double>& context, zelsvm::SvmData<double>& data,
                    zelsvm::GenericModel<double>& model) {

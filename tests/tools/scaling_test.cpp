@@ -39,15 +39,6 @@ TEST(ScaleTool, WritesScaledSamples) {
   }
 }
 
-TEST(ScaleTool, DefaultsScaleFeaturesAndWriteNothingElse) {
-  const Workspace workspace;
-  workspace.write("in", samples);
-  succeed(workspace, words("zelsvm-scale in out"));
-  succeed(workspace, words("zelsvm-scale -x -1:1 in explicit"));
-  EXPECT_EQ(workspace.read("out"), workspace.read("explicit"));
-  EXPECT_EQ(workspace.files(), (std::vector<std::string>{"explicit", "in", "out"}));
-}
-
 TEST(ScaleTool, RecordGivesTheSameScalingAgain) {
   const Workspace workspace;
   workspace.write("in", samples);
