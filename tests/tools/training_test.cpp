@@ -42,26 +42,6 @@ TEST(Training, EveryKernelOnRealData) {
   }
 }
 
-TEST(Training, ReportAndModelAgree) {
-  const Workspace workspace;
-  const std::string text =
-      succeed(workspace, {"zelsvm-train", "-x", "-1:1", "-c", "2", cancerFile(), "model"});
-  const std::string value = number;
-  EXPECT_TRUE(matches(text,
-                      "[^\n]+ GPU\n\n\\.\nFinished optimization in [0-9]+ iterations\n\n\n"
-                      "nu = " +
-                          value + "\nobj = " + value + ", rho = " + value +
-                          "\nnSV = [0-9]+, nBSV = [0-9]+\nTotal nSV = [0-9]+\n"))
-      << text;
-  const std::string model = workspace.read("model");
-  const double total = numbersIn(restOfLine(text, "Total nSV = ")).at(0);
-  EXPECT_EQ(numbersIn(restOfLine(model, "TotalSV: ")).at(0), total);
-  EXPECT_EQ(numbersIn(restOfLine(text, "\nnSV = ")).at(0), total);
-  EXPECT_EQ(static_cast<double>(vectorLines(model).size()), total);
-  EXPECT_EQ(restOfLine(text, ", rho = "), restOfLine(model, "Rho: "));
-  EXPECT_EQ(restOfLine(model, "Labels: "), "-1 1");
-}
-
 TEST(Training, QuietRunsReportTheOptimizationOnly) {
   const Workspace workspace;
   workspace.write("data", zeltest::fileText(zeltest::classSamples(40, 3, {1, 2}, 1)));
