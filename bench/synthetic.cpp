@@ -18,9 +18,9 @@
 
 namespace {
 
-constexpr unsigned latent = 12;
-constexpr unsigned clusters = 8;
-constexpr unsigned hidden = 64;
+constexpr std::size_t latent = 12;
+constexpr std::size_t clusters = 8;
+constexpr std::size_t hidden = 64;
 constexpr double separation = 1.2;
 constexpr double noise = 0.5;
 constexpr double flippedShare = 0.04;
@@ -64,13 +64,13 @@ struct Samples {
       const double* const centre =
           centres.data() + (cls * clusters + random.below(clusters)) * latent;
       Vector layer = offsets;
-      for (unsigned q = 0; q < latent; ++q) {
+      for (std::size_t q = 0; q < latent; ++q) {
         const double z = centre[q] + random.normal();
-        for (unsigned h = 0; h < hidden; ++h) layer[h] += z * inward[q * hidden + h];
+        for (std::size_t h = 0; h < hidden; ++h) layer[h] += z * inward[q * hidden + h];
       }
       double* const row = values.data() + i * features;
       for (std::size_t j = 0; j < features; ++j) row[j] = noise * random.normal();
-      for (unsigned h = 0; h < hidden; ++h) {
+      for (std::size_t h = 0; h < hidden; ++h) {
         const double activation = std::tanh(layer[h]);
         for (std::size_t j = 0; j < features; ++j) row[j] += activation * outward[h * features + j];
       }

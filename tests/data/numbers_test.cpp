@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>

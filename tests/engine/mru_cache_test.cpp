@@ -9,14 +9,11 @@
 #include <random>
 #include <vector>
 
-#include "data/temp_file.h"
 #include "zeldplus/inc/zeldev.h"
-#include "zeldplus/inc/zelerrors.h"
 
 namespace {
 
 using zelsvm::MRUCache;
-using zeltest::failureOf;
 
 // Half of the free memory counts as a 32-bit number, which may happen to be small: this much more
 // in use makes it large.

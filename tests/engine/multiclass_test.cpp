@@ -4,9 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <limits>
 #include <numeric>
-#include <string>
 #include <vector>
 
 #include "data/temp_file.h"

@@ -2,16 +2,13 @@
 #include <cuda_runtime.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <random>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "data/temp_file.h"
 #include "support/host_vectors.h"
 #include "support/samples.h"
-#include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
 #include "zeldplus/zelsvm/engine/rskernel.h"
 
@@ -22,7 +19,6 @@ using zelsvm::SmoKernel;
 using zelsvm::SVM_KERNEL;
 using zelsvm::SvmContext;
 using zeltest::DataSet;
-using zeltest::failureOf;
 using zeltest::kernelValue;
 using zeltest::Samples;
 

@@ -1,7 +1,6 @@
 // How solves end: at once, at the iteration limit, with a refusal, without memory.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <string>
 

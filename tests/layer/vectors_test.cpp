@@ -2,7 +2,6 @@
 
 #include <limits>
 #include <new>
-#include <numeric>
 #include <utility>
 #include <vector>
 

@@ -3,8 +3,6 @@
 
 #include <cmath>
 
-#include "data/temp_file.h"
-#include "support/captured_output.h"
 #include "support/models.h"
 #include "support/quiet.h"
 #include "zeldplus/inc/zelconsole.h"

@@ -14,7 +14,6 @@ namespace {
 
 using zelsvm_opt::ZelSvmOpt;
 using zeltest::changed;
-using zeltest::defaultsOf;
 using zeltest::parse;
 using zeltest::settings;
 

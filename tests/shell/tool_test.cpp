@@ -2,17 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <string>
 #include <utility>
-
-#include "zelsvm/usage.h"
 
 namespace {
 
 using zelsvm_opt::programBaseName;
 using zelsvm_opt::Tool;
-using zelsvm_opt::usageText;
 
 TEST(Tool, BaseNames) {
   const std::pair<const char*, const char*> cases[] = {

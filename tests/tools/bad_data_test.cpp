@@ -69,8 +69,9 @@ TEST_F(BadData, Contents) {
 
 TEST_F(BadData, Models) {
   const std::string model = workspace.read("model");
+  const auto place = model.find("NrClass:");
   const auto withLine = [&](const char* line) {
-    return std::string(model).insert(model.find("NrClass:"), line);
+    return model.substr(0, place) + line + model.substr(place);
   };
   const std::pair<std::string, std::string> cases[] = {
       {workspace.read("data"), "Invalid model file format."},

@@ -1,8 +1,6 @@
 // The prediction tool: its files, test sets of other widths, and what it refuses.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "text_match.h"
 #include "tools/tool_runs.h"
 

@@ -120,7 +120,7 @@ void PrintTo(const ToolResult& result, std::ostream* stream) {
 ToolResult Workspace::run(const std::string& program, const std::vector<std::string>& arguments,
                           const RunSettings& settings) const {
   std::vector<std::string> words;
-  if (!settings.environment.empty()) words.push_back("/usr/bin/env");
+  if (!settings.environment.empty()) words.emplace_back("/usr/bin/env");
   for (const auto& [name, value] : settings.environment) words.push_back(name + "=" + value);
   const bool isPath = program.find('/') != std::string::npos;
   words.push_back(isPath ? program : std::string(ZEL_TOOL_DIR) + "/" + program);

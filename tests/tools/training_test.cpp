@@ -10,12 +10,10 @@ namespace {
 
 using zeltest::cancerFile;
 using zeltest::Command;
-using zeltest::expectNear;
 using zeltest::matches;
 using zeltest::numbersIn;
 using zeltest::restOfLine;
 using zeltest::succeed;
-using zeltest::vectorLines;
 using zeltest::words;
 using zeltest::Workspace;
 
