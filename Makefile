@@ -8,7 +8,8 @@ PRESET ?= host
 FUZZ_SECONDS ?= 60
 
 .PHONY: build tools demo test cuda sanitize tsan fuzz bench install package check-package \
-        check-processors check-arm64 format lint setup setup-checks setup-packages setup-arm64
+        check-processors check-arm64 format lint setup setup-bench setup-checks setup-packages \
+        setup-arm64
 
 build: setup
 	cmake --preset host
@@ -42,9 +43,10 @@ fuzz: setup-checks
 	cmake --build --preset fuzz
 	fuzz/run $(FUZZ_SECONDS)
 
-bench: setup
+# The short jobs, or with BENCH=full all of them.
+bench: setup-bench
 	cmake --workflow --preset bench
-	bench/run
+	bench/run $(if $(filter full,$(BENCH)),--full)
 
 install: tools
 	DESTDIR="$(DESTDIR)" cmake --install build/$(PRESET) --prefix "$(PREFIX)"
@@ -77,6 +79,9 @@ lint: setup-checks
 
 setup:
 	@scripts/setup
+
+setup-bench:
+	@scripts/setup bench
 
 setup-checks:
 	@scripts/setup checks

@@ -186,24 +186,6 @@ INSTANTIATE_TEST_SUITE_P(Storages, MatrixTest,
                                          Storage::full),
                          [](const auto& test) { return nameOf(test.param); });
 
-TEST(Matrix, KindFollowsTheContext) {
-  zellas::LasContext other;
-  double value = 1;
-  int column = 0;
-  int offsets[] = {0, 1};
-  EXPECT_EQ(zelmag::createMatrix<double>(&value, &column, offsets, 1, 1, other), nullptr);
-  zeltest::LinearAlgebra context;
-  for (zellas::LasContext* las :
-       std::initializer_list<zellas::LasContext*>{&context.blas, &context.sparse})
-    for (const auto& [cols, rows] : {std::pair{0, 1}, std::pair{1, 0}})
-      EXPECT_EQ(failureOf<zel::AppException>([&, c = cols, r = rows] {
-                  zelmag::createMatrix<double>(&value, &column, offsets,
-                                               static_cast<std::uint64_t>(c),
-                                               static_cast<std::uint64_t>(r), *las);
-                }),
-                "Invalid zero data dimensions.");
-}
-
 // NaN moves a bound only as a column's first value, and an absent entry is a value like any other.
 TEST(Matrix, BoundsSeeNanAlikeInBothKinds) {
   zeltest::LinearAlgebra context;

@@ -140,19 +140,4 @@ class NotingHandler : public zelsvm::AbstractBuildHandler<double> {
   std::vector<std::uint64_t> samples;
 };
 
-TEST(Formulations, HandlersRunBeforeEveryProblem) {
-  for (const int type : {0, 1, 2, 3, 4}) {
-    const zeltest::CapturedOutput output;
-    SvmContext<double> context({.svmType = type, .nu = 0.4}, ParameterChecks::training);
-    DataSet set(zeltest::classSamples(30, 3, {4, 2, 3}, 2), context);
-    zelsvm::GenericTrainer<double> trainer(context);
-    NotingHandler handler;
-    trainer.addHandler(handler);
-    GenericModel<double> model;
-    trainer.train(model, set.data());
-    EXPECT_EQ(handler.samples, type < 2 ? (std::vector<std::uint64_t>{20, 20, 20})
-                                        : (std::vector<std::uint64_t>{30}));
-  }
-}
-
 }  // namespace

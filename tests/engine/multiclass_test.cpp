@@ -4,9 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <limits>
 #include <numeric>
-#include <string>
 #include <vector>
 
 #include "data/temp_file.h"
@@ -129,20 +127,6 @@ TEST(LabelDispatch, BothZerosAreOneLabel) {
   const Trained two(samples, {});
   EXPECT_EQ(two.training.only().y.size(), 40);
   EXPECT_EQ(std::accumulate(two.training.only().y.begin(), two.training.only().y.end(), 0), 20);
-}
-
-TEST(LabelDispatch, LabelsOfAClassificationAreWholeNumbers) {
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-  for (const int type : {0, 1})
-    for (const double bad : {1.5, nan, -1e-300}) {
-      SvmContext<double> context({.svmType = type}, ParameterChecks::training);
-      DataSet set({1, {1, 2, 3}, {1, 2, bad}}, context);
-      GenericModel<double> model;
-      zelsvm::GenericProcessor<double> processor(context);
-      EXPECT_EQ(failureOf<zel::AppException>([&] { processor.train(model, set.data(), false); }),
-                "Only integer values are supported for classification.")
-          << bad;
-    }
 }
 
 // Twenty billion pairs are refused before a single one is made.

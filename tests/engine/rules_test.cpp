@@ -35,37 +35,12 @@ TEST(KernelRules, DegreesAreTruncatedAndSaturate) {
   EXPECT_EQ(zelsvm::effectiveDegree(infinity), 4294967295u);
 }
 
-TEST(SmoRules, SetsAtAndBetweenTheBounds) {
-  constexpr double c = 2;
-  for (const double a : {0.0, tiny, std::nextafter(c, 0), c, nan}) {
-    const bool above = a > 0;
-    const bool below = a < c;
-    EXPECT_EQ(zelsvm::inUpperSet(true, a, c), below) << a;
-    EXPECT_EQ(zelsvm::inLowerSet(true, a, c), above) << a;
-    EXPECT_EQ(zelsvm::inUpperSet(false, a, c), above) << a;
-    EXPECT_EQ(zelsvm::inLowerSet(false, a, c), below) << a;
-  }
-}
-
 TEST(SmoRules, CurvatureIsFlooredWhereItIsNotPositive) {
   EXPECT_EQ(zelsvm::pairCurvature(5.0, 1.0), 3.0);
   EXPECT_EQ(zelsvm::pairCurvature(2.0, 1.0), 1e-12);
   EXPECT_EQ(zelsvm::pairCurvature(1.0, 1.0), 1e-12);
   EXPECT_EQ(zelsvm::pairCurvature(tiny, 0.0), tiny);
   EXPECT_TRUE(std::isnan(zelsvm::pairCurvature(nan, 1.0)));
-}
-
-// Only a variable that may not grow (shrink) in its direction can lie above (below).
-TEST(SmoRules, BoundVariablesBeyondTheWorkingSetShrink) {
-  for (const double a : {0.0, 0.5, 1.0})
-    for (const double v : {-1.0, -0.5, 0.0, 0.5, 1.0})
-      for (const bool positive : {true, false}) {
-        const bool mayGrow = positive ? a < 1 : a > 0;
-        const bool mayShrink = positive ? a > 0 : a < 1;
-        EXPECT_EQ(zelsvm::isShrinkable(positive, a, 1, v, 0.5, -0.5),
-                  (!mayGrow && v > 0.5) || (!mayShrink && v < -0.5))
-            << positive << " " << a << " " << v;
-      }
 }
 
 // The minimiser of the pair's objective on the feasible segment, whose ends are found directly.

@@ -2,17 +2,13 @@
 #include <cuda_runtime.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <random>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "data/temp_file.h"
 #include "support/host_vectors.h"
-#include "support/published_texture.h"
 #include "support/samples.h"
-#include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/zelsvm/engine/device_context.h"
 #include "zeldplus/zelsvm/engine/rskernel.h"
 
@@ -23,7 +19,6 @@ using zelsvm::SmoKernel;
 using zelsvm::SVM_KERNEL;
 using zelsvm::SvmContext;
 using zeltest::DataSet;
-using zeltest::failureOf;
 using zeltest::kernelValue;
 using zeltest::Samples;
 
@@ -122,22 +117,12 @@ TEST_P(SmoKernelTest, TheSecondHalfOfARegressionSharesRows) {
             fromDevice(kernel.getRow(rows - 1), rows));
 }
 
-TEST_P(SmoKernelTest, RefusesVariablesOutOfRange) {
-  for (const std::uint64_t variables : {rows, 2 * rows}) {
-    initialize(variables);
-    for (const std::uint64_t index : {variables, 2 * rows, ~std::uint64_t{0}})
-      EXPECT_EQ(failureOf<zel::RuntimeException>([&] { kernel.getRow(index); }),
-                "Unexpected kernel matrix indexes.");
-  }
-}
-
-TEST_P(SmoKernelTest, TheDiagonalIsKnownToTheDevice) {
+TEST_P(SmoKernelTest, KnowsItsDiagonal) {
   initialize(rows);
-  const std::vector<double> norms =
-      fromDevice(zeltest::publishedTexture(zelsvm::zelsvm_tx_norm), rows);
+  const std::vector<double> diagonal = fromDevice(kernel.diagonal(), rows);
   const bool radial = context.kernelType == zelsvm::SVM_KERNEL_RADIAL;  // keeps squared norms
   for (std::uint64_t r = 0; r < rows; ++r)
-    EXPECT_NEAR(norms[r],
+    EXPECT_NEAR(diagonal[r],
                 radial ? zeltest::product(samples.row(r), samples.row(r), cols) : expected(r, r),
                 1e-13);
 }
@@ -151,16 +136,6 @@ std::string nameOfCase(const testing::TestParamInfo<std::tuple<int, bool>>& test
 INSTANTIATE_TEST_SUITE_P(Kernels, SmoKernelTest,
                          testing::Combine(testing::Range(0, 4), testing::Bool()), nameOfCase);
 
-TEST(EffectiveGamma, IsOneOverTheFeaturesAndNegatedForTheRadialKernel) {
-  for (const int kernel : {0, 1, 2, 3}) {
-    const double sign = kernel == 2 ? -1 : 1;
-    const SvmContext<double> automatic({.kernelType = kernel}, ParameterChecks::training);
-    EXPECT_EQ(automatic.effectiveGamma(4), sign * 0.25);
-    const SvmContext<double> given({.kernelType = kernel, .gamma = 3}, ParameterChecks::training);
-    EXPECT_EQ(given.effectiveGamma(4), sign * 3);
-  }
-}
-
 // Whatever the products are, even those that overflow.
 TEST(PolynomialKernel, DegreeBelowOneIsExactlyOne) {
   SvmContext<double> context({.kernelType = 1, .degree = 0.5}, ParameterChecks::training);
@@ -169,7 +144,7 @@ TEST(PolynomialKernel, DegreeBelowOneIsExactlyOne) {
   SmoKernel<double> kernel;
   kernel.initialize(set.data().matrix(), context.kernelType, 2, 1);
   EXPECT_EQ(fromDevice(kernel.getRow(0), 2), (std::vector<double>{1, 1}));
-  EXPECT_EQ(fromDevice(zeltest::publishedTexture(zelsvm::zelsvm_tx_norm), 1)[0], 1);
+  EXPECT_EQ(fromDevice(kernel.diagonal(), 1)[0], 1);
 }
 
 }  // namespace

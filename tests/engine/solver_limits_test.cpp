@@ -1,7 +1,6 @@
 // How solves end: at once, at the iteration limit, with a refusal, without memory.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <string>
 
@@ -115,16 +114,9 @@ TEST(SolverLimits, ASingleBadSampleDoesNotKeepASolveRunning) {
 // Device memory may run out at any allocation; the next training works all the same.
 template <typename Trainer, typename Solver>
 void starve(int svmType) {
-  SvmContext<double> context({.svmType = svmType}, zelsvm::ParameterChecks::training);
+  zeltest::Trainings<Trainer, Solver> trainings({.svmType = svmType});
   const Samples samples = svmType < 3 ? classSamples(30, 3, {1, 2}, 1) : targetSamples(30, 3, 1);
-  zeltest::RecordingSolver<Solver> solver(context);
-  Trainer trainer(context, solver);
-  const auto run = [&] {
-    const zeltest::CapturedOutput output;
-    zeltest::DataSet set(samples, context);
-    zelsvm::GenericModel<double> model;
-    static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
-  };
+  const auto run = [&] { trainings.run(samples); };
   std::uint64_t failures = 0;
   const auto starved = [&] {
     const zel::AllocationFault fault(failures + 1, zel::FaultExtent::fromThenOn);
@@ -132,16 +124,16 @@ void starve(int svmType) {
   };
   // What a failed training allocated stays, so that the next one gets further.
   std::string failure;
-  int trainings = 0;
-  while (trainings++ < 100 && !(failure = starved()).empty()) {
+  int tries = 0;
+  while (tries++ < 100 && !(failure = starved()).empty()) {
     EXPECT_NE(failure.find("out of memory"), std::string::npos) << failure;
-    failures += trainings % 2 == 0;
+    failures += tries % 2 == 0;
   }
-  EXPECT_GT(trainings, 6);
+  EXPECT_GT(tries, 6);
   ASSERT_TRUE(failure.empty());
   run();
-  EXPECT_EQ(solver.problems[1].alpha, solver.problems[0].alpha);
-  EXPECT_EQ(solver.problems[1].alpha, train(samples, {.svmType = svmType}).only().alpha);
+  EXPECT_EQ(trainings.problems()[1].alpha, trainings.problems()[0].alpha);
+  EXPECT_EQ(trainings.problems()[1].alpha, train(samples, {.svmType = svmType}).only().alpha);
 }
 
 TEST(SolverLimits, SurvivesFailingAllocations) {

@@ -37,16 +37,6 @@ TEST(Errors, Texts) {
             "f(1): %s\n");
 }
 
-TEST(Errors, BasesAndCopies) {
-  const RuntimeException original("text");
-  const std::runtime_error& base = original;
-  EXPECT_STREQ(base.what(), "text");
-  RuntimeException copy(original);
-  copy = RuntimeException("other");
-  EXPECT_STREQ(original.what(), "text");
-  EXPECT_STREQ(copy.what(), "other");
-}
-
 TEST(Errors, LongTextsAreCut) {
   const std::string full(8191, 'x');
   const std::string longer = full + "yz";
@@ -113,11 +103,6 @@ TEST(ConsoleDeathTest, FailedOutputIsSeen) {
   EXPECT_EXIT(printToFullDevice(), testing::ExitedWithCode(3), "");
 }
 
-TEST(SafeCall, SuccessDoesNothing) {
-  EXPECT_NO_THROW(zel::zelSafeCall(cudaSuccess));
-  EXPECT_NO_THROW(zel::zelSafeDriverCall(CUDA_SUCCESS));
-}
-
 TEST(SafeCall, NamesThePlaceOfTheCall) {
   const auto here = std::source_location::current();
   const std::string text =
@@ -146,25 +131,9 @@ TEST(SafeCall, DriverTexts) {
     return text.substr(begin, text.find('\n', begin) - begin);
   };
   const std::pair<int, const char*> texts[] = {
-      {1, "invalid value"},
-      {4, "deinitialized"},
-      {5, "obscure"},
-      {100, "no device"},
-      {202, "context already current"},
-      {203, "obscure"},
-      {204, "obscure"},
-      {214, "ECC uncorrectable"},
-      {300, "invalid source"},
-      {304, "operating system"},
-      {500, "not found"},
-      {700, "obscure"},
-      {703, "launch incompatible texturing"},
-      {704, "obscure"},
-      {719, "launch failed"},
-      {998, "obscure"},
-      {999, "unknown"},
-      {-1, "obscure"},
-  };
+      {1, "invalid value"},   {4, "deinitialized"},       {5, "obscure"},
+      {100, "no device"},     {214, "ECC uncorrectable"}, {700, "obscure"},
+      {719, "launch failed"}, {999, "unknown"},           {-1, "obscure"}};
   for (const auto& [code, text] : texts) EXPECT_EQ(driverText(code), text) << code;
 }
 

@@ -2,11 +2,11 @@
 
 #include <limits>
 #include <new>
-#include <numeric>
 #include <utility>
 #include <vector>
 
 #include "platform/host/fault_injection.h"
+#include "support/host_vectors.h"
 #include "zeldplus/inc/zelerrors.h"
 #include "zeldplus/inc/zelvectors.h"
 
@@ -18,20 +18,8 @@ using zel::IndexList;
 using zel::MemoryKind;
 using zelsvm::FilteredVector;
 using zelsvm::HostVector;
-
-template <typename T>
-HostVector<T> hostVector(const std::vector<T>& values, MemoryKind kind = MemoryKind::heap) {
-  HostVector<T> vector(values.size(), kind);
-  for (std::size_t i = 0; i < values.size(); ++i) vector.set(i, values[i]);
-  return vector;
-}
-
-template <typename T>
-std::vector<T> valuesOf(const zel::AbstractVector<T>& vector) {
-  HostVector<T> host(vector.size());
-  host.copyFrom(vector, 0, 0, vector.size());
-  return {host.data(), host.data() + host.size()};
-}
+using zeltest::hostVector;
+using zeltest::valuesOf;
 
 const std::vector<double> counting = {1, 2, 3, 4, 5};
 
@@ -101,35 +89,6 @@ TEST(Vectors, CopiesBetweenAllKinds) {
   }
 }
 
-TEST(Vectors, NothingToCopy) {
-  auto target = hostVector(counting);
-  target.copyFrom(hostVector<double>({9}), 0, 0, 0);
-  target.copyFrom(HostVector<double>(), 0, 0, 5);
-  target.copyFrom(DeviceVector<double>(), 0, 0, 5);
-  EXPECT_EQ(valuesOf(target), counting);
-  EXPECT_EQ(DeviceVector<double>(HostVector<double>()).data(), nullptr);
-}
-
-TEST(Vectors, MovesHandOverTheMemory) {
-  auto source = hostVector(counting);
-  const double* const memory = source.data();
-  HostVector<double> moved(std::move(source));
-  EXPECT_EQ(moved.data(), memory);
-  EXPECT_EQ(source.data(), nullptr);
-  HostVector<double> assigned(3);
-  assigned = std::move(moved);
-  EXPECT_EQ(valuesOf(assigned), counting);
-}
-
-TEST(Vectors, ElementAccess) {
-  auto vector = hostVector(counting);
-  vector.set(1, 20);
-  *vector.at(2) = 30;
-  EXPECT_EQ(vector[1] + vector[2], 50);
-  vector.fill(7);
-  EXPECT_EQ(valuesOf(vector), std::vector<double>(5, 7));
-}
-
 TEST(Vectors, MemoryThatIsNotThere) {
   const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
   for (const std::uint64_t count : {most, most - 511, most / 8, std::uint64_t{1} << 50})
@@ -158,13 +117,6 @@ TEST(Vectors, FailedDeviceAllocationIsTheRuntimesError) {
   }
   EXPECT_EQ(vector.size() + vector.capacity(), 0U) << "empty, not half made";
   EXPECT_TRUE(vector.resize(513));
-}
-
-TEST(Vectors, BadDeviceAddressIsTheRuntimesError) {
-  double value = 0;
-  DeviceVector<double> posing(1, &value);
-  EXPECT_THROW(posing.copyFrom(hostVector<double>({1}), 0, 0, 1), zel::RuntimeException);
-  EXPECT_EQ(value, 0);
 }
 
 class FilteredVectors : public testing::Test {

@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "data/temp_file.h"
-#include "support/host_vectors.h"
 #include "text_match.h"
 #include "zeldplus/inc/zelerrors.h"
 
@@ -18,14 +16,6 @@ using zel::RuntimeException;
 using zellas::BlasContext;
 using zellas::SparseContext;
 using zeltest::failureOf;
-using zeltest::hostVector;
-using zeltest::valuesOf;
-
-using Values = std::vector<double>;
-
-DeviceVector<double> deviceVector(const Values& values) {
-  return DeviceVector<double>(hostVector(values));
-}
 
 TEST(LinearAlgebraErrors, NameTheLibraryTheTextAndThePlace) {
   const char* const texts[] = {
@@ -51,7 +41,7 @@ TEST(LinearAlgebraErrors, NameTheLibraryTheTextAndThePlace) {
 
 TEST(LinearAlgebraErrors, HandlesMustExist) {
   BlasContext blas;
-  DeviceVector<double> values = deviceVector({1, 2, 3, 4});
+  DeviceVector<double> values(4);
   zellas::DenseMatrix<double> dense(blas, values.data(), 2, 2, 2);
   DeviceVector<double> y(2);
   const std::string expected = "Uninitialized CuBlas runtime";
@@ -76,63 +66,6 @@ TEST(WorkBuffer, OnlyGrows) {
   DeviceVector<unsigned char> target(100000, static_cast<unsigned char*>(buffer.prepared(100000)));
   target.copyFrom(source, 0, 0, 100000);
   EXPECT_EQ(buffer.prepared(1), target.data());
-}
-
-// 1 2 0
-// 0 0 3
-struct SmallCsr {
-  SmallCsr() { context.create(); }
-  SparseContext<double> context;
-  DeviceVector<double> values = deviceVector({1, 2, 3});
-  DeviceVector<int> columns{hostVector<int>({0, 1, 2})};
-  DeviceVector<int> offsets{hostVector<int>({0, 2, 3})};
-  zellas::SparseMatrix<double> matrix{context, values, columns, offsets, 2, 3};
-};
-
-TEST(SparseWrapper, LeadingDimensionZeroIsTheRowCount) {
-  SmallCsr a;
-  DeviceVector<double> B = deviceVector({1, 2, 3, -1, -2, -3});
-  constexpr auto plain = CUSPARSE_OPERATION_NON_TRANSPOSE;
-  for (const auto& [ldb, ldc] : {std::pair{0, 0}, std::pair{3, 0}, std::pair{0, 2}}) {
-    DeviceVector<double> C = deviceVector({7, 7, 7, 7});
-    a.matrix.mm(plain, plain, 2, 2, B.data(), static_cast<std::uint64_t>(ldb), 1, C.data(),
-                static_cast<std::uint64_t>(ldc));
-    EXPECT_EQ(valuesOf(C), (Values{17, 25, -3, -11}));
-  }
-  DeviceVector<double> y = deviceVector({1, 1});
-  a.matrix.mv(2, B.data(), 1, y.data());
-  EXPECT_EQ(valuesOf(y), (Values{11, 19}));
-}
-
-TEST(SparseWrapper, ScattersAnyStretchOfStoredEntries) {
-  SmallCsr a;
-  for (const auto& [first, count, expected] :
-       {std::tuple{0, 2, Values{1, 2, 0}}, std::tuple{2, 1, Values{0, 0, 3}},
-        std::tuple{0, 3, Values{1, 2, 3}}}) {
-    DeviceVector<double> x = deviceVector({0, 0, 0});
-    a.matrix.scatterRow(x.data(), static_cast<std::uint64_t>(first),
-                        static_cast<std::uint64_t>(count));
-    EXPECT_EQ(valuesOf(x), expected);
-  }
-}
-
-// Both transpositions, over samples that lie further apart than they are long.
-TEST(DenseWrapper, MultipliesWithEitherSide) {
-  BlasContext blas;
-  blas.create();
-  DeviceVector<double> values = deviceVector({1, 2, -9, 3, 4, -9, 5, 6, -9});
-  zellas::DenseMatrix<double> matrix(blas, values.data(), 2, 3, 3);
-  EXPECT_EQ(matrix.sample(2), values.data() + 6);
-  DeviceVector<double> x = deviceVector({1, 10, 100});
-  DeviceVector<double> y = deviceVector({1, 1, 1});
-  matrix.gemv(CUBLAS_OP_T, 1, x.data(), 2, y.data());
-  EXPECT_EQ(valuesOf(y), (Values{23, 45, 67}));
-  matrix.gemv(CUBLAS_OP_N, 1, x.data(), 0, y.data());
-  EXPECT_EQ(valuesOf(y), (Values{531, 642, 67}));
-  DeviceVector<double> B = deviceVector({1, 0, -9, 0, 1, -9});
-  DeviceVector<double> C = deviceVector({0, 0, 0, 5, 0, 0, 0, 5});
-  matrix.gemm(CUBLAS_OP_T, CUBLAS_OP_N, 2, 1, B.data(), 3, 0, C.data(), 4);
-  EXPECT_EQ(valuesOf(C), (Values{1, 3, 5, 5, 2, 4, 6, 5}));
 }
 
 }  // namespace

@@ -16,20 +16,6 @@ using zeltest::indexList;
 using zeltest::valuesOf;
 using Model = zelsvm::GenericModel<double>;
 
-TEST(GenericModel, SaysWhatIsMissing) {
-  const Model model;
-  const auto failure = [](auto accessor) { return failureOf<AppException>(accessor); };
-  EXPECT_EQ(failure([&] { return &model.labels(); }), "SVM labels are not yet created.");
-  EXPECT_EQ(failure([&] { return &model.classSizes(); }),
-            "The SVM class sizes are not yet defined.");
-  EXPECT_EQ(failure([&] { return &model.classStarts(); }), "SVM vector map is not yet defined.");
-  EXPECT_EQ(failure([&] { return &model.rho(); }), "The SVM rho's are not yet defined.");
-  EXPECT_EQ(failure([&] { return &model.coefficients(); }),
-            "The SVM coefficients are not yet defined.");
-  EXPECT_EQ(failure([&] { return &model.vectors(); }), "The SVM vectors are not yet defined.");
-  EXPECT_FALSE(model.hasLabels() || model.hasVectors());
-}
-
 TEST(GenericModel, PairsTakeTheirColumnsOfTheCoefficients) {
   Model model;
   model.setLabels(hostVector<double>({10, 20, 30, 40}));

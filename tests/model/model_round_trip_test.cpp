@@ -189,6 +189,30 @@ TEST_F(ModelRoundTrip, RefusesWhatIsNoModel) {
             "failed writing to file: /dev/full");
 }
 
+TEST_F(ModelRoundTrip, RefusesNumbersThatAreNotFinite) {
+  const std::pair<const char*, const char*> places[] = {{"Gamma: ?", "kernel parameters"},
+                                                        {"X-scale: ? 1", "scale bounds"},
+                                                        {"X-scale: 0 1\n 0: 0 ?", "scale bounds"},
+                                                        {"Rho: ?", "rho values"},
+                                                        {"Labels: 1 ?", "labels"},
+                                                        {"SV:\n? 1:1", "coefficients"},
+                                                        {"SV:\n1 1:?", "vectors"}};
+  for (const char* value : {"nan", "inf", "1e999"})
+    for (const auto& [place, part] : places) {
+      std::string line = place;
+      line.replace(line.find('?'), 1, value);
+      const std::string text = type + "KernelType: radial\n" + counts;
+      const bool vector = line.starts_with("SV:");
+      const TempFile file(text + (vector ? "" : line + "\n") +
+                          (line.starts_with("Rho") ? "" : "Rho: 0.5\n") +
+                          (line.starts_with("Labels") ? "NrSV: 1 1\n" : classes) +
+                          (vector ? line + "\n-1 2:2\n" : vectors));
+      EXPECT_EQ(failureOf([&] { zelsvm::readModel<double>(file.path(), 1, false); }),
+                std::string("The SVM ") + part + " are not finite numbers.")
+          << line;
+    }
+}
+
 TEST_F(ModelRoundTrip, NoCutGoesUnnoticed) {
   MadeModel made({}, nineVectors(), kinds[1].labels, kinds[1].sizes, 3);
   addScale(made.model);

@@ -79,29 +79,6 @@ INSTANTIATE_TEST_SUITE_P(Shapes, Product,
                                           testing::Values(CUBLAS_OP_N, CUBLAS_OP_T),
                                           testing::Values(0.0, 1.0, -0.5)));
 
-TEST_F(Blas, GemmExDoesTheMatrixVectorProduct) {
-  const Array A(40, 90, 0, 1);
-  const Array x(40, 1, 0, 2);
-  const DeviceArray<double> y(std::vector<double>(90, garbage));
-  const double one = 1;
-  const double zero = 0;
-  cublasMath_t mode = CUBLAS_PEDANTIC_MATH;
-  ASSERT_EQ(cublasGetMathMode(handle, &mode), CUBLAS_STATUS_SUCCESS);
-  EXPECT_EQ(mode, CUBLAS_DEFAULT_MATH);
-  for (const auto compute : {CUBLAS_COMPUTE_64F, CUBLAS_COMPUTE_64F_PEDANTIC}) {
-    ASSERT_EQ(cublasGemmEx(handle, CUBLAS_OP_T, CUBLAS_OP_N, 90, 1, 40, &one, A.device.data(),
-                           CUDA_R_64F, 40, x.device.data(), CUDA_R_64F, 40, &zero, y.data(),
-                           CUDA_R_64F, 90, compute, CUBLAS_GEMM_DEFAULT),
-              CUBLAS_STATUS_SUCCESS);
-    const auto result = y.values();
-    for (int i = 0; i < 90; ++i) {
-      double sum = 0;
-      for (int p = 0; p < 40; ++p) sum += A.at(p, i) * x.at(p, 0);
-      ASSERT_NEAR(result[static_cast<std::size_t>(i)], sum, 1e-13) << i;
-    }
-  }
-}
-
 TEST_F(Blas, LeavesTheOutputAloneWhereThereIsNoneAndRefusesWrongSizes) {
   const Array A(4, 4, 0, 1);
   const double one = 1;

@@ -24,18 +24,6 @@ TEST(HostDevice, NamesTheProcessorAndItsThreads) {
   EXPECT_EQ(properties.multiProcessorCount, zel::threadCount());
 }
 
-TEST(HostDevice, HoldsOneBlockOfAKernelPerMultiprocessor) {
-  const int kernel = 0;
-  int blocks = 0;
-  EXPECT_EQ(cudaOccupancyMaxActiveBlocksPerMultiprocessorWithFlags(&blocks, &kernel, 128, 0, 0),
-            cudaSuccess);
-  EXPECT_EQ(blocks, 1);
-  EXPECT_EQ(cudaOccupancyMaxActiveBlocksPerMultiprocessorWithFlags(&blocks, nullptr, 128, 0, 0),
-            cudaErrorInvalidValue);
-  EXPECT_EQ(cudaOccupancyMaxActiveBlocksPerMultiprocessorWithFlags(&blocks, &kernel, 0, 0, 0),
-            cudaErrorInvalidValue);
-}
-
 TEST(HostMemory, RefusesWhatIsNotDeviceMemory) {
   const DeviceArray<double> array({1, 2, 3, 4});
   std::vector<double> host(8);
@@ -71,29 +59,6 @@ TEST(HostMemory, TellsManyAllocationsApart) {
     EXPECT_EQ(cudaMemset(arrays[i], 0, i + 2), cudaErrorInvalidValue) << i;
     EXPECT_EQ(cudaFree(arrays[i]), alive ? cudaSuccess : cudaErrorInvalidValue) << i;
   }
-}
-
-TEST(HostMemory, FailsTheAllocationsThatATestPicks) {
-  const auto attempt = [] {
-    void* memory = nullptr;
-    const bool had = cudaMalloc(&memory, 8) == cudaSuccess;
-    EXPECT_EQ(had, memory != nullptr);
-    cudaFree(memory);
-    return had;
-  };
-  {
-    const zel::AllocationFault fault(2);
-    EXPECT_TRUE(attempt());
-    EXPECT_FALSE(attempt());
-    EXPECT_TRUE(attempt());
-  }
-  {
-    const zel::AllocationFault fault(1, zel::FaultExtent::fromThenOn);
-    double* pinned = nullptr;
-    EXPECT_EQ(cudaHostAlloc(&pinned, 8, 0), cudaErrorMemoryAllocation);
-    EXPECT_FALSE(attempt());
-  }
-  EXPECT_TRUE(attempt());
 }
 
 TEST(HostMemory, CountsWhatWasPromisedButNotYetTouched) {

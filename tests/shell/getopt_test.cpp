@@ -71,14 +71,6 @@ TEST(OptionParser, ColonsAndDashesAreLettersOnlyWhereListed) {
   EXPECT_EQ(walk({"--", "f"}, "-q"), "| f");
 }
 
-TEST(OptionParser, StaysAtTheEnd) {
-  const std::vector<const char*> argv = {"program", "--", "-q"};
-  zelsvm_opt::OptionParser parser({argv.data(), 2}, "q");
-  EXPECT_EQ(parser.next(), std::nullopt);
-  EXPECT_EQ(parser.next(), std::nullopt);
-  EXPECT_EQ(parser.index(), 2U);
-}
-
 TEST(OptionParser, NoArgumentsAtAll) {
   zelsvm_opt::OptionParser parser({}, "q");
   EXPECT_EQ(parser.next(), std::nullopt);

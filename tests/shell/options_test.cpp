@@ -14,17 +14,8 @@ namespace {
 
 using zelsvm_opt::ZelSvmOpt;
 using zeltest::changed;
-using zeltest::defaultsOf;
 using zeltest::parse;
 using zeltest::settings;
-
-TEST(Options, DefaultsOfEveryTool) {
-  for (const std::string tool : {"zelsvm-train", "zelsvm-predict", "zelsvm-scale", "zelsvm-test"}) {
-    const ZelSvmOpt options = parse({tool});
-    EXPECT_EQ(settings(options), defaultsOf(tool)) << tool;
-    EXPECT_EQ(options.toolName, tool);
-  }
-}
 
 TEST(Options, NumbersEndWhereStreamsEndThem) {
   EXPECT_EQ(parse({"zelsvm-train", "-c", " \t12.5abc"}).cost, 12.5);
@@ -52,10 +43,6 @@ TEST(Options, LastOfARepeatedOptionWins) {
   const ZelSvmOpt options = parse({"zelsvm-train", "-c", "1", "-x0:1", "-c", "2", "-x", "0:2"});
   EXPECT_EQ(options.cost, 2.0);
   EXPECT_EQ(options.xScale, "0:2");
-}
-
-TEST(Options, EmptyBoundsReplaceTheDefaultOfTheScaleTool) {
-  EXPECT_EQ(parse({"zelsvm-scale", "-x", ""}).xScale, "");
 }
 
 struct NamesCase {

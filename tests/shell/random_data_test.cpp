@@ -14,33 +14,23 @@ using zelsvm_opt::ZelSvmOpt;
 using zeltest::parse;
 
 TEST(RandomData, HoldsTheQuotientsOfTheSequence) {
-  constexpr int count = 200 * 500;
-  std::vector<double> expected(count);
-  zel::seedRandom(7);
-  for (double& value : expected) value = zel::nextRandom() == 32767 ? 1.0 : 0.0;
-  ASSERT_GT(std::count(expected.begin(), expected.end(), 1.0), 0) << "a seed that shows nothing";
-
-  const ZelSvmOpt options = parse({"zelsvm-test", "-M", "200", "-N", "500"});
-  zel::seedRandom(7);
-  const double* const features = options.randomFeatures();
-  EXPECT_EQ(std::vector<double>(features, features + count), expected);
-  EXPECT_EQ(options.randomFeatures(), features) << "drawn once only";
-}
-
-TEST(RandomData, LabelsFollowTheFeaturesInTheSequence) {
   constexpr int count = 400000;
-  const ZelSvmOpt options = parse({"zelsvm-test", "-N", "400000"});
-  std::vector<double> expected(count);
+  const ZelSvmOpt options = parse({"zelsvm-test", "-M", "2", "-N", "400000"});
+  std::vector<double> features(2 * count);
+  std::vector<double> labels(count);
   zel::seedRandom(7);
-  for (int i = 0; i < 5 * count; ++i) zel::nextRandom();
-  for (double& label : expected) label = zel::nextRandom() == 32767 ? 1.0 : -1.0;
-  ASSERT_GT(std::count(expected.begin(), expected.end(), 1.0), 0) << "a seed that shows nothing";
+  for (double& value : features) value = zel::nextRandom() == 32767 ? 1.0 : 0.0;
+  for (double& label : labels) label = zel::nextRandom() == 32767 ? 1.0 : -1.0;
+  for (const auto* drawn : {&features, &labels})
+    ASSERT_GT(std::count(drawn->begin(), drawn->end(), 1.0), 0) << "a seed that shows nothing";
 
   zel::seedRandom(7);
-  options.randomFeatures();
-  const double* const labels = options.randomLabels();
-  EXPECT_EQ(std::vector<double>(labels, labels + count), expected);
-  EXPECT_EQ(options.randomLabels(), labels) << "drawn once only";
+  const double* const x = options.randomFeatures();
+  const double* const y = options.randomLabels();
+  EXPECT_EQ(std::vector<double>(x, x + 2 * count), features);
+  EXPECT_EQ(std::vector<double>(y, y + count), labels);
+  EXPECT_EQ(options.randomFeatures(), x) << "drawn once only";
+  EXPECT_EQ(options.randomLabels(), y) << "drawn once only";
 }
 
 TEST(RandomData, ImpossibleSizesAreRefused) {

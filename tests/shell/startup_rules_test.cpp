@@ -42,11 +42,6 @@ TEST(RunGuarded, StatusAndReport) {
   EXPECT_EQ(guardedThrow(zel::OutputClosed{}), (Outcome{1, ""}));
 }
 
-TEST(RunGuarded, ReportsAlsoInQuietMode) {
-  const zeltest::Quiet quiet;
-  EXPECT_EQ(guardedThrow(zel::AppException("A sentence.")), (Outcome{1, "A sentence.\n"}));
-}
-
 TEST(PlatformChoice, HostUnlessToldOtherwise) {
   for (const char* const wanted : {static_cast<const char*>(nullptr), "", "host"})
     EXPECT_EQ(zelsvm_main::chooseEngine(wanted), nullptr);

@@ -9,8 +9,9 @@
 namespace zeltest {
 
 template <typename T>
-zelsvm::HostVector<T> hostVector(const std::vector<T>& values) {
-  zelsvm::HostVector<T> vector(values.size());
+zelsvm::HostVector<T> hostVector(const std::vector<T>& values,
+                                 zel::MemoryKind kind = zel::MemoryKind::heap) {
+  zelsvm::HostVector<T> vector(values.size(), kind);
   for (std::size_t i = 0; i < values.size(); ++i) vector.set(i, values[i]);
   return vector;
 }

@@ -23,7 +23,11 @@ struct SolvedProblem {
   double Cp = 0;
   double Cn = 0;
   zelsvm::SmoSolution solution;
+  std::uint64_t usedGuesses = 0;
 };
+
+// Whether solvers to come may guess rows.
+inline bool guessing = true;
 
 template <typename Solver>
 class RecordingSolver : public Solver {
@@ -39,7 +43,9 @@ class RecordingSolver : public Solver {
     for (const char2& entry : valuesOf(status)) problem.y.push_back(entry.y);
     problem.Cp = this->Cp;
     problem.Cn = this->Cn;
+    if (!guessing) this->kernel.setForecast(nullptr);
     Solver::solve(result, data, alpha, status, p);
+    problem.usedGuesses = this->kernel.usedGuesses();
     problem.alpha = valuesOf(alpha);
     problem.solution = result;
     problems.push_back(problem);
@@ -56,6 +62,26 @@ struct Training {
     EXPECT_EQ(problems.size(), 1);
     return problems.at(0);
   }
+};
+
+// A solver of its own for one training after the other.
+template <typename Trainer, typename Solver>
+class Trainings {
+ public:
+  explicit Trainings(const zelsvm::SvmParameters& parameters)
+      : context(parameters, zelsvm::ParameterChecks::training) {}
+  void run(const Samples& samples) {
+    const CapturedOutput output;
+    DataSet set(samples, context);
+    zelsvm::GenericModel<double> model;
+    static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
+  }
+  [[nodiscard]] const std::vector<SolvedProblem>& problems() const { return solver.problems; }
+
+ private:
+  zelsvm::SvmContext<double> context;
+  RecordingSolver<Solver> solver{context};
+  Trainer trainer{context, solver};
 };
 
 template <typename Trainer, typename Solver>

@@ -1,4 +1,4 @@
-// Data files that no tool may take for samples, and strange ones that must work.
+// Files that no tool may take for samples or a model, and strange ones that must work.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -67,38 +67,27 @@ TEST_F(BadData, Contents) {
   }
 }
 
-TEST_F(BadData, IndicesThatNoMatrixHolds) {
-  std::string rows;
-  for (int i = 0; i < 1000; ++i) rows += "1 1:1\n";
-  for (const char* index : {"2147483648", "4294967295", "99999999999", "-1"}) {
-    workspace.write("file", rows + "-1 " + index + ":1\n");
-    refuse(workspace, words("zelsvm-train -q file result"),
-           "A feature index is too large for sparse data");
-    refuse(workspace, words("zelsvm-train -q -X file result"), "Unable to allocate memory");
-    refuse(workspace, words("zelsvm-scale -q file result"),
-           "A feature index is too large for sparse data");
+TEST_F(BadData, Models) {
+  const std::string model = workspace.read("model");
+  const auto place = model.find("NrClass:");
+  const auto withLine = [&](const char* line) {
+    return model.substr(0, place) + line + model.substr(place);
+  };
+  const std::pair<std::string, std::string> cases[] = {
+      {workspace.read("data"), "Invalid model file format."},
+      {"", "No proper data is found in input file"},
+      {std::string("SvmType: \0", 10), "a NUL character in text file: file"},
+      {withLine("KernelType: ball\n"), "Unsupported kernel type"},
+      {withLine("Gamma: nan\n"), "The SVM kernel parameters are not finite numbers."},
+      {model.substr(0, model.size() - 1), "The last line of the model is cut short."}};
+  for (const auto& [text, message] : cases) {
+    workspace.write("file", text);
+    refuse(workspace, words("zelsvm-predict -q data file out"), message);
+    refuse(workspace, words("zelsvm-predict -q -X data file out"), message);
   }
-}
-
-TEST_F(BadData, LabelsOfClassification) {
-  for (const char* label : {"1.5", "-2.9", "nan", "1e-9", "1e300", "inf"}) {
-    workspace.write("file", "1 1:1\n" + std::string(label) + " 1:2\n");
-    for (const char* type : {"-s 0", "-s 1"})
-      refuse(workspace, words(std::string("zelsvm-train -q ") + type + " file result"),
-             "Only integer values are supported for classification.");
-  }
-  // A target is no label.
-  workspace.write("file", "1.5 1:1\n-2.9 1:2\n");
-  succeed(workspace, words("zelsvm-train -q -s 3 file result"));
-}
-
-// Found out before anything is trained, and without adding up pair after pair.
-TEST_F(BadData, MoreLabelPairsThanMemoryHolds) {
-  std::string rows;
-  for (int i = 0; i < 300000; ++i) rows += std::to_string(i) + " 1:1\n";
-  workspace.write("file", rows);
-  refuse(workspace, words("zelsvm-train -q file result"),
-         "The solutions of 44999850000 label pairs do not fit into memory.");
+  for (const char* path : {"missing", "."})
+    refuse(workspace, {"zelsvm-predict", "-q", "data", path, "out"},
+           std::string("failed to open ") + path + ".");
 }
 
 TEST_F(BadData, WideSparseDataWork) {

@@ -1,8 +1,6 @@
 // The prediction tool: its files, test sets of other widths, and what it refuses.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "text_match.h"
 #include "tools/tool_runs.h"
 
@@ -90,21 +88,6 @@ TEST(Prediction, IndexBaseShiftsFilesOnly) {
   EXPECT_EQ(workspace.read("out-one"), workspace.read("out-zero"));
   refuse(workspace, words("zelsvm-predict -q zero model-zero out"),
          "Base index underflow detected in sparse data");
-}
-
-TEST(Prediction, SupportVectorWithoutFeaturesIsLeftOut) {
-  const Workspace workspace;
-  workspace.write("data", "3 1:0\n1 1:1\n-1 1:-1\n2 1:2\n");
-  // The dense rows' model does not write zeros; a vector of zeros adds nothing to this kernel.
-  succeed(workspace, words("zelsvm-train -q -s 3 -t 0 data sparse"));
-  succeed(workspace, words("zelsvm-train -q -s 3 -t 0 -X data dense"));
-  const auto lines = zeltest::vectorLines(workspace.read("dense"));
-  ASSERT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
-    return line.find(':') == std::string::npos;
-  }));
-  succeed(workspace, words("zelsvm-predict -q data sparse out-sparse"));
-  succeed(workspace, words("zelsvm-predict -q data dense out-dense"));
-  EXPECT_EQ(workspace.read("out-dense"), workspace.read("out-sparse"));
 }
 
 TEST(Prediction, ProbabilitiesAreRefused) {

@@ -39,15 +39,6 @@ TEST(ScaleTool, WritesScaledSamples) {
   }
 }
 
-TEST(ScaleTool, DefaultsScaleFeaturesAndWriteNothingElse) {
-  const Workspace workspace;
-  workspace.write("in", samples);
-  succeed(workspace, words("zelsvm-scale in out"));
-  succeed(workspace, words("zelsvm-scale -x -1:1 in explicit"));
-  EXPECT_EQ(workspace.read("out"), workspace.read("explicit"));
-  EXPECT_EQ(workspace.files(), (std::vector<std::string>{"explicit", "in", "out"}));
-}
-
 TEST(ScaleTool, RecordGivesTheSameScalingAgain) {
   const Workspace workspace;
   workspace.write("in", samples);
@@ -77,15 +68,6 @@ TEST(ScaleTool, RecordAndFileOfDifferentWidths) {
   workspace.write("narrow", "1 1:2\n");
   succeed(workspace, words("zelsvm-scale -r record narrow out"));
   EXPECT_EQ(workspace.read("out"), "1 1:0.5 3:0.25 \n");
-}
-
-TEST(ScaleTool, LongLineAndManyColumns) {
-  std::string line = "1";
-  for (int k = 1; k <= 300000; ++k) line += ' ' + std::to_string(k) + ":1.25";
-  const Workspace workspace;
-  workspace.write("in", line + "\n-1 1000000:3\n");
-  succeed(workspace, {"zelsvm-scale", "-x", "", "in", "out"});
-  EXPECT_EQ(workspace.read("out"), line + " \n-1 1000000:3 \n");
 }
 
 }  // namespace

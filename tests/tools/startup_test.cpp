@@ -1,6 +1,7 @@
 // What every tool does before its work begins, seen from outside.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <sstream>
 
 #include "text_match.h"
@@ -15,6 +16,12 @@ using zeltest::afterBanner;
 using zeltest::Output;
 using zeltest::ToolResult;
 using zeltest::Workspace;
+
+// The harness itself.
+TEST(ToolProcess, NoticesSignalsAndTheTimeLimit) {
+  EXPECT_EQ(Workspace().run("/bin/sh", {"-c", "kill -SEGV $$"}).signal, SIGSEGV);
+  EXPECT_TRUE(Workspace().run("/bin/sleep", {"60"}, {.limit = std::chrono::seconds{0}}).timedOut);
+}
 
 void expectQuietSuccess(const ToolResult& result) {
   EXPECT_EQ(result.status, 0) << testing::PrintToString(result);
@@ -61,14 +68,6 @@ TEST(Startup, OtherProgramNamesAreNoTool) {
   }
 }
 
-TEST(Startup, ExeEndingIsNoPartOfTheName) {
-  const Workspace workspace;
-  workspace.copyProgram("zelsvm-train.exe");
-  const ToolResult result = workspace.run("./zelsvm-train.exe", {"-q"});
-  expectQuietSuccess(result);
-  EXPECT_EQ(afterBanner(result, "zelsvm-train"), zelsvm_opt::usageText(Tool::train));
-}
-
 TEST(Startup, MissingDeviceIsTheRuntimesError) {
   const ToolResult result = Workspace().run("zelsvm-train", {"-G", "1", "data"});
   EXPECT_EQ(result.status, 1);
@@ -90,14 +89,6 @@ TEST(Startup, PlatformChoice) {
   const ToolResult unknown = runOn("gpu");
   EXPECT_EQ(unknown.status, 1);
   EXPECT_EQ(unknown.out, "ZELSVM_PLATFORM must be host or cuda, not gpu.\n");
-}
-
-TEST(Startup, CygwinTerminalIsRefused) {
-  const ToolResult result =
-      Workspace().run("zelsvm-train", {}, {.environment = {{"TERM", "CYGWIN"}}});
-  EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(result.err, "Running zelsvm in Cygwin is not supported.\n");
 }
 
 TEST(Startup, OutputThatCannotBeWrittenEndsTheRun) {

@@ -15,7 +15,6 @@ enum class Output { collected, closedPipe, fullDevice };
 
 struct RunSettings {
   std::vector<std::pair<std::string, std::string>> environment{};  // set on top of our own
-  std::string input{};                                             // standard input
   Output output = Output::collected;
   bool terminal = false;  // standard error is a terminal
   std::chrono::seconds limit{120};

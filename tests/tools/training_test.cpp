@@ -10,12 +10,10 @@ namespace {
 
 using zeltest::cancerFile;
 using zeltest::Command;
-using zeltest::expectNear;
 using zeltest::matches;
 using zeltest::numbersIn;
 using zeltest::restOfLine;
 using zeltest::succeed;
-using zeltest::vectorLines;
 using zeltest::words;
 using zeltest::Workspace;
 
@@ -42,26 +40,6 @@ TEST(Training, EveryKernelOnRealData) {
   }
 }
 
-TEST(Training, ReportAndModelAgree) {
-  const Workspace workspace;
-  const std::string text =
-      succeed(workspace, {"zelsvm-train", "-x", "-1:1", "-c", "2", cancerFile(), "model"});
-  const std::string value = number;
-  EXPECT_TRUE(matches(text,
-                      "[^\n]+ GPU\n\n\\.\nFinished optimization in [0-9]+ iterations\n\n\n"
-                      "nu = " +
-                          value + "\nobj = " + value + ", rho = " + value +
-                          "\nnSV = [0-9]+, nBSV = [0-9]+\nTotal nSV = [0-9]+\n"))
-      << text;
-  const std::string model = workspace.read("model");
-  const double total = numbersIn(restOfLine(text, "Total nSV = ")).at(0);
-  EXPECT_EQ(numbersIn(restOfLine(model, "TotalSV: ")).at(0), total);
-  EXPECT_EQ(numbersIn(restOfLine(text, "\nnSV = ")).at(0), total);
-  EXPECT_EQ(static_cast<double>(vectorLines(model).size()), total);
-  EXPECT_EQ(restOfLine(text, ", rho = "), restOfLine(model, "Rho: "));
-  EXPECT_EQ(restOfLine(model, "Labels: "), "-1 1");
-}
-
 TEST(Training, QuietRunsReportTheOptimizationOnly) {
   const Workspace workspace;
   workspace.write("data", zeltest::fileText(zeltest::classSamples(40, 3, {1, 2}, 1)));
@@ -86,16 +64,6 @@ TEST(Training, DefaultModelLiesInTheCurrentDirectory) {
     EXPECT_TRUE(std::filesystem::is_regular_file(workspace.folder() / model)) << path;
   }
   EXPECT_EQ(workspace.files().size(), 1 + 2 * std::size(names));
-}
-
-TEST(Training, OptionsInAllForms) {
-  const Workspace workspace;
-  workspace.write("data", zeltest::fileText(zeltest::classSamples(60, 3, {1, 2}, 1)));
-  const std::string expected = modelOf(workspace, "-c 10 -g 0.25");
-  EXPECT_NE(modelOf(workspace, "-g 0.25"), expected);
-  for (const char* options : {"/c 10 /g 0.25", "-c10 -g.25", "-c 1 -c 10x -g 25e-2",
-                              "-hqc 10 /g.25", "-? -z -c 10 -g 0.25 --", "-c 10 -g 0.25 -"})
-    EXPECT_EQ(modelOf(workspace, options), expected) << options;
 }
 
 TEST(Training, CacheThreadsAndLocaleDoNotMatter) {
@@ -159,32 +127,6 @@ TEST(Training, AFailingLabelPairEndsTheRunAsIfThereWereNoOthers) {
       << expected;
   EXPECT_EQ(outcome("2"), expected);
   EXPECT_EQ(outcome("3"), expected);
-}
-
-TEST(Training, DenseAndSparseAgree) {
-  const Workspace workspace;
-  workspace.write("data", zeltest::fileText(zeltest::targetSamples(60, 5, 1)));
-  for (const char* kernel : {"-t 0", "-t 1 -d 2 -r 1 -g 0.5", "-t 2 -g 0.5", "-t 3 -g 0.1"}) {
-    const auto predictions = [&](const std::string& dense) {
-      modelOf(workspace, "-s 3 -e 1e-7 -x 0:1 " + dense + kernel);
-      succeed(workspace, words("zelsvm-predict -q " + dense + "data model out"));
-      return numbersIn(workspace.read("out"));
-    };
-    expectNear(predictions(""), predictions("-X "), 1e-4);
-  }
-  // Only this kernel leaves no choice of the multipliers.
-  const std::string options = "-s 3 -e 1e-9 -x 0:1 -t 2 -g 2";
-  expectNear(numbersIn(modelOf(workspace, options)), numbersIn(modelOf(workspace, options + " -X")),
-             1e-4);
-}
-
-TEST(Training, IterationLimitEndsTheRun) {
-  const Workspace workspace;
-  workspace.write("data", zeltest::fileText(zeltest::classSamples(2000, 3, {1, 2}, 1)));
-  const std::string text = succeed(workspace, words("zelsvm-train -L 1 -c 1000 -e 1e-9 data"));
-  EXPECT_NE(text.find("\nFailed to reach optimization in "), std::string::npos) << text;
-  const std::string full = succeed(workspace, words("zelsvm-train -L 100000 -c 1 data"));
-  EXPECT_NE(full.find("\nFinished optimization in "), std::string::npos) << full;
 }
 
 TEST(Training, OneLabelIsPredictedForEverySample) {

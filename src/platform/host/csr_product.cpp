@@ -17,10 +17,7 @@ constexpr double pieceValues = 32768;
 // Panels packed together stay in the second-level cache while the rows pass by.
 constexpr std::int64_t packedBytes = std::int64_t{256} << 10;
 
-const CsrKernels& kernels() {
-  static const CsrKernels chosen = csrKernels(processorIsa());
-  return chosen;
-}
+CsrKernels kernels() { return csrKernels(processorIsa()); }
 
 std::int64_t panelsFor(std::int64_t columns) { return (columns + panelColumns - 1) / panelColumns; }
 

@@ -1,5 +1,7 @@
 #include "platform/host/isa.h"
 
+#include <algorithm>
+
 namespace zel::inline ZEL_PLATFORM {
 namespace {
 
@@ -12,11 +14,15 @@ Isa detect() {
   return Isa::baseline;
 }
 
+const Isa detected = detect();
+Isa used = detected;
+
 }  // namespace
 
-Isa processorIsa() {
-  static const Isa isa = detect();
-  return isa;
-}
+Isa processorIsa() { return used; }
+
+IsaLimit::IsaLimit(Isa best) { used = std::min(best, detected); }
+
+IsaLimit::~IsaLimit() { used = detected; }
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -5,8 +5,18 @@ namespace zel::inline ZEL_PLATFORM {
 
 enum class Isa { baseline, avx2, avx512 };
 
-// The best set that this processor and its system offer.
+// The best set that this processor and its system offer, or less where a limit asks for it.
 Isa processorIsa();
+
+// Lets tests see what older processors do: while this lives, no better set is used. One at a time,
+// and not while loops run.
+class IsaLimit {
+ public:
+  explicit IsaLimit(Isa best);
+  ~IsaLimit();
+  IsaLimit(const IsaLimit&) = delete;
+  IsaLimit& operator=(const IsaLimit&) = delete;
+};
 
 // Of one table of loops per instruction set the one for this processor.
 template <typename Table>

@@ -7,21 +7,18 @@ namespace zelsvm::inline ZEL_PLATFORM {
 
 #ifdef __x86_64__
 const SmoSweeps& smoSweeps() {
-  static const SmoSweeps& chosen =
-      zel::tableForProcessor(baseline::smoSweepTable, avx2::smoSweepTable, avx512::smoSweepTable);
-  return chosen;
+  return zel::tableForProcessor(baseline::smoSweepTable, avx2::smoSweepTable,
+                                avx512::smoSweepTable);
 }
 
 const TransformSweeps& transformSweeps() {
-  static const TransformSweeps& chosen = zel::tableForProcessor(
-      baseline::transformSweepTable, avx2::transformSweepTable, avx512::transformSweepTable);
-  return chosen;
+  return zel::tableForProcessor(baseline::transformSweepTable, avx2::transformSweepTable,
+                                avx512::transformSweepTable);
 }
 
 const RowProducts& rowProducts() {
-  static const RowProducts& chosen = zel::tableForProcessor(
-      baseline::rowProductTable, avx2::rowProductTable, avx512::rowProductTable);
-  return chosen;
+  return zel::tableForProcessor(baseline::rowProductTable, avx2::rowProductTable,
+                                avx512::rowProductTable);
 }
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }

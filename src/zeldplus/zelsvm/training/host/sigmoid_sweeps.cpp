@@ -6,9 +6,8 @@ namespace zelsvm::inline ZEL_PLATFORM {
 
 #ifdef __x86_64__
 const SigmoidSweeps& sigmoidSweeps() {
-  static const SigmoidSweeps& chosen = zel::tableForProcessor(
-      baseline::sigmoidSweepTable, avx2::sigmoidSweepTable, avx512::sigmoidSweepTable);
-  return chosen;
+  return zel::tableForProcessor(baseline::sigmoidSweepTable, avx2::sigmoidSweepTable,
+                                avx512::sigmoidSweepTable);
 }
 #else
 const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }

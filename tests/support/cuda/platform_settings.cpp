@@ -1,0 +1,9 @@
+#include "support/platform_settings.h"
+
+namespace zeltest {
+
+std::vector<PlatformSetting> platformSettings() { return {}; }
+
+const bool rowsAreGuessed = false;
+
+}  // namespace zeltest
