@@ -11,11 +11,12 @@ namespace {
 
 template <typename T>
 bool isFiniteRow(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row) {
-  const auto begin = [&matrix](std::uint64_t k) {
+  const auto startOf = [&matrix](std::uint64_t k) {
     return matrix.isSparse() ? static_cast<std::uint64_t>(matrix.rowOffsets()[k])
                              : k * matrix.cols();
   };
-  return std::all_of(matrix.values() + begin(row), matrix.values() + begin(row + 1),
+  const T* const first = matrix.values() + startOf(row);
+  return std::all_of(first, first + (startOf(row + 1) - startOf(row)),
                      [](T v) { return std::isfinite(v); });
 }
 
