@@ -11,6 +11,8 @@
 #include <functional>
 #include <vector>
 
+#include "platform/host/blas.h"
+#include "platform/host/dense_product.h"
 #include "zeldplus/zelsvm/engine/host/transform_sweeps.h"
 
 namespace {
@@ -61,9 +63,12 @@ double productRate() {
   constexpr int n = 1536;
   const std::vector<double> a(std::size_t{n} * n, 0.5);
   std::vector<double> c(a.size());
+  if (!zel::prepareBlas()) {
+    std::fprintf(stderr, "the matrix products cannot be loaded\n");
+    std::exit(1);
+  }
   const double seconds = bestSeconds([&] {
-    cblas_dgemm(CblasColMajor, CblasTrans, CblasNoTrans, n, n, n, 1, a.data(), n, a.data(), n, 0,
-                c.data(), n);
+    zel::denseProduct({true, false, n, n, n, 1, a.data(), n, a.data(), n, 0, c.data(), n});
   });
   if (c.back() != 0.25 * n) {
     std::fprintf(stderr, "the matrix product is wrong\n");

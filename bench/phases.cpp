@@ -6,11 +6,13 @@
 #include <cublas_v2.h>
 #include <cusparse.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -35,10 +37,10 @@ namespace {
 // What a phase took and what it did, the least that any way of doing it would.
 struct Phase {
   const char* name;
-  double seconds = 0;
-  double bytes = 0;
-  double flops = 0;
-  double exponentials = 0;
+  std::atomic<double> seconds = 0;
+  std::atomic<double> bytes = 0;
+  std::atomic<double> flops = 0;
+  std::atomic<double> exponentials = 0;
 };
 
 // The phases and counts of this process, written when it ends.
@@ -55,9 +57,10 @@ struct Report {
   double vectorValues = 0;
   double vectorCount = 0;
   bool exponentialKernel = false;
-  std::uint64_t rowsAsked = 0;
-  std::uint64_t rowsMissed = 0;
-  std::uint64_t rowsComputed = 0;
+  std::atomic<std::uint64_t> rowsAsked = 0;
+  std::atomic<std::uint64_t> rowsMissed = 0;
+  std::atomic<std::uint64_t> rowsComputed = 0;
+  std::atomic<unsigned> members = 1;  // threads that train label pairs side by side
 
   Report() = default;
   Report(const Report&) = delete;
@@ -67,15 +70,15 @@ struct Report {
     std::FILE* const file = path == nullptr ? nullptr : std::fopen(path, "w");
     if (file == nullptr) return;
     std::fprintf(file, "{\"rows_asked\": %lu, \"rows_missed\": %lu, \"rows_computed\": %lu, ",
-                 rowsAsked, rowsMissed, rowsComputed);
+                 rowsAsked.load(), rowsMissed.load(), rowsComputed.load());
     const char* separator = "\"phases\": {";
     for (const Phase* phase :
          {&reading, &packing, &rows, &guesses, &sweeps, &products, &decisions, &writing}) {
       std::fprintf(file,
                    "%s\"%s\": {\"s\": %.9g, \"bytes\": %.9g, \"flops\": %.9g, "
                    "\"exponentials\": %.9g}",
-                   separator, phase->name, phase->seconds, phase->bytes, phase->flops,
-                   phase->exponentials);
+                   separator, phase->name, phase->seconds.load(), phase->bytes.load(),
+                   phase->flops.load(), phase->exponentials.load());
       separator = ", ";
     }
     std::fprintf(file, "}}\n");
@@ -85,7 +88,8 @@ struct Report {
 
 Report report;
 
-// Time within another timed phase counts for the inner one only.
+// Time within another timed phase counts for the inner one only, and of threads side by side each
+// one's time for its part, so that all phases together take no longer than the process.
 class Clock {
  public:
   explicit Clock(Phase& phase) : outer(std::exchange(current, &phase)) { charge(outer); }
@@ -101,12 +105,12 @@ class Clock {
   static void charge(Phase* phase) {
     const Time::time_point now = Time::now();
     if (phase != nullptr)
-      phase->seconds += std::chrono::duration<double>(now - std::exchange(last, now)).count();
+      phase->seconds += std::chrono::duration<double>(now - last).count() / report.members;
     last = now;
   }
 
-  static inline Phase* current = nullptr;
-  static inline Time::time_point last;
+  static inline thread_local Phase* current = nullptr;
+  static inline thread_local Time::time_point last;
   Phase* outer;
 };
 
@@ -230,6 +234,12 @@ ZEL_SEAM(std::unique_ptr<KernelRows<double>>, makeKernelRows, ()) {
 
 ZEL_SEAM(std::unique_ptr<SmoSteps<double>>, makeSmoSteps, (SVM_KERNEL kernelType, bool nu)) {
   return std::make_unique<ClockedSteps>(makeSmoStepsBehind(kernelType, nu));
+}
+
+ZEL_SEAM(void, runMembers, (unsigned count, const std::function<void(unsigned)>& member)) {
+  report.members = count;
+  runMembersBehind(count, member);
+  report.members = 1;
 }
 
 ZEL_SEAM(const double*, getRow, (SmoKernel<double> * kernel, std::uint64_t index)) {

@@ -46,25 +46,25 @@ class Stream : public Descriptor {
   }
 };
 
-// What a terminal shows, and what a process writes there through.
-struct Terminal {
-  Descriptor reading;
-  int writing;
-
-  static Terminal make() {
-    int reading = -1;
-    int writing = -1;
-    checked(openpty(&reading, &writing, nullptr, nullptr, nullptr), "openpty");
-    for (const int end : {reading, writing}) checked(fcntl(end, F_SETFD, FD_CLOEXEC), "fcntl");
-    return {{reading, "openpty"}, writing};
-  }
+// A terminal's other side; `writing` becomes what a process writes to it through.
+class Terminal : public Descriptor {
+ public:
+  explicit Terminal(int& writing) : Descriptor(makePair(writing), "openpty") {}
   // All that was written, once nobody can write any more.
   [[nodiscard]] std::string text() const {
     std::string all;
     char piece[256];
-    for (ssize_t count; (count = read(reading.get(), piece, sizeof piece)) > 0;)
+    for (ssize_t count; (count = read(get(), piece, sizeof piece)) > 0;)
       all.append(piece, static_cast<std::size_t>(count));
     return all;
+  }
+
+ private:
+  static int makePair(int& writing) {
+    int reading = -1;
+    checked(openpty(&reading, &writing, nullptr, nullptr, nullptr), "openpty");
+    for (const int end : {reading, writing}) checked(fcntl(end, F_SETFD, FD_CLOEXEC), "fcntl");
+    return reading;
   }
 };
 
@@ -128,13 +128,14 @@ ToolResult Workspace::run(const std::string& program, const std::vector<std::str
   const Stream out;
   const Stream err;
   std::optional<Terminal> terminal;
-  if (settings.terminal) terminal.emplace(Terminal::make());
+  int errorTarget = -1;
+  settings.terminal ? void(terminal.emplace(errorTarget)) : void(errorTarget = copyOf(err.get()));
   ToolResult result;
   int status = 0;
   {
     const bool heard = settings.output == Output::collected;
     const Descriptor output(heard ? copyOf(out.get()) : refusingOutput(settings.output), "output");
-    const Descriptor errors(terminal ? terminal->writing : copyOf(err.get()), "errors");
+    const Descriptor errors(errorTarget, "errors");
     const pid_t child = start(words, root, output.get(), errors.get());
     status = statusAfter(child, settings.limit, result.timedOut);
   }
