@@ -39,7 +39,7 @@ class LittleMemory : public testing::Test {
  protected:
   void SetUp() override {
     if (!limitsWork) GTEST_SKIP() << "The sanitizer maps more than any limit.";
-    workspace.write("data", zeltest::fileText(zeltest::classSamples(4000, 200, {1, 2, 3}, 1)));
+    workspace.write("data", zeltest::fileText(zeltest::classSamples(1600, 400, {1, 2, 3}, 1)));
     succeed(workspace, words("zelsvm-train -q -L 1 data model"), twoThreads);
   }
 
