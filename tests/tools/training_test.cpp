@@ -138,6 +138,11 @@ TEST(Training, OneLabelIsPredictedForEverySample) {
   const std::string text = succeed(workspace, words("zelsvm-predict test model out"));
   EXPECT_EQ(restOfLine(text, "Accuracy = "), "50%");
   EXPECT_EQ(workspace.read("out"), "3 \n3 \n");
+
+  // Infinite kernel values do not matter.
+  succeed(workspace, words("zelsvm-train -q -t 1 -d 1212 data model"));
+  succeed(workspace, words("zelsvm-predict -q test model out"));
+  EXPECT_EQ(workspace.read("out"), "3 \n3 \n");
 }
 
 }  // namespace

@@ -17,6 +17,13 @@ constexpr std::uint64_t maxValueBytes = std::uint64_t{64} << 20;
 // Sparse rows of a block, laid out densely: the data themselves may take less.
 constexpr std::uint64_t maxDenseBytes = std::uint64_t{16} << 20;
 
+// The one vector of a model of one label has no weight, which an infinite kernel value would turn
+// into no number.
+template <typename T>
+bool isConstant(const GenericModel<T>& model) {
+  return model.coefficients().size() == 1 && model.coefficients()[0] == 0;
+}
+
 // One dot per function, spread over the samples.
 void showProgress(std::uint64_t functions, std::uint64_t before, std::uint64_t after,
                   std::uint64_t samples) {
@@ -88,6 +95,7 @@ void GenericPredictor<T>::predictPairs(HostVector<T>& output, zelmag::AbstractMa
     for (std::uint64_t f = 0; f < functions.count(); ++f)
       std::copy_n(block.at(f * count), count, decisionValues.at(f * n + first));
   });
+  if (isConstant(*model)) decisionValues.fill(-model->rho()[0]);
   for (auto* handler : handlers) handler->handle(output, decisionValues, *model);
 }
 
