@@ -1,7 +1,5 @@
 // What this machine can do with all its threads, as one line of JSON: memory copies (bytes read and
 // written), matrix products, exponentials. Best of several runs each, as limits are.
-#include <cblas.h>
-#include <omp.h>
 
 #include <algorithm>
 #include <chrono>

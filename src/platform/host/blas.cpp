@@ -1,6 +1,7 @@
 #include "platform/host/blas.h"
 
 #include <dlfcn.h>
+#include <semaphore.h>
 
 #include <cstdlib>
 #include <mutex>
@@ -9,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/host/blas_use.h"
 #include "platform/host/parallel.h"
 #include "platform/system/available_memory.h"
 
@@ -24,6 +26,7 @@ constexpr std::uint64_t bufferBytes = std::uint64_t{128} << 20;
 constexpr std::uint64_t touchedBytes = std::uint64_t{16} << 20;
 
 Blas loaded{};
+sem_t freeBuffers;
 
 bool fitsIntoMemory(int threads) {
   const auto callers = static_cast<std::uint64_t>(threads);
@@ -90,11 +93,20 @@ bool prepareBlas() {
   if (library == nullptr) throwLoadError();
   find<void (*)(int)>(library, "openblas_set_num_threads")(1);
   reserveBuffers(library, threads);
+  ::sem_init(&freeBuffers, 0, static_cast<unsigned>(threads));
   loaded = {find<decltype(Blas::dgemv)>(library, "cblas_dgemv"),
             find<decltype(Blas::dgemm)>(library, "cblas_dgemm")};
   return true;
 }
 
-const Blas& blas() { return loaded; }
+BlasUse::BlasUse() {
+  while (::sem_wait(&freeBuffers) != 0) {
+    // a signal came
+  }
+}
+
+BlasUse::~BlasUse() { ::sem_post(&freeBuffers); }
+
+const Blas* BlasUse::operator->() const { return &loaded; }
 
 }  // namespace zel::inline ZEL_PLATFORM

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/host/blas.h"
+#include "platform/host/blas_use.h"
 #include "platform/host/parallel.h"
 
 namespace zel::inline ZEL_PLATFORM {
@@ -43,11 +43,11 @@ void multiplyVector(const DenseProduct& p) {
                nanosecondsPerElement * p.k, [&p](std::uint64_t begin, std::uint64_t end) {
                  const int count = static_cast<int>(end - begin);
                  scale(p.C + begin, end - begin, p.beta);
-                 const SingleThread single;
+                 const BlasUse blas;
                  const double* const A = line(p.A, p.lda, p.transposeA, begin);
-                 blas().dgemv(CblasColMajor, operation(p.transposeA), p.transposeA ? p.k : count,
-                              p.transposeA ? count : p.k, p.alpha, A, p.lda, p.B, 1, 1.0,
-                              p.C + begin, 1);
+                 blas->dgemv(CblasColMajor, operation(p.transposeA), p.transposeA ? p.k : count,
+                             p.transposeA ? count : p.k, p.alpha, A, p.lda, p.B, 1, 1.0,
+                             p.C + begin, 1);
                });
 }
 
@@ -57,10 +57,10 @@ void multiplyTile(const DenseProduct& p, std::uint64_t row, int rows, std::uint6
   for (int j = 0; j < columns; ++j)
     scale(C + static_cast<std::uint64_t>(j) * static_cast<std::uint64_t>(p.ldc),
           static_cast<std::uint64_t>(rows), p.beta);
-  const SingleThread single;
-  blas().dgemm(CblasColMajor, operation(p.transposeA), operation(p.transposeB), rows, columns, p.k,
-               p.alpha, line(p.A, p.lda, p.transposeA, row), p.lda,
-               line(p.B, p.ldb, !p.transposeB, column), p.ldb, 1.0, C, p.ldc);
+  const BlasUse blas;
+  blas->dgemm(CblasColMajor, operation(p.transposeA), operation(p.transposeB), rows, columns, p.k,
+              p.alpha, line(p.A, p.lda, p.transposeA, row), p.lda,
+              line(p.B, p.ldb, !p.transposeB, column), p.ldb, 1.0, C, p.ldc);
 }
 
 void multiplyMatrix(const DenseProduct& p) {
