@@ -32,6 +32,26 @@ struct Samples {
   }
 };
 
+// The values that are not 0, as compressed sparse rows.
+struct CsrArrays {
+  std::vector<double> values{};
+  std::vector<int> columns{};
+  std::vector<int> offsets{0};
+};
+
+inline CsrArrays compressed(const Samples& samples) {
+  CsrArrays csr;
+  for (std::uint64_t i = 0; i < samples.rows(); ++i) {
+    for (std::uint64_t k = 0; k < samples.cols; ++k) {
+      if (samples.row(i)[k] == 0) continue;
+      csr.values.push_back(samples.row(i)[k]);
+      csr.columns.push_back(static_cast<int>(k));
+    }
+    csr.offsets.push_back(static_cast<int>(csr.values.size()));
+  }
+  return csr;
+}
+
 // Values in [-1, 1], a third of them 0, around a centre of each class's own; the classes, numbered
 // as given, take turns and overlap.
 inline Samples classSamples(std::uint64_t rows, std::uint64_t cols,
@@ -89,10 +109,11 @@ inline double kernelValue(const zelsvm::SvmContext<double>& context, const doubl
 class DataSet {
  public:
   DataSet(const Samples& samples, zelsvm::SvmContext<double>& context)
-      : values(context.sparse ? std::vector<double>{} : samples.values), labels(samples.labels) {
-    if (context.sparse) compress(samples);
-    matrix = zelmag::createMatrix<double>(values.data(), columns.data(), offsets.data(),
-                                          samples.cols, samples.rows(), context.las());
+      : content(context.sparse ? compressed(samples) : CsrArrays{samples.values, {}, {}}),
+        labels(samples.labels) {
+    matrix = zelmag::createMatrix<double>(content.values.data(), content.columns.data(),
+                                          content.offsets.data(), samples.cols, samples.rows(),
+                                          context.las());
     zelsvm::HostVector<double> labelView(labels.size(), labels.data());
     view = std::make_unique<zelsvm::UserData<double>>(*matrix, labelView);
   }
@@ -100,21 +121,7 @@ class DataSet {
   [[nodiscard]] zelsvm::UserData<double>& data() { return *view; }
 
  private:
-  void compress(const Samples& samples) {
-    offsets.push_back(0);
-    for (std::uint64_t i = 0; i < samples.rows(); ++i) {
-      for (std::uint64_t k = 0; k < samples.cols; ++k) {
-        if (samples.row(i)[k] == 0) continue;
-        values.push_back(samples.row(i)[k]);
-        columns.push_back(static_cast<int>(k));
-      }
-      offsets.push_back(static_cast<int>(values.size()));
-    }
-  }
-
-  std::vector<double> values;
-  std::vector<int> columns;
-  std::vector<int> offsets;
+  CsrArrays content;
   std::vector<double> labels;
   std::unique_ptr<zelmag::AbstractMatrix<double>> matrix;
   std::unique_ptr<zelsvm::UserData<double>> view;
