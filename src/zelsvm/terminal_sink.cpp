@@ -60,12 +60,16 @@ bool TerminalSink::wantsProgress() {
 void TerminalSink::showProgress(const zel::SolveProgress& progress) {
   const Clock::time_point now = Clock::now();
   next = now + rewriteInterval;
+  char pairs[64] = "";
+  if (progress.pairs > 1)
+    std::snprintf(pairs, sizeof pairs, "%lu of %lu pairs, ", progress.pairsDone, progress.pairs);
   char line[256];
+  // A narrow terminal cuts off what matters least.
   const int length = std::snprintf(
       line, sizeof line,
-      "%lu iterations, gap %.2g (ends at %g), cache hits %.0f %%, %lu SV, %.0f s",
-      progress.iterations, progress.gap, progress.tolerance, 100 * progress.cacheHitRate,
-      progress.supportVectors, std::chrono::duration<double>(now - start).count());
+      "%.0f s, %s%lu iterations, gap %.2g (ends at %g), cache hits %.0f %%, %lu SV",
+      std::chrono::duration<double>(now - start).count(), pairs, progress.iterations, progress.gap,
+      progress.tolerance, 100 * progress.cacheHitRate, progress.supportVectors);
   const auto fitting = std::min(static_cast<std::size_t>(length), terminalWidth() - 1);
   draw(std::string_view(line, fitting));
   shown = true;

@@ -39,8 +39,7 @@ class TextSink : public zel::MessageSink {
   std::string text;
 };
 
-Outcome train(const Samples& samples, const SvmParameters& parameters) {
-  TextSink sink(true);
+Outcome train(const Samples& samples, const SvmParameters& parameters, TextSink& sink) {
   const zel::SinkScope scope(sink);
   zel::seedRandom(3);
   zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
@@ -52,6 +51,11 @@ Outcome train(const Samples& samples, const SvmParameters& parameters) {
     sigmoids.insert(sigmoids.end(), {pair.first, pair.second, sigmoid.A, sigmoid.B});
   return {zeltest::valuesOf(model.rho()), zeltest::valuesOf(model.coefficients()), sigmoids,
           sink.text, zel::nextRandom()};
+}
+
+Outcome train(const Samples& samples, const SvmParameters& parameters) {
+  TextSink sink(true);
+  return train(samples, parameters, sink);
 }
 
 Samples tenClasses(unsigned seed) {
@@ -68,6 +72,38 @@ TEST(PairThreads, GiveTheOutcomeOfOne) {
     }
     EXPECT_EQ(outcomes[0].sigmoids.size(), 4 * 45);
     EXPECT_TRUE(outcomes[1] == outcomes[0]);
+  }
+}
+
+class WatchingSink : public TextSink {
+ public:
+  explicit WatchingSink(std::uint64_t stopAt) : TextSink(true), stopAt(stopAt) {}
+  bool wantsProgress() override { return true; }
+  void showProgress(const zel::SolveProgress& progress) override {
+    EXPECT_EQ(std::this_thread::get_id(), watching);
+    EXPECT_EQ(progress.pairs, 45u);
+    EXPECT_GE(progress.pairsDone, done);
+    done = progress.pairsDone;
+    if (done >= stopAt) throw std::string("enough");
+  }
+
+  std::uint64_t done = 0;
+
+ private:
+  std::thread::id watching = std::this_thread::get_id();
+  std::uint64_t stopAt;
+};
+
+// Also side by side, on the thread that watches; what it throws ends the training.
+TEST(PairThreads, ShowProgress) {
+  for (const int threads : {1, 2}) {
+    const ThreadLimit limit(threads);
+    WatchingSink all(45);
+    EXPECT_TRUE(train(tenClasses(1), {.C = 10}, all) == train(tenClasses(1), {.C = 10}));
+    EXPECT_GT(all.done, 30u);
+    WatchingSink some(20);
+    EXPECT_THROW(train(tenClasses(1), {.C = 10}, some), std::string);
+    EXPECT_LT(some.done, 25u);
   }
 }
 

@@ -60,7 +60,7 @@ class Terminal {
 };
 
 constexpr zel::SolveProgress progress{120, 0.25, 0.001, 0.5, 7};
-const std::string line = "120 iterations, gap 0.25 (ends at 0.001), cache hits 50 %, 7 SV, 0 s";
+const std::string line = "0 s, 120 iterations, gap 0.25 (ends at 0.001), cache hits 50 %, 7 SV";
 constexpr std::chrono::milliseconds now(0);
 
 TEST(TerminalSink, RewritesItsLineAndTakesItAway) {
@@ -72,6 +72,8 @@ TEST(TerminalSink, RewritesItsLineAndTakesItAway) {
     sink.showProgress(progress);
     const bool again = sink.wantsProgress();
     terminal.expect("\r" + line + "\033[K");
+    sink.showProgress({120, 0.25, 0.001, 0.5, 7, 45, 12});
+    terminal.expect("\r0 s, 12 of 45 pairs, " + line.substr(5) + "\033[K");
     // It was due only if this process had to wait so long.
     EXPECT_TRUE(!again ||
                 std::chrono::steady_clock::now() - before > std::chrono::milliseconds(250));
@@ -84,6 +86,7 @@ TEST(TerminalSink, StaysBelowTextOnTheSameTerminal) {
   const std::string shown = "\n\r" + line.substr(0, 19) + "\033[K\033[A\r";
   TerminalSink sink(true, now);
   sink.write("one\n..");
+  ASSERT_TRUE(sink.wantsProgress());
   sink.showProgress(progress);
   terminal.expect("one\n.." + shown + "\033[2C");
   sink.write(".");

@@ -38,8 +38,8 @@ TEST(Progress, IsShownAfterTwoSecondsUnlessTurnedOff) {
   const ToolResult shown = watch("", "");
   EXPECT_TRUE(shown.timedOut) << "the problem is too easy: " << testing::PrintToString(shown);
   EXPECT_TRUE(zeltest::matches(shown.err,
-                               "(\r[0-9]+ iterations, gap [0-9.e+]+ \\(ends at 1e-06\\), "
-                               "cache hits [0-9]+ %, [0-9]+ SV, [2-4] s\033\\[K)+"))
+                               "(\r[2-4] s, [0-9]+ iterations, gap [0-9.e+]+ \\(ends at 1e-06\\), "
+                               "cache hits [0-9]+ %, [0-9]+ SV\033\\[K)+"))
       << testing::PrintToString(shown.err);
   EXPECT_EQ(shown.out.find("SV"), std::string::npos);
   EXPECT_EQ(quiet.get().err, "");

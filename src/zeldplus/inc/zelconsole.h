@@ -13,6 +13,8 @@ struct SolveProgress {
   double tolerance;
   double cacheHitRate;
   std::uint64_t supportVectors;
+  std::uint64_t pairs = 1;      // of labels, each with a solver run of its own
+  std::uint64_t pairsDone = 0;  // of those
 };
 
 // Receives messages as they are made, piece by piece, and progress.
@@ -56,6 +58,9 @@ class SinkScope {
  private:
   MessageSink* before;
 };
+
+// Where the calling thread's messages go.
+MessageSink& currentSink();
 
 // Whether the calling thread's sink wants informational lines.
 bool isVerbose();

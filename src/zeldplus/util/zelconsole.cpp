@@ -7,8 +7,9 @@
 namespace zel::inline ZEL_PLATFORM {
 namespace {
 
-// Null for the console that every thread starts with.
-thread_local MessageSink* threadSink = nullptr;
+// Every thread starts with it.
+ConsoleSink console(true);
+thread_local MessageSink* threadSink = &console;
 
 }  // namespace
 
@@ -21,13 +22,13 @@ SinkScope::SinkScope(MessageSink& sink) : before(std::exchange(threadSink, &sink
 
 SinkScope::~SinkScope() { threadSink = before; }
 
-bool isVerbose() { return threadSink == nullptr || threadSink->verbose; }
+MessageSink& currentSink() { return *threadSink; }
 
-bool wantsProgress() { return threadSink != nullptr && threadSink->wantsProgress(); }
+bool isVerbose() { return threadSink->verbose; }
 
-void showProgress(const SolveProgress& progress) {
-  if (threadSink != nullptr) threadSink->showProgress(progress);
-}
+bool wantsProgress() { return threadSink->wantsProgress(); }
+
+void showProgress(const SolveProgress& progress) { threadSink->showProgress(progress); }
 
 void printMessage(const char* format, ...) {
   char text[8192];
@@ -38,9 +39,6 @@ void printMessage(const char* format, ...) {
   writeMessage(text);
 }
 
-void writeMessage(std::string_view text) {
-  if (threadSink != nullptr) return threadSink->write(text);
-  ConsoleSink(true).write(text);
-}
+void writeMessage(std::string_view text) { threadSink->write(text); }
 
 }  // namespace zel::inline ZEL_PLATFORM

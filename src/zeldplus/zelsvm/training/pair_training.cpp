@@ -15,23 +15,67 @@
 namespace zelsvm::inline ZEL_PLATFORM {
 namespace {
 
-class TextSink : public zel::MessageSink {
- public:
-  using MessageSink::MessageSink;
-  void write(std::string_view piece) override { text += piece; }
-
-  std::string text;
-};
+// Ends a pair's training when that of all has failed.
+struct Abandoned {};
 
 }  // namespace
+
+// Between a pair's training and the sink of all: adds to its progress how many pairs are done.
+template <typename T>
+class PairTraining<T>::PairSink : public zel::MessageSink {
+ public:
+  PairSink(PairTraining& training, zel::MessageSink& whole)
+      : MessageSink(whole.verbose), training(&training), whole(&whole) {}
+
+  void write(std::string_view text) override { whole->write(text); }
+  bool wantsProgress() override { return whole->wantsProgress(); }
+  void showProgress(const zel::SolveProgress& progress) override {
+    zel::SolveProgress shown = progress;
+    shown.pairs = training->states.size();
+    shown.pairsDone = training->done;
+    whole->showProgress(shown);
+  }
+
+ protected:
+  PairTraining* training;
+
+ private:
+  zel::MessageSink* whole;
+};
+
+// The same beside other members: holds messages back, and shows progress on the calling thread
+// only.
+template <typename T>
+class PairTraining<T>::MemberSink : public PairSink {
+ public:
+  MemberSink(PairTraining& training, zel::MessageSink& whole, bool isFirst)
+      : PairSink(training, whole), isFirst(isFirst) {}
+
+  void write(std::string_view piece) override { text += piece; }
+  bool wantsProgress() override {
+    if (this->training->isAbandoned) throw Abandoned{};
+    return isFirst && PairSink::wantsProgress();
+  }
+  void showProgress(const zel::SolveProgress& progress) override try {
+    PairSink::showProgress(progress);
+  } catch (...) {
+    this->training->abandon();
+    throw;
+  }
+
+  std::string text;
+
+ private:
+  bool isFirst;
+};
 
 // What a thread needs to train pairs beside others.
 template <typename T>
 class PairTraining<T>::Member {
  public:
   Member(const SvmContext<T>& whole, unsigned members,
-         const std::vector<AbstractBuildHandler<T>*>& handlers, bool verbose)
-      : context(whole, members), trainer(context), verbose(verbose) {
+         const std::vector<AbstractBuildHandler<T>*>& handlers)
+      : context(whole, members), trainer(context) {
     for (const auto* handler : handlers) {
       siblings.push_back(handler->sibling(context));
       trainer.addHandler(*siblings.back());
@@ -39,22 +83,20 @@ class PairTraining<T>::Member {
   }
 
   // Null when that fails.
-  static std::unique_ptr<Member> make(const SvmContext<T>& whole, unsigned members,
-                                      const std::vector<AbstractBuildHandler<T>*>& handlers,
-                                      bool verbose) noexcept try {
-    return std::make_unique<Member>(whole, members, handlers, verbose);
+  static std::unique_ptr<Member> make(
+      const SvmContext<T>& whole, unsigned members,
+      const std::vector<AbstractBuildHandler<T>*>& handlers) noexcept try {
+    return std::make_unique<Member>(whole, members, handlers);
   } catch (...) {
     cudaGetLastError();  // or the thread's next launch would report the failure
     return nullptr;
   }
 
-  // Returns the messages; what the handlers find goes into found.
-  std::string train(SvmData<T>& data, unsigned seed) {
-    TextSink sink(verbose);
+  // What the handlers find goes into found.
+  void train(SvmData<T>& data, unsigned seed, MemberSink& sink) {
     const zel::SinkScope scope(sink);
     zel::seedRandom(seed);
     trainer.train(found, data);
-    return std::move(sink.text);
   }
 
   GenericModel<T> found;
@@ -63,7 +105,6 @@ class PairTraining<T>::Member {
   SvmContext<T> context;
   GenericTrainer<T> trainer;
   std::vector<std::unique_ptr<AbstractBuildHandler<T>>> siblings;
-  bool verbose;
 };
 
 template <typename T>
@@ -71,12 +112,15 @@ void PairTraining<T>::run() {
   deal();
   const unsigned members = membersWorthwhile();
   if (members > 1) trainSideBySide(members);
+  PairSink sink(*this, zel::currentSink());
+  const zel::SinkScope scope(sink);
   for (std::uint64_t pair = written; pair < states.size(); ++pair) {
     if (states[pair].isTrained) {
       zel::writeMessage(states[pair].messages);
     } else {
       zel::seedRandom(states[pair].seed);
       trainer->train(*model, pairs->makeView(pair));
+      ++done;
     }
   }
   zel::seedRandom(lastSeed);
@@ -107,26 +151,28 @@ unsigned PairTraining<T>::membersWorthwhile() const {
 
 template <typename T>
 void PairTraining<T>::trainSideBySide(unsigned members) {
-  const bool verbose = zel::isVerbose();
+  zel::MessageSink& whole = zel::currentSink();
   runMembers(members, [&](unsigned number) {
     // Where memory is short of a member the others do its work.
-    const std::unique_ptr<Member> member = Member::make(*context, members, *handlers, verbose);
-    if (member) work(*member, number == 0);
+    const std::unique_ptr<Member> member = Member::make(*context, members, *handlers);
+    if (member) work(*member, whole, number == 0);
   });
   if (failure) std::rethrow_exception(failure);
 }
 
 template <typename T>
-void PairTraining<T>::work(Member& member, bool writes) {
+void PairTraining<T>::work(Member& member, zel::MessageSink& whole, bool isFirst) {
   while (const auto pair = nextPair()) {
     try {
-      finish(*pair, member.train(pairs->makeView(*pair), states[*pair].seed), member.found);
+      MemberSink sink(*this, whole, isFirst);
+      member.train(pairs->makeView(*pair), states[*pair].seed, sink);
+      finish(*pair, std::move(sink.text), member.found);
     } catch (...) {
       // What was thrown comes again when the pair is trained alone.
       cudaGetLastError();
       return stop();
     }
-    if (writes) writeMessages();
+    if (isFirst) writeMessages();
   }
 }
 
@@ -142,6 +188,7 @@ void PairTraining<T>::finish(std::uint64_t pair, std::string&& messages, Generic
   const std::scoped_lock locked(lock);
   states[pair].messages = std::move(messages);
   states[pair].isTrained = true;
+  ++done;
   model->sigmoids.merge(found.sigmoids);
 }
 
@@ -162,7 +209,13 @@ template <typename T>
 void PairTraining<T>::writeMessages() try {
   while (const auto messages = nextMessages()) zel::writeMessage(*messages);
 } catch (...) {
+  abandon();
+}
+
+template <typename T>
+void PairTraining<T>::abandon() {
   failure = std::current_exception();
+  isAbandoned = true;
   stop();
 }
 

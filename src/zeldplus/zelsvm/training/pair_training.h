@@ -1,6 +1,7 @@
 // The label pairs of a one-against-one training, several at a time where the platform sees fit.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <mutex>
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "zeldplus/inc/zelconsole.h"
 #include "zeldplus/zelsvm/training/build_handler.h"
 #include "zeldplus/zelsvm/training/multiclass_definition.h"
 #include "zeldplus/zelsvm/training/trainer.h"
@@ -17,8 +19,9 @@ namespace zelsvm::inline ZEL_PLATFORM {
 // Solutions, messages and their order, random numbers and the failure thrown are those of pairs
 // that are trained one after the other. Side by side, each member has a solver of its own and takes
 // the next pair when it is done with one; messages are held back until it is their pair's turn, and
-// written by the calling thread. A pair that fails ends this: it is trained once more, alone, which
-// fails again unless the others had left it too little memory, and so are those behind it.
+// written by the calling thread, which also shows the progress of its own pairs. A pair that fails
+// ends this: it is trained once more, alone, which fails again unless the others had left it too
+// little memory, and so are those behind it. A failure of the sink ends everything.
 template <typename T>
 class PairTraining {
  public:
@@ -33,6 +36,8 @@ class PairTraining {
 
  private:
   class Member;
+  class PairSink;
+  class MemberSink;
 
   struct Pair {
     unsigned seed = 0;  // where its random numbers begin
@@ -44,13 +49,16 @@ class PairTraining {
   void deal();
   [[nodiscard]] unsigned membersWorthwhile() const;
   void trainSideBySide(unsigned members);
-  void work(Member& member, bool writes);
+  // The first member is the calling thread's.
+  void work(Member& member, zel::MessageSink& whole, bool isFirst);
   std::optional<std::uint64_t> nextPair();
   void finish(std::uint64_t pair, std::string&& messages, GenericModel<T>& found);
   void stop();
   std::optional<std::string> nextMessages();
   // Writes the messages of the pairs whose turn has come.
   void writeMessages();
+  // Keeps what the sink has thrown; nobody trains on.
+  void abandon();
 
   const SvmContext<T>* context;
   AbstractTrainer<T>* trainer;
@@ -63,7 +71,10 @@ class PairTraining {
   std::vector<Pair> states;
   std::uint64_t next = 0;      // the first pair that nobody has taken
   std::uint64_t written = 0;   // pairs whose messages are out
-  std::exception_ptr failure;  // of writing
+  std::exception_ptr failure;  // of the sink
+
+  std::atomic<std::uint64_t> done = 0;  // pairs trained
+  std::atomic<bool> isAbandoned = false;
 };
 
 }  // namespace zelsvm::inline ZEL_PLATFORM
