@@ -5,10 +5,10 @@
 // was. The engine is the tools' own and runs on the processor, on as many threads as
 // OMP_NUM_THREADS or the machine allows; results do not depend on their number.
 //
-// All functions may be called from any thread. Training, cross-validation and what models do run
-// one at a time in a process: a second call waits for the first. Several threads may use one object
-// at once, but for moving, assigning and destroying it. Borrowed memory must outlive what looks at
-// it and stay as it is meanwhile.
+// All functions may be called from any thread and at the same time; predictions of one model wait
+// for each other. Several threads may use one object at once, but for moving, assigning and
+// destroying it. For many calls at once OMP_NUM_THREADS=1 is best. Borrowed memory must outlive
+// what looks at it and stay as it is meanwhile.
 #pragma once
 
 #include <cstddef>
@@ -109,7 +109,7 @@ struct Parameters {
   double epsilon = 0.1;                        // of epsilon regression
   double tolerance = 0.001;                    // where the solver stops
   std::uint64_t maxIterations = 0;             // 0: no limit
-  std::uint64_t cacheMegabytes = 100;          // for kernel rows
+  std::uint64_t cacheMegabytes = 100;          // for kernel rows, below 4096
   bool shrinking = true;
   bool probability = false;    // train what predict() needs for probabilities
   unsigned randomSeed = 0;     // of folds, also those of probability; 0: from the clock
@@ -117,14 +117,17 @@ struct Parameters {
   Interval targetScale = {};   // the same for the targets of a regression
 };
 
-// How far a running solver is. Some formulations run it many times.
+// How far a running solver is. Probabilities and folds run it many times, and so do more than two
+// labels: of pairs that are trained at the same time the calling thread's is shown.
 struct Progress {
   std::uint64_t iterations = 0;
   double gap = 0;  // the largest violation, which ends at or below the tolerance
   double tolerance = 0;
   double cacheHitRate = 0;  // of all kernel rows asked for
   std::uint64_t supportVectors = 0;
-  double seconds = 0;  // since the call began
+  double seconds = 0;           // since the call began
+  std::uint64_t pairs = 1;      // of labels, to be trained
+  std::uint64_t pairsDone = 0;  // of those
 };
 
 // Where a call's messages and progress go; nowhere where a member is empty. Called on the calling

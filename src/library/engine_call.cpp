@@ -9,8 +9,7 @@ RuntimeException::~RuntimeException() = default;
 namespace detail {
 namespace {
 
-std::mutex engineMutex;
-thread_local bool hasTurn = false;
+thread_local bool isInCall = false;
 
 }  // namespace
 
@@ -24,14 +23,17 @@ void CallerSink::showProgress(const zel::SolveProgress& progress) {
                   .tolerance = progress.tolerance,
                   .cacheHitRate = progress.cacheHitRate,
                   .supportVectors = progress.supportVectors,
-                  .seconds = std::chrono::duration<double>(now - start).count()});
+                  .seconds = std::chrono::duration<double>(now - start).count(),
+                  .pairs = progress.pairs,
+                  .pairsDone = progress.pairsDone});
 }
 
-EngineTurn::EngineTurn() : lock(engineMutex) { hasTurn = true; }
+CallMark::CallMark() {
+  if (isInCall) throw AppException("A sink must not call the library.");
+  isInCall = true;
+}
 
-EngineTurn::~EngineTurn() { hasTurn = false; }
-
-bool EngineTurn::isTaken() { return hasTurn; }
+CallMark::~CallMark() { isInCall = false; }
 
 }  // namespace detail
 }  // namespace zelsvm

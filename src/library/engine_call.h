@@ -1,13 +1,10 @@
-// How every function of the library enters the engine: one at a time, with the caller's sink, and
-// with its failures as the library's exceptions.
+// How every function of the library enters the engine: with the caller's sink, and with its
+// failures as the library's exceptions.
 #pragma once
 
 #include <zelsvm/zelsvm.h>
 
 #include <chrono>
-#include <memory>
-#include <mutex>
-#include <optional>
 #include <string_view>
 
 #include "zeldplus/inc/zelconsole.h"
@@ -35,26 +32,20 @@ class CallerSink : public zel::MessageSink {
   Clock::time_point next;
 };
 
-// The engine's turn of the calling thread.
-class EngineTurn {
+// While it lives, the calling thread is in a call: what runs then is a sink.
+class CallMark {
  public:
-  // Waits for other threads.
-  EngineTurn();
-  ~EngineTurn();
-  EngineTurn(const EngineTurn&) = delete;
-  EngineTurn& operator=(const EngineTurn&) = delete;
-
-  // Whether the thread has its turn already, which is so where a sink runs.
-  static bool isTaken();
-
- private:
-  std::lock_guard<std::mutex> lock;
+  // Throws AppException for a call from a sink: a thread's random numbers and device constants
+  // serve one run.
+  CallMark();
+  ~CallMark();
+  CallMark(const CallMark&) = delete;
+  CallMark& operator=(const CallMark&) = delete;
 };
 
 template <typename Body>
 auto callEngine(const Sink& sink, Body body) {
-  if (EngineTurn::isTaken()) throw AppException("A sink must not call the library.");
-  const EngineTurn turn;
+  const CallMark mark;
   CallerSink messages(sink);
   const zel::SinkScope scope(messages);
   try {
@@ -64,15 +55,6 @@ auto callEngine(const Sink& sink, Body body) {
   } catch (const zel::RuntimeException& error) {
     throw RuntimeException(error.what());
   }
-}
-
-// Destroys what the engine made, in a turn of its own unless this is one.
-template <typename Object>
-void dispose(std::unique_ptr<Object>& object) {
-  if (!object) return;
-  std::optional<EngineTurn> turn;
-  if (!EngineTurn::isTaken()) turn.emplace();
-  object.reset();
 }
 
 }  // namespace zelsvm::detail

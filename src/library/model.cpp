@@ -14,7 +14,7 @@ namespace {
 
 using detail::ModelState;
 
-const ModelState& required(const std::unique_ptr<ModelState>& state) {
+ModelState& required(const std::unique_ptr<ModelState>& state) {
   if (!state) throw AppException("The model was moved away.");
   return *state;
 }
@@ -51,14 +51,8 @@ Model detail::Access::model(std::unique_ptr<ModelState> state) { return Model(st
 Model::Model(std::unique_ptr<ModelState> state) : state(std::move(state)) {}
 Model::Model(Model&&) noexcept = default;
 
-Model& Model::operator=(Model&& other) noexcept {
-  if (this == &other) return *this;
-  detail::dispose(state);
-  state = std::move(other.state);
-  return *this;
-}
-
-Model::~Model() { detail::dispose(state); }
+Model& Model::operator=(Model&&) noexcept = default;
+Model::~Model() = default;
 
 Model Model::load(const std::string& path, unsigned indexBase) {
   return detail::callEngine({}, [&] {
@@ -67,13 +61,19 @@ Model Model::load(const std::string& path, unsigned indexBase) {
 }
 
 void Model::save(const std::string& path, unsigned indexBase) const {
-  const ModelState& trained = required(state);
-  detail::callEngine({}, [&] { writeModel(path, indexBase, *trained.context, *trained.model); });
+  ModelState& trained = required(state);
+  detail::callEngine({}, [&] {
+    const std::scoped_lock locked(trained.inUse);
+    writeModel(path, indexBase, *trained.context, *trained.model);
+  });
 }
 
 Predictions Model::predict(const Samples& samples, bool probability, const Sink& sink) const {
-  const ModelState& trained = required(state);
-  return detail::callEngine(sink, [&] { return predictRows(trained, samples, probability); });
+  ModelState& trained = required(state);
+  return detail::callEngine(sink, [&] {
+    const std::scoped_lock locked(trained.inUse);
+    return predictRows(trained, samples, probability);
+  });
 }
 
 Formulation Model::formulation() const {

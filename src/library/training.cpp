@@ -16,6 +16,8 @@ namespace {
 SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
   for (const auto& [label, weight] : parameters.classWeights)
     if (!(weight > 0)) throw AppException("Invalid classification weight.");
+  // The engine counts its bytes in 32 bits.
+  if (parameters.cacheMegabytes >= 4096) throw AppException("The cache must be below 4096 MB.");
   return {.svmType = static_cast<int>(parameters.formulation),
           .kernelType = static_cast<int>(parameters.kernel),
           .degree = parameters.degree,
@@ -81,10 +83,8 @@ Model train(const Samples& samples, std::span<const double> targets, const Param
     Task task(samples, targets, parameters);
     GenericProcessor<double>(*task.context)
         .train(*task.model, *task.scaled, parameters.probability);
-    auto state = std::make_unique<detail::ModelState>();
-    state->context = std::move(task.context);
-    state->model = std::move(task.model);
-    return detail::Access::model(std::move(state));
+    return detail::Access::model(std::make_unique<detail::ModelState>(LoadedModel<double>{
+        .reader = nullptr, .context = std::move(task.context), .model = std::move(task.model)}));
   });
 }
 

@@ -45,18 +45,8 @@ zelsvm::Samples dense(const Samples& samples) {
 }
 
 zelsvm::Samples sparse(const Samples& samples) {
-  std::vector<double> values;
-  std::vector<int> columns;
-  std::vector<int> offsets{0};
-  for (std::uint64_t i = 0; i < samples.rows(); ++i) {
-    for (std::uint64_t k = 0; k < samples.cols; ++k) {
-      if (samples.row(i)[k] == 0) continue;
-      values.push_back(samples.row(i)[k]);
-      columns.push_back(static_cast<int>(k));
-    }
-    offsets.push_back(static_cast<int>(values.size()));
-  }
-  return zelsvm::Samples::csr(std::move(values), std::move(columns), std::move(offsets),
+  zeltest::CsrArrays csr = zeltest::compressed(samples);
+  return zelsvm::Samples::csr(std::move(csr.values), std::move(csr.columns), std::move(csr.offsets),
                               samples.cols);
 }
 
@@ -241,6 +231,7 @@ TEST(Library, BadArgumentsAreRefused) {
        [&] { static_cast<void>(zelsvm::crossValidate(rows, samples.labels, {}, 1)); }},
       {"Unsupported SVM type", [&] { train({.formulation = static_cast<Formulation>(5)}); }},
       {"Invalid C or eps parameters", [&] { train({.cost = 0}); }},
+      {"The cache must be below 4096 MB.", [&] { train({.cacheMegabytes = 4096}); }},
       {"Invalid classification weight.",
        [&] {
          train({.classWeights = {{1, nan}}});
@@ -331,15 +322,17 @@ TEST(Library, SinksHearWhatTheyAskFor) {
             model.predict(sparse(samples)).decisionValues);
 }
 
-TEST(Library, ThreadsTakeTurns) {
+TEST(Library, ThreadsMayCallAtOnce) {
   const Samples samples = threeClasses();
   const Parameters parameters{.probability = true, .randomSeed = 3};
+  const Model shared = zelsvm::train(dense(samples), samples.labels, parameters);
   const auto work = [&] {
     const Model model = zelsvm::train(dense(samples), samples.labels, parameters);
-    return model.predict(dense(samples), true).probabilities;
+    return std::pair{model.predict(sparse(samples), true).probabilities,
+                     shared.predict(dense(samples)).decisionValues};
   };
-  const std::vector<double> expected = work();
-  std::vector<std::vector<double>> found(3);
+  const auto expected = work();
+  std::vector<std::decay_t<decltype(expected)>> found(3);
   std::vector<std::thread> threads;
   for (auto& result : found) threads.emplace_back([&] { result = work(); });
   for (auto& thread : threads) thread.join();
