@@ -7,8 +7,9 @@
 //
 // All functions may be called from any thread and at the same time; predictions of one model wait
 // for each other. Several threads may use one object at once, but for moving, assigning and
-// destroying it. For many calls at once OMP_NUM_THREADS=1 is best. Borrowed memory must outlive
-// what looks at it and stay as it is meanwhile.
+// destroying it. For many calls at once OMP_NUM_THREADS=1 is best. The first matrix product of a
+// process loads the BLAS and sets environment variables meanwhile, which other threads should not
+// read then. Borrowed memory must outlive what looks at it and stay as it is meanwhile.
 #pragma once
 
 #include <cstddef>
