@@ -1,6 +1,8 @@
 // What this machine can do with all its threads, as one line of JSON: memory copies (bytes read and
 // written), matrix products, exponentials. Best of several runs each, as limits are.
 
+#include <omp.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
