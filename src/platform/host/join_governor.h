@@ -5,21 +5,21 @@
 
 namespace zel::inline ZEL_PLATFORM {
 
-// A team's join waits for every thread, even for one that the system is not running just then, and
-// that may take far longer than the work. So the time that teams save is kept as a balance: when it
-// is used up, loops run on one thread for 50 ms, and for twice as long, up to a second, each time
-// that trying again was a loss as a whole. Times are nanoseconds.
+// A loop waits for the chunks that helpers have begun, even for one whose thread the system has
+// stopped, and that may take far longer than the work. So the time that helpers save is kept as a
+// balance: when it is used up, loops run on one thread for 50 ms, and for twice as long, up to a
+// second, each time that trying again was a loss as a whole. Times are nanoseconds.
 class JoinGovernor {
  public:
-  // True if a team may be used now.
+  // True if helpers may be asked now.
   [[nodiscard]] bool allows(std::int64_t now) const { return now >= pauseEnd; }
 
-  // A team took so long for what one thread would have done in about alone.
-  void report(std::int64_t now, std::int64_t elapsed, std::int64_t alone);
+  // A loop was over by so much earlier for its helpers; less than nothing: later, for waiting.
+  void report(std::int64_t now, std::int64_t gain);
 
  private:
   std::int64_t balance = 0;    // what hiccups may still cost
-  std::int64_t phaseGain = 0;  // saved since teams were last allowed
+  std::int64_t phaseGain = 0;  // saved since helpers were last allowed
   std::int64_t pause = 0;
   std::int64_t pauseEnd = 0;
 };

@@ -3,11 +3,9 @@
 
 #include <cstdint>
 
-namespace zel::inline ZEL_PLATFORM {
+#include "platform/host/crew.h"
 
-// A loop body seen from the untyped side: called with a chunk's first item and the end of the
-// chunk.
-using ChunkFunction = void (*)(const void* body, std::uint64_t begin, std::uint64_t end);
+namespace zel::inline ZEL_PLATFORM {
 
 void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, ChunkFunction function,
                const void* body);
@@ -35,15 +33,18 @@ int threadCount();
 // has more than one chunk.
 bool isWorthThreads(double nanoseconds);
 
-void runCrew(int members, void (*function)(const void* body, int member), const void* body);
+void runCrew(int members, ChunkFunction function, const void* body);
 
-// Calls body(0 … members - 1), each on a thread of its own at the same time, body(0) on the calling
-// one; returns when all are done. Where fewer threads are to be had only the first members are
-// called. Loops within run on one thread. The body must not throw.
+// Calls body(0) on the calling thread and body(1 … members - 1) meanwhile, each at most once on a
+// thread of its own: what no thread has begun when body(0) returns is not called. Returns when all
+// are done. Loops within run on one thread if there are several. The body must not throw.
 template <typename Body>
 void runCrew(int members, const Body& body) {
   runCrew(
-      members, [](const void* erased, int member) { (*static_cast<const Body*>(erased))(member); },
+      members,
+      [](const void* erased, std::uint64_t member, std::uint64_t /*next*/) {
+        (*static_cast<const Body*>(erased))(static_cast<int>(member));
+      },
       &body);
 }
 

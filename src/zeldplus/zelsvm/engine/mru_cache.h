@@ -17,7 +17,7 @@ struct MRUEntry {
 
 // Bytes that a cache size in MB stands for. It is a 32-bit number: 4096 MB wrap to 0.
 constexpr std::uint32_t cacheBudget(std::uint64_t megabytes) {
-  return static_cast<std::uint32_t>(megabytes << 20);
+  return static_cast<std::uint32_t>((megabytes & 0xfff) << 20);
 }
 
 // Slots of pitch elements, at least 16 and at most one per sample; slots 0 … used - 1 are filled,

@@ -17,7 +17,7 @@ namespace {
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 // A reduction runs over at most this many chunks, cut the same way for any number of threads.
-constexpr std::uint64_t maxChunks = 64;
+constexpr std::uint64_t maxChunks = 16;
 constexpr double sweepNanoseconds = 0.5;
 // Samples whose kernel values stay in the first-level cache between a regression's two halves.
 constexpr std::uint64_t stripSamples = 1024;
@@ -156,7 +156,7 @@ class HostSmoSteps : public SmoSteps<double> {
     return unitDiagonal ? 1.0 : all.diagonal[sampleOf(t)];
   }
   [[nodiscard]] std::uint64_t chunkSize() const {
-    return padded(std::max<std::uint64_t>(16384, (stride + maxChunks - 1) / maxChunks));
+    return padded(std::max<std::uint64_t>(512, (stride + maxChunks - 1) / maxChunks));
   }
 
   [[nodiscard]] std::uint64_t chunkCount() const {
