@@ -16,8 +16,9 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-// A reduction runs over at most this many chunks, cut the same way for any number of threads.
+// Threads share a sweep in at most this many chunks of at least so many variables of a half.
 constexpr std::uint64_t maxChunks = 16;
+constexpr std::uint64_t leastChunk = 512;
 constexpr double sweepNanoseconds = 0.5;
 // Samples whose kernel values stay in the first-level cache between a regression's two halves.
 constexpr std::uint64_t stripSamples = 1024;
@@ -50,6 +51,8 @@ class HostSmoSteps : public SmoSteps<double> {
     all = variables;
     halves = all.count > all.samples ? 2 : 1;
     stride = padded(all.samples);
+    grain = chunkLength();
+    chunks = (stride + grain - 1) / grain;
     v.resize(halves * stride);
     states.resize(halves * stride);
     std::fill_n(v.data(), halves * stride, 0.0);
@@ -64,7 +67,7 @@ class HostSmoSteps : public SmoSteps<double> {
     std::vector<double> weights(count);
     for (unsigned c = 0; c < count; ++c)
       weights[c] = isPositive(first + c) ? all.alpha[first + c] : -all.alpha[first + c];
-    zel::forEachChunk(stride, chunkSize(), sweepNanoseconds * count,
+    zel::forEachChunk(stride, grain, sweepNanoseconds * count,
                       [&](std::uint64_t begin, std::uint64_t end) {
                         for (unsigned h = 0; h < halves; ++h)
                           smoSweeps().addColumns(v.data() + h * stride, columns, ld, weights.data(),
@@ -155,12 +158,10 @@ class HostSmoSteps : public SmoSteps<double> {
   [[nodiscard]] double diagonal(unsigned t) const {
     return unitDiagonal ? 1.0 : all.diagonal[sampleOf(t)];
   }
-  [[nodiscard]] std::uint64_t chunkSize() const {
-    return padded(std::max<std::uint64_t>(512, (stride + maxChunks - 1) / maxChunks));
-  }
-
-  [[nodiscard]] std::uint64_t chunkCount() const {
-    return (stride + chunkSize() - 1) / chunkSize();
+  [[nodiscard]] std::uint64_t chunkLength() const {
+    const double nanoseconds = sweepNanoseconds * static_cast<double>(halves * stride);
+    if (!zel::isWorthThreads(nanoseconds)) return stride;
+    return padded(std::max(leastChunk, (stride + maxChunks - 1) / maxChunks));
   }
 
   void refreshState(unsigned t) {
@@ -176,7 +177,7 @@ class HostSmoSteps : public SmoSteps<double> {
   template <typename Sweep>
   void sweepUpper(const Sweep& sweep) {
     std::array<UpperPartial, maxChunks> partials;
-    std::fill_n(partials.begin(), chunkCount(), nothingUpper);
+    std::fill_n(partials.begin(), chunks, nothingUpper);
     forEachStrip([&](std::uint64_t chunk, unsigned half, std::uint64_t begin, std::uint64_t end) {
       sweep(half, begin, end, partials[chunk].best[half]);
     });
@@ -184,7 +185,7 @@ class HostSmoSteps : public SmoSteps<double> {
       SmoUpperBeta<double> beta{-infinity, infinity};
       unsigned index = noIndex;
       for (unsigned half = 0; half < halves; ++half)
-        for (std::uint64_t chunk = 0; chunk < chunkCount(); ++chunk) {
+        for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) {
           const SelectedUpper& partial = partials[chunk].best[half][cls];
           if (partial.up > beta.up) {
             beta.up = partial.up;
@@ -199,7 +200,7 @@ class HostSmoSteps : public SmoSteps<double> {
 
   [[nodiscard]] unsigned sweepLower(const LowerQuery& query) const {
     std::array<LowerPartial, maxChunks> partials;
-    std::fill_n(partials.begin(), chunkCount(), nothingLower);
+    std::fill_n(partials.begin(), chunks, nothingLower);
     forEachStrip([&](std::uint64_t chunk, unsigned half, std::uint64_t begin, std::uint64_t end) {
       smoSweeps().selectLower[nu][unitDiagonal](v.data() + half * stride,
                                                 states.data() + half * stride, query, begin, end,
@@ -208,7 +209,7 @@ class HostSmoSteps : public SmoSteps<double> {
     double gain = -infinity;
     unsigned j = noIndex;
     for (unsigned half = 0; half < halves; ++half)
-      for (std::uint64_t chunk = 0; chunk < chunkCount(); ++chunk) {
+      for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) {
         const SelectedLower& partial = partials[chunk].best[half];
         if (!(partial.gain > gain)) continue;
         gain = partial.gain;
@@ -220,7 +221,6 @@ class HostSmoSteps : public SmoSteps<double> {
   // Calls body(chunk, half, begin, end) so that both halves of a strip follow one another.
   template <typename Body>
   void forEachStrip(const Body& body) const {
-    const std::uint64_t grain = chunkSize();
     const std::uint64_t strip = halves == 1 ? grain : stripSamples;
     zel::forEachChunk(stride, grain, sweepNanoseconds * halves,
                       [&](std::uint64_t begin, std::uint64_t end) {
@@ -254,6 +254,8 @@ class HostSmoSteps : public SmoSteps<double> {
   unsigned halves = 1;
   unsigned active = 0;
   std::uint64_t stride = 0;  // from one half to the next
+  std::uint64_t grain = 0;   // of a half, in a chunk
+  std::uint64_t chunks = 0;
   zel::DeviceVector<double> v;
   zel::DeviceVector<SmoState> states;
   bool selected = false;
