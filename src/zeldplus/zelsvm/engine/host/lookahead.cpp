@@ -30,11 +30,11 @@ void Lookahead::collect(const LookaheadView& view, SmoState mask, SmoState wante
     list.resize(perSide);
   };
   for (unsigned half = 0; half < view.halves; ++half) {
-    const double* const v = view.v + half * view.stride;
-    const SmoState* const states = view.states + half * view.stride;
+    const auto& [v, states, offset] = view.variables;
     for (std::uint64_t q = 0; q < view.samples; ++q) {
-      if (!(sign * v[q] > least) || (states[q] & mask) != wanted) continue;
-      list.push_back({sign * v[q], half * view.samples + q});
+      const double strength = sign * (v[q] + offset[half]);
+      if (!(strength > least) || (states[half][q] & mask) != wanted) continue;
+      list.push_back({strength, half * view.samples + q});
       if (list.size() == 2 * perSide) keepStrongest();
     }
   }
@@ -45,10 +45,11 @@ void Lookahead::collect(const LookaheadView& view, SmoState mask, SmoState wante
 void Lookahead::take(const LookaheadView& view, std::uint64_t variable) {
   for (const Variable& other : set)
     if (other.variable == variable) return;
-  const std::uint64_t sample = variable < view.samples ? variable : variable - view.samples;
-  const std::uint64_t place = variable < view.samples ? variable : view.stride + sample;
-  const bool positive = (view.states[place] & positiveBit) != 0;
-  set.push_back({variable, positive, view.v[place], view.alpha[variable],
+  const unsigned half = variable < view.samples ? 0 : 1;
+  const std::uint64_t sample = variable - half * view.samples;
+  const auto& [v, states, offset] = view.variables;
+  const bool positive = (states[half][sample] & positiveBit) != 0;
+  set.push_back({variable, positive, v[sample] + offset[half], view.alpha[variable],
                  positive ? view.Cp : view.Cn,
                  view.diagonal == nullptr ? 1 : view.diagonal[sample]});
   setSamples.push_back(sample);

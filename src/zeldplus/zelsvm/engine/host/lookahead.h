@@ -11,16 +11,14 @@
 
 namespace zelsvm::inline ZEL_PLATFORM {
 
-// `halves` times `samples` variables, the halves of v and states stride apart, alpha dense.
+// `halves` times `samples` variables.
 struct LookaheadView {
-  const double* v;
-  const SmoState* states;
+  SweptVariables variables;
   const double* alpha;
   const double* diagonal;  // K(x, x) by sample; null where it is 1
   double Cp;
   double Cn;
   std::uint64_t samples;
-  std::uint64_t stride;
   unsigned halves;
   bool nu;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -16,32 +17,31 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-// Threads share a sweep in at most this many chunks of at least so many variables of a half.
-constexpr std::uint64_t maxChunks = 16;
-constexpr std::uint64_t leastChunk = 512;
+// Threads share a sweep in at most this many chunks of at least so many samples. A chunk per thread
+// is best: each starts its selection anew.
+constexpr std::uint64_t maxChunks = 64;
+constexpr std::uint64_t leastChunk = 1024;
 constexpr double sweepNanoseconds = 0.5;
-// Samples whose kernel values stay in the first-level cache between a regression's two halves.
-constexpr std::uint64_t stripSamples = 1024;
 
 constexpr std::uint64_t padded(std::uint64_t count) {
   return (count + sweepStep - 1) / sweepStep * sweepStep;
 }
 
-// What one chunk has found, by half and class (core: one class) or by half.
+// What one chunk has found, by half or else by class.
 struct UpperPartial {
-  SelectedUpper best[2][2];
+  SelectedUpper best[2];
 };
 struct LowerPartial {
   SelectedLower best[2];
 };
 
 constexpr SelectedUpper noUpper{-infinity, infinity, -1};
-constexpr UpperPartial nothingUpper{{{noUpper, noUpper}, {noUpper, noUpper}}};
+constexpr UpperPartial nothingUpper{{noUpper, noUpper}};
 constexpr LowerPartial nothingLower{{{-infinity, -1}, {-infinity, -1}}};
 
-// Variables of the second half of a regression stand apart from the first, each half padded. What
-// the sweeps read is compact: v = -y times the gradient, and a byte for what the selections want to
-// know. A gradient update selects the next first index in the same pass.
+// What the sweeps read is compact: v = -y times the gradient, and a byte for what the selections
+// want to know, padded, and for a regression each half's states apart from the other's. A gradient
+// update selects the next first index in the same pass.
 template <bool nu>
 class HostSmoSteps : public SmoSteps<double> {
  public:
@@ -53,11 +53,13 @@ class HostSmoSteps : public SmoSteps<double> {
     stride = padded(all.samples);
     grain = chunkLength();
     chunks = (stride + grain - 1) / grain;
-    v.resize(halves * stride);
+    v.resize(stride);
     states.resize(halves * stride);
-    std::fill_n(v.data(), halves * stride, 0.0);
-    for (unsigned t = 0; t < all.count; ++t)
-      v.data()[placeOf(t)] = violation(isPositive(t), all.gradient[t]);
+    std::fill_n(v.data(), stride, 0.0);
+    const double offset = halves == 1 ? 0 : halfDistance();
+    swept = {v.data(), {states.data(), states.data() + (halves - 1) * stride}, {-offset, offset}};
+    for (unsigned t = 0; t < all.samples; ++t)
+      v.data()[t] = violation(isPositive(t), all.gradient[t]) - offsetOf(t);
     selected = false;
     moved = false;
   }
@@ -67,12 +69,10 @@ class HostSmoSteps : public SmoSteps<double> {
     std::vector<double> weights(count);
     for (unsigned c = 0; c < count; ++c)
       weights[c] = isPositive(first + c) ? all.alpha[first + c] : -all.alpha[first + c];
-    zel::forEachChunk(stride, grain, sweepNanoseconds * count,
-                      [&](std::uint64_t begin, std::uint64_t end) {
-                        for (unsigned h = 0; h < halves; ++h)
-                          smoSweeps().addColumns(v.data() + h * stride, columns, ld, weights.data(),
-                                                 count, begin, end);
-                      });
+    zel::forEachChunk(
+        stride, grain, sweepNanoseconds * count, [&](std::uint64_t begin, std::uint64_t end) {
+          smoSweeps().addColumns(v.data(), columns, ld, weights.data(), count, begin, end);
+        });
     selected = false;
   }
 
@@ -85,11 +85,9 @@ class HostSmoSteps : public SmoSteps<double> {
 
   void select(SmoSelection<double>& selection, SmoSelection<double>& second) override {
     if (!selected)
-      sweepUpper(
-          [this](unsigned half, std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
-            smoSweeps().selectUpper[nu](v.data() + half * stride, states.data() + half * stride,
-                                        begin, end, best);
-          });
+      sweepUpper([this](std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
+        smoSweeps().selectUpper[halves - 1][nu](swept, begin, end, best);
+      });
     selection = chosen[0];
     second = chosen[nu ? 1 : 0];
   }
@@ -114,9 +112,8 @@ class HostSmoSteps : public SmoSteps<double> {
   void updateGradient(const SmoPair<double>& pair) override {
     const GradientStep step{pair.rowI, pair.rowJ, pending.stepI, pending.stepJ};
     moved = false;
-    sweepUpper([&](unsigned half, std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
-      smoSweeps().updateAndSelect[nu](v.data() + half * stride, states.data() + half * stride, step,
-                                      begin, end, best);
+    sweepUpper([&](std::uint64_t begin, std::uint64_t end, SelectedUpper* best) {
+      smoSweeps().updateAndSelect[halves - 1][nu](swept, step, begin, end, best);
     });
   }
 
@@ -124,22 +121,20 @@ class HostSmoSteps : public SmoSteps<double> {
     for (unsigned q = 0; q < active; ++q) {
       const unsigned t = all.activeSet[q];
       const SmoUpperBeta<double>& beta = nu && !isPositive(t) ? second.beta : selection.beta;
-      if (isShrinkable(isPositive(t), all.alpha[t], upperBound(t), v.data()[placeOf(t)], beta.up,
-                       beta.low))
+      if (isShrinkable(isPositive(t), all.alpha[t], upperBound(t), valueOf(t), beta.up, beta.low))
         all.status[t].x = 1;
     }
   }
 
   void storeGradient() override {
-    for (unsigned t = 0; t < all.count; ++t)
-      all.gradient[t] = violation(isPositive(t), v.data()[placeOf(t)]);
+    for (unsigned t = 0; t < all.count; ++t) all.gradient[t] = violation(isPositive(t), valueOf(t));
   }
 
   void likelySamples(std::vector<std::uint64_t>& samples, unsigned most,
                      const std::vector<std::uint32_t>& isKnown, PairKernel& kernel) override {
     lookahead.forecast(samples, most, isKnown, kernel,
-                       {v.data(), states.data(), all.alpha, unitDiagonal ? nullptr : all.diagonal,
-                        all.Cp, all.Cn, all.samples, stride, halves, nu},
+                       {swept, all.alpha, unitDiagonal ? nullptr : all.diagonal, all.Cp, all.Cn,
+                        all.samples, halves, nu},
                        moved ? &pending : nullptr);
   }
 
@@ -149,9 +144,11 @@ class HostSmoSteps : public SmoSteps<double> {
   [[nodiscard]] std::uint64_t sampleOf(unsigned t) const {
     return t < all.samples ? t : t - all.samples;
   }
-  [[nodiscard]] std::uint64_t placeOf(unsigned t) const {
-    return t < all.samples ? t : stride + (t - all.samples);
+  [[nodiscard]] SmoState& stateOf(unsigned t) {
+    return states.data()[t < all.samples ? t : stride + (t - all.samples)];
   }
+  [[nodiscard]] double offsetOf(unsigned t) const { return swept.offset[t < all.samples ? 0 : 1]; }
+  [[nodiscard]] double valueOf(unsigned t) const { return swept.v[sampleOf(t)] + offsetOf(t); }
   [[nodiscard]] unsigned variableAt(unsigned half, std::int64_t position) const {
     return static_cast<unsigned>(half * all.samples + static_cast<std::uint64_t>(position));
   }
@@ -161,39 +158,50 @@ class HostSmoSteps : public SmoSteps<double> {
   [[nodiscard]] std::uint64_t chunkLength() const {
     const double nanoseconds = sweepNanoseconds * static_cast<double>(halves * stride);
     if (!zel::isWorthThreads(nanoseconds)) return stride;
-    return padded(std::max(leastChunk, (stride + maxChunks - 1) / maxChunks));
+    const auto parts =
+        std::min<std::uint64_t>(static_cast<unsigned>(zel::threadCount()), maxChunks);
+    return padded(std::max(leastChunk, (stride + parts - 1) / parts));
+  }
+
+  // Half of what a regression's second half has more in v: the sum of a sample's two gradients,
+  // from where rounding has taken least of it.
+  [[nodiscard]] double halfDistance() const {
+    const auto sizeAt = [this](unsigned t) { return std::abs(all.gradient[t]); };
+    unsigned best = 0;
+    for (unsigned t = 1; t < all.samples; ++t)
+      if (sizeAt(t) < sizeAt(best)) best = t;
+    return (all.gradient[best] + all.gradient[best + all.samples]) / 2;
   }
 
   void refreshState(unsigned t) {
     const bool positive = isPositive(t);
     const double a = all.alpha[t];
     const double c = upperBound(t);
-    states.data()[placeOf(t)] = static_cast<SmoState>(
-        (inUpperSet(positive, a, c) ? inUpperBit : 0) |
-        (inLowerSet(positive, a, c) ? inLowerBit : 0) | (positive ? positiveBit : 0));
+    stateOf(t) = static_cast<SmoState>((inUpperSet(positive, a, c) ? inUpperBit : 0) |
+                                       (inLowerSet(positive, a, c) ? inLowerBit : 0) |
+                                       (positive ? positiveBit : 0));
   }
 
-  // Calls sweep(half, begin, end, best of half) for all variables and keeps what it selects.
+  // Calls sweep(begin, end, best) for all variables and keeps what it selects.
   template <typename Sweep>
   void sweepUpper(const Sweep& sweep) {
     std::array<UpperPartial, maxChunks> partials;
     std::fill_n(partials.begin(), chunks, nothingUpper);
-    forEachStrip([&](std::uint64_t chunk, unsigned half, std::uint64_t begin, std::uint64_t end) {
-      sweep(half, begin, end, partials[chunk].best[half]);
+    forEachChunk([&](std::uint64_t chunk, std::uint64_t begin, std::uint64_t end) {
+      sweep(begin, end, partials[chunk].best);
     });
-    for (unsigned cls = 0; cls < (nu ? 2 : 1); ++cls) {
-      SmoUpperBeta<double> beta{-infinity, infinity};
-      unsigned index = noIndex;
-      for (unsigned half = 0; half < halves; ++half)
-        for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) {
-          const SelectedUpper& partial = partials[chunk].best[half][cls];
-          if (partial.up > beta.up) {
-            beta.up = partial.up;
-            index = variableAt(half, partial.position);
-          }
-          beta.low = std::min(beta.low, partial.low);
+    constexpr unsigned classes = nu ? 2 : 1;
+    std::fill_n(chosen, classes, SmoSelection<double>{noIndex, {-infinity, infinity}});
+    for (unsigned part = 0; part < std::max(halves, classes); ++part) {
+      auto& [index, beta] = chosen[nu ? part : 0];
+      for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) {
+        const SelectedUpper& partial = partials[chunk].best[part];
+        if (partial.up > beta.up) {
+          beta.up = partial.up;
+          index = variableAt(halves == 2 ? part : 0, partial.position);
         }
-      chosen[cls] = {index, beta};
+        beta.low = std::min(beta.low, partial.low);
+      }
     }
     selected = true;
   }
@@ -201,10 +209,9 @@ class HostSmoSteps : public SmoSteps<double> {
   [[nodiscard]] unsigned sweepLower(const LowerQuery& query) const {
     std::array<LowerPartial, maxChunks> partials;
     std::fill_n(partials.begin(), chunks, nothingLower);
-    forEachStrip([&](std::uint64_t chunk, unsigned half, std::uint64_t begin, std::uint64_t end) {
-      smoSweeps().selectLower[nu][unitDiagonal](v.data() + half * stride,
-                                                states.data() + half * stride, query, begin, end,
-                                                &partials[chunk].best[half]);
+    forEachChunk([&](std::uint64_t chunk, std::uint64_t begin, std::uint64_t end) {
+      smoSweeps().selectLower[halves - 1][nu][unitDiagonal](swept, query, begin, end,
+                                                            partials[chunk].best);
     });
     double gain = -infinity;
     unsigned j = noIndex;
@@ -218,23 +225,19 @@ class HostSmoSteps : public SmoSteps<double> {
     return j;
   }
 
-  // Calls body(chunk, half, begin, end) so that both halves of a strip follow one another.
+  // Calls body(chunk, begin, end).
   template <typename Body>
-  void forEachStrip(const Body& body) const {
-    const std::uint64_t strip = halves == 1 ? grain : stripSamples;
-    zel::forEachChunk(stride, grain, sweepNanoseconds * halves,
-                      [&](std::uint64_t begin, std::uint64_t end) {
-                        for (std::uint64_t from = begin; from < end; from += strip)
-                          for (unsigned half = 0; half < halves; ++half)
-                            body(begin / grain, half, from, std::min(from + strip, end));
-                      });
+  void forEachChunk(const Body& body) const {
+    zel::forEachChunk(
+        stride, grain, sweepNanoseconds * halves,
+        [&](std::uint64_t begin, std::uint64_t end) { body(begin / grain, begin, end); });
   }
 
   // Moves the pair's multipliers to their constrained optimum.
   void movePair(unsigned i, unsigned j, double k) {
     const bool sameSign = isPositive(i) == isPositive(j);
-    const double gradientI = violation(isPositive(i), v.data()[placeOf(i)]);
-    const double gradientJ = violation(isPositive(j), v.data()[placeOf(j)]);
+    const double gradientI = violation(isPositive(i), valueOf(i));
+    const double gradientJ = violation(isPositive(j), valueOf(j));
     const double delta =
         pairStep(sameSign, gradientI, gradientJ, pairCurvature(diagonal(i) + diagonal(j), k));
     const PairValues old{all.alpha[i], all.alpha[j]};
@@ -256,8 +259,10 @@ class HostSmoSteps : public SmoSteps<double> {
   std::uint64_t stride = 0;  // from one half to the next
   std::uint64_t grain = 0;   // of a half, in a chunk
   std::uint64_t chunks = 0;
+  double offset = 0;  // of v, added in the second half and taken off in the first
   zel::DeviceVector<double> v;
   zel::DeviceVector<SmoState> states;
+  SweptVariables swept{};
   bool selected = false;
   SmoSelection<double> chosen[2]{};
   bool moved = false;  // the pending step is not yet in v

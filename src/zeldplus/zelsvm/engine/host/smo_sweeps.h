@@ -14,6 +14,15 @@ inline constexpr SmoState positiveBit = 0x01;
 // Ranges of variables begin and end at multiples of this; what pads the last one has state 0.
 inline constexpr std::uint64_t sweepStep = 16;
 
+// The variables of a solve. v is -y times the gradient. A regression's two halves have the signs 1
+// and -1 and the same v but for a constant, so one array serves both: variable q of a half has
+// v[q] + offset[half]. Elsewhere there is one half, without an offset.
+struct SweptVariables {
+  double* v;
+  const SmoState* states[2];  // by half
+  double offset[2];
+};
+
 // The maximum of v over the upper set with its first position, -1 for none, and the minimum over
 // the lower set.
 struct SelectedUpper {
@@ -44,18 +53,22 @@ struct GradientStep {
   double stepJ;
 };
 
-// v is -y times the gradient. Positions count from the given pointers' start; what a selection
-// finds replaces the best so far only where it is better.
+// Positions count from the arrays' start; what a selection finds replaces the best so far only
+// where it is better. Selections are made separately in each half [halves], else in two classes,
+// the positive one first (nu), or in one (core).
 struct SmoSweeps {
-  // Selects in one class (core) or separately in two, the positive one first (nu).
-  void (*selectUpper[2])(const double* v, const SmoState* states, std::uint64_t begin,
-                         std::uint64_t end, SelectedUpper* best);  // [nu]
+  using SelectUpper = void (*)(const SweptVariables& variables, std::uint64_t begin,
+                               std::uint64_t end, SelectedUpper* best);
+  using UpdateAndSelect = void (*)(const SweptVariables& variables, const GradientStep& step,
+                                   std::uint64_t begin, std::uint64_t end, SelectedUpper* best);
+  using SelectLower = void (*)(const SweptVariables& variables, const LowerQuery& query,
+                               std::uint64_t begin, std::uint64_t end, SelectedLower* best);
+
+  SelectUpper selectUpper[2][2];  // [halves][nu]
   // Moves v by the step first, in the same pass.
-  void (*updateAndSelect[2])(double* v, const SmoState* states, const GradientStep& step,
-                             std::uint64_t begin, std::uint64_t end, SelectedUpper* best);  // [nu]
-  void (*selectLower[2][2])(const double* v, const SmoState* states, const LowerQuery& query,
-                            std::uint64_t begin, std::uint64_t end,
-                            SelectedLower* best);  // [nu][unitDiagonal]
+  UpdateAndSelect updateAndSelect[2][2];  // [halves][nu]
+  // One best for each half; a half may be left without where the other has a better one.
+  SelectLower selectLower[2][2][2];  // [halves][nu][unitDiagonal]
   // v[k] -= sum_c columns[k + c * ld] weights[c].
   void (*addColumns)(double* v, const double* columns, std::uint64_t ld, const double* weights,
                      std::uint64_t count, std::uint64_t begin, std::uint64_t end);

@@ -70,21 +70,39 @@ __attribute__((always_inline)) inline unsigned signBits(Mask m) {
 #endif
 }
 
-// One byte per lane, in the lane's highest bits.
-__attribute__((always_inline)) inline Mask loadBytes(const unsigned char* bytes) {
-  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
-#if defined(__AVX512F__)
-  std::uint64_t word;
-#elif defined(__AVX__)
-  std::uint32_t word;
+// a > b ? a : b by lane, for which the compiler needs no help where there are masks.
+__attribute__((always_inline)) inline Pack larger(Pack a, Pack b) {
+#if defined(__AVX__) && !defined(__AVX512F__)
+  return _mm256_max_pd(a, b);
 #else
-  std::uint16_t word;
+  return a > b ? a : b;
 #endif
-  static_assert(sizeof word == lanes);
+}
+
+// a < b ? a : b by lane.
+__attribute__((always_inline)) inline Pack smaller(Pack a, Pack b) {
+#if defined(__AVX__) && !defined(__AVX512F__)
+  return _mm256_min_pd(a, b);
+#else
+  return a < b ? a : b;
+#endif
+}
+
+// One byte per lane, its sign spread.
+__attribute__((always_inline)) inline Mask loadBytes(const unsigned char* bytes) {
+#if defined(__AVX512F__)
+  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
+  std::uint64_t word;
   __builtin_memcpy(&word, bytes, sizeof word);
-  Mask shifts;
-  for (int k = 0; k < lanes; ++k) shifts[k] = 56 - 8 * k;
-  return (Mask{} + static_cast<std::int64_t>(word)) << shifts;
+  constexpr Mask shifts = {56, 48, 40, 32, 24, 16, 8, 0};
+  return ((Mask{} + static_cast<std::int64_t>(word)) << shifts) >> 56;
+#elif defined(__AVX2__)
+  return reinterpret_cast<Mask>(_mm256_cvtepi8_epi64(_mm_loadu_si32(bytes)));
+#else
+  Mask lane;
+  for (int k = 0; k < lanes; ++k) lane[k] = static_cast<signed char>(bytes[k]);
+  return lane;
+#endif
 }
 
 }  // namespace zelsvm::inline ZEL_PLATFORM::ZEL_ISA
