@@ -185,6 +185,7 @@ struct GainTest {
   }
 };
 
+// The search for the second index.
 template <bool halves, bool nu, bool unitDiagonal>
 struct LowerSearch {
   static constexpr int count = halves ? 2 : 1;
@@ -192,6 +193,10 @@ struct LowerSearch {
 
   const SweptVariables variables;
   const LowerQuery query;
+
+  ZEL_RULE static double most(const SelectedLower* best) {
+    return best[0].gain > best[count - 1].gain ? best[0].gain : best[count - 1].gain;
+  }
 
   // What a variable of this sign and half is paired with.
   ZEL_RULE static int classOf(bool positive, int half) {
@@ -233,7 +238,7 @@ struct LowerSearch {
   }
 
   void run(std::uint64_t begin, std::uint64_t end, SelectedLower* best) const {
-    GainTest test(best[0].gain > best[count - 1].gain ? best[0].gain : best[count - 1].gain);
+    GainTest test(most(best));
     for (std::uint64_t k = begin; k < end; k += together * lanes) {
       for (int row = 0; row < (nu ? 2 : 1); ++row) fetch(query.row[row] + k);
       Mask any{};
@@ -254,7 +259,7 @@ struct LowerSearch {
       const double gain = gainAt(position, half);
       if (!(gain > best[half].gain)) continue;
       best[half] = {gain, static_cast<std::int64_t>(position)};
-      test.raise(best[0].gain > best[count - 1].gain ? best[0].gain : best[count - 1].gain);
+      test.raise(most(best));
     }
   }
 };
