@@ -32,16 +32,61 @@ __attribute__((always_inline)) inline Pack load(const double* p) {
   return v;
 }
 
-// Whole numbers as lanes.
-__attribute__((always_inline)) inline Pack load(const std::int32_t* p) {
+__attribute__((always_inline)) inline Pack broadcast(const double* p) {
+#if defined(__AVX__) && !defined(__AVX512F__)
+  return _mm256_broadcast_sd(p);
+#else
+  return splat(*p);
+#endif
+}
+
+struct PackPair {
+  Pack first;
+  Pack second;
+};
+
+__attribute__((always_inline)) inline PackPair loadPair(const double* p) {
+  return {load(p), load(p + lanes)};
+}
+
+// Whole numbers as doubles, their lanes where mixed puts them.
+__attribute__((always_inline)) inline PackPair loadPair(const std::int32_t* p) {
+#if defined(__AVX2__) && !defined(__AVX512F__)
+  // Converting is slow here, so that a number becomes the low bits of 2^52 + 2^31 + itself.
+  const __m256i sign = _mm256_set1_epi32(INT32_MIN);
+  const __m256i high = _mm256_set1_epi32(0x43300000);
+  const __m256i x = _mm256_xor_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)), sign);
+  const Pack excess = splat(0x1p52 + 0x1p31);
+  return {_mm256_castsi256_pd(_mm256_unpacklo_epi32(x, high)) - excess,
+          _mm256_castsi256_pd(_mm256_unpackhi_epi32(x, high)) - excess};
+#else
   using Whole = std::int32_t __attribute__((vector_size(4 * lanes)));
-  Whole v;
-  __builtin_memcpy(&v, p, sizeof v);
-  return __builtin_convertvector(v, Pack);
+  Whole first;
+  Whole second;
+  __builtin_memcpy(&first, p, sizeof first);
+  __builtin_memcpy(&second, p + lanes, sizeof second);
+  return {__builtin_convertvector(first, Pack), __builtin_convertvector(second, Pack)};
+#endif
+}
+
+// Brings lanes into the order of loadPair of such elements, or back.
+template <typename Element>
+__attribute__((always_inline)) inline PackPair mixed(const PackPair& pair) {
+#if defined(__AVX2__) && !defined(__AVX512F__)
+  if constexpr (sizeof(Element) < sizeof(double))
+    return {_mm256_permute2f128_pd(pair.first, pair.second, 0x20),
+            _mm256_permute2f128_pd(pair.first, pair.second, 0x31)};
+#endif
+  return pair;
 }
 
 __attribute__((always_inline)) inline void store(double* p, Pack v) {
   __builtin_memcpy(p, &v, sizeof v);
+}
+
+__attribute__((always_inline)) inline void storePair(double* p, const PackPair& pair) {
+  store(p, pair.first);
+  store(p + lanes, pair.second);
 }
 
 // a * b + c, rounded once where the processor can.

@@ -9,10 +9,10 @@ namespace zelsvm::inline ZEL_PLATFORM {
 namespace ZEL_ISA {
 namespace {
 
-constexpr int packs = static_cast<int>(panelSamples) / lanes;
-constexpr std::ptrdiff_t laneStep = lanes;
+constexpr std::uint64_t pairLanes = 2 * lanes;
+constexpr int pairs = static_cast<int>(panelSamples / pairLanes);
 // Rows that one pass over a panel serves: their sums fill the registers.
-constexpr unsigned rowsPerPass = lanes == 8 ? 8 : lanes == 4 ? 3 : 1;
+constexpr unsigned rowsPerPass = lanes == 8 ? 8 : lanes == 4 ? 2 : 1;
 // Elements of a panel that stay in the first-level cache between passes.
 constexpr std::uint64_t depth = 128;
 
@@ -35,27 +35,42 @@ struct Stretch {
   bool last;
 };
 
+// Unrolls the loop that follows, completely: later in its work the compiler would do so by itself,
+// but keep arrays in memory that could be registers.
+#define ZEL_UNROLLED _Pragma("GCC unroll 16")
+
 // Adds a stretch of `panels` panels, stride apart, to the sums in out; the last one ends them.
 template <int panels, unsigned rows, typename Element>
 ZEL_RULE void addTile(const Element* panel, std::uint64_t stride, const Stretch& stretch,
                       const double* const* row, double* const* out, double unit) {
-  Pack sums[rows][panels * packs];
-  for (unsigned c = 0; c < rows; ++c)
-    for (int p = 0; p < panels * packs; ++p)
-      sums[c][p] = stretch.first ? Pack{} : load(out[c] + p * laneStep);
-  for (std::uint64_t j = stretch.begin; j < stretch.end; ++j) {
+  constexpr std::uint64_t count = panels * pairs;
+  Pack sums[rows][2 * count];
+  ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c)
+      ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p) {
+    const PackPair before =
+        stretch.first ? PackPair{} : mixed<Element>(loadPair(out[c] + p * pairLanes));
+    sums[c][2 * p] = before.first;
+    sums[c][2 * p + 1] = before.second;
+  }
+  const std::uint64_t end = stretch.end;
+  for (std::uint64_t j = stretch.begin; j < end; ++j) {
     for (std::uint64_t p = 0; p < panels; ++p) fetch(panel + p * stride + j * panelSamples);
     Pack factors[rows];
-    for (unsigned c = 0; c < rows; ++c) factors[c] = splat(row[c][j]);
-    for (int p = 0; p < panels * packs; ++p) {
-      const Pack x = load(panel + static_cast<std::uint64_t>(p / packs) * stride +
-                          j * panelSamples + static_cast<std::uint64_t>(p % packs * lanes));
-      for (unsigned c = 0; c < rows; ++c) sums[c][p] = multiplyAdd(factors[c], x, sums[c][p]);
+    ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c) factors[c] = broadcast(row[c] + j);
+    ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p) {
+      const PackPair x =
+          loadPair(panel + p / pairs * stride + j * panelSamples + p % pairs * pairLanes);
+      ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c) {
+        sums[c][2 * p] = multiplyAdd(factors[c], x.first, sums[c][2 * p]);
+        sums[c][2 * p + 1] = multiplyAdd(factors[c], x.second, sums[c][2 * p + 1]);
+      }
     }
   }
   const Pack scale = splat(stretch.last ? unit : 1.0);
-  for (unsigned c = 0; c < rows; ++c)
-    for (int p = 0; p < panels * packs; ++p) store(out[c] + p * laneStep, sums[c][p] * scale);
+  ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c)
+      ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p)
+          storePair(out[c] + p * pairLanes,
+                    mixed<Element>({sums[c][2 * p] * scale, sums[c][2 * p + 1] * scale}));
 }
 
 template <int panels, unsigned rows, typename Element>
