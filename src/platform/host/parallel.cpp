@@ -3,12 +3,20 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "platform/host/clock.h"
 #include "platform/host/join_governor.h"
+#include "platform/system/control_group.h"
 
 namespace zel::inline ZEL_PLATFORM {
 namespace {
+
+// Threads beyond the time that a control group grants would only make the others wait for it.
+int usableProcessors() {
+  const int visible = omp_get_num_procs();
+  return static_cast<int>(std::min<double>(visible, std::ceil(controlGroupProcessors())));
+}
 
 // Work below this is done before a helper has taken its part.
 constexpr double leastSharedNanoseconds = 2'000;
@@ -35,7 +43,7 @@ void runMember(const void* erased, std::uint64_t begin, std::uint64_t end) {
 }  // namespace
 
 int threadCount() {
-  static const int processors = omp_get_num_procs();
+  static const int processors = usableProcessors();
   return std::max(1, std::min(omp_get_max_threads(), processors));
 }
 

@@ -1,6 +1,8 @@
 #include "platform/system/control_group.h"
 
 #include <algorithm>
+#include <charconv>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,42 +32,102 @@ void tighten(MemoryLimit& limit, const std::string& group, const Version& versio
   limit.free = std::min(limit.free, *total - std::min(held, *total));
 }
 
-// Groups that are not visible from here have no files and change nothing.
-void tightenUpwards(MemoryLimit& limit, const std::string& mount, std::string_view path,
-                    const Version& version) {
-  while (!path.empty() && path != "/") {
-    tighten(limit, mount + std::string(path), version);
-    path = path.substr(0, path.rfind('/'));
-  }
-  tighten(limit, mount, version);
-}
+// The group of a membership line "number:controllers:path".
+struct Membership {
+  std::string_view controllers;  // none in the second version
+  std::string_view path;
 
-// Path of the group in a membership line "number:controllers:path" of the wanted controllers.
-std::optional<std::string_view> groupPath(std::string_view line, std::string_view controllers) {
+  [[nodiscard]] bool isOf(std::string_view controller) const {
+    for (std::string_view rest = controllers; !rest.empty();) {
+      const std::size_t end = std::min(rest.find(','), rest.size());
+      if (rest.substr(0, end) == controller) return true;
+      rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return false;
+  }
+};
+
+std::optional<Membership> membershipIn(std::string_view line) {
   const std::size_t begin = line.find(':');
   if (begin == std::string_view::npos) return std::nullopt;
   const std::size_t end = line.find(':', begin + 1);
   if (end == std::string_view::npos) return std::nullopt;
-  if (line.substr(begin + 1, end - begin - 1) != controllers) return std::nullopt;
-  return line.substr(end + 1);
+  return Membership{line.substr(begin + 1, end - begin - 1), line.substr(end + 1)};
+}
+
+// Calls visit(folder) for the group and all above it. Those that are not visible from here have no
+// files.
+template <typename Visit>
+void forEachUpwards(const std::string& mount, std::string_view path, const Visit& visit) {
+  while (!path.empty() && path != "/") {
+    visit(mount + std::string(path));
+    path = path.substr(0, path.rfind('/'));
+  }
+  visit(mount);
+}
+
+// Calls visitFirst or visitSecond, by the version, for the folders of the groups that the
+// controller has put the process in.
+template <typename VisitFirst, typename VisitSecond>
+void forEachGroup(const char* membership, const std::string& root, const std::string& controller,
+                  const VisitFirst& visitFirst, const VisitSecond& visitSecond) {
+  const SmallFile groups(membership);
+  for (std::string_view rest = groups.text(); !rest.empty();) {
+    const std::size_t end = std::min(rest.find('\n'), rest.size());
+    const auto group = membershipIn(rest.substr(0, end));
+    if (group && group->isOf(controller))
+      forEachUpwards(root + "/" + controller, group->path, visitFirst);
+    else if (group && group->controllers.empty())
+      forEachUpwards(root, group->path, visitSecond);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+}
+
+// Infinity where one of them is not there or says that there is no limit.
+double ratio(std::optional<std::uint64_t> quota, std::optional<std::uint64_t> period) {
+  if (!quota || !period || *period == 0) return std::numeric_limits<double>::infinity();
+  return static_cast<double>(*quota) / static_cast<double>(*period);
+}
+
+// "quota period", where the quota may be "max".
+double processorsIn(std::string_view text) {
+  const auto number = [&text]() -> std::optional<std::uint64_t> {
+    std::uint64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc()) return std::nullopt;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    return value;
+  };
+  const auto quota = number();
+  return ratio(quota, number());
 }
 
 }  // namespace
 
 MemoryLimit controlGroupMemory(const char* membership, const char* root) {
-  const SmallFile groups(membership);
   MemoryLimit limit;
-  std::string_view rest = groups.text();
-  while (!rest.empty()) {
-    const std::size_t end = std::min(rest.find('\n'), rest.size());
-    const std::string_view line = rest.substr(0, end);
-    if (const auto path = groupPath(line, "memory"))
-      tightenUpwards(limit, std::string(root) + "/memory", *path, first);
-    else if (const auto unified = groupPath(line, ""))
-      tightenUpwards(limit, root, *unified, second);
-    rest.remove_prefix(std::min(end + 1, rest.size()));
-  }
+  forEachGroup(
+      membership, root, "memory",
+      [&limit](const std::string& group) { tighten(limit, group, first); },
+      [&limit](const std::string& group) { tighten(limit, group, second); });
   return limit;
+}
+
+double controlGroupProcessors(const char* membership, const char* root) {
+  double processors = std::numeric_limits<double>::infinity();
+  forEachGroup(
+      membership, root, "cpu",
+      [&processors](const std::string& group) {
+        const auto quota = SmallFile((group + "/cpu.cfs_quota_us").c_str()).numberAfter("");
+        const auto period = SmallFile((group + "/cpu.cfs_period_us").c_str()).numberAfter("");
+        processors = std::min(processors, ratio(quota, period));
+      },
+      [&processors](const std::string& group) {
+        const SmallFile file((group + "/cpu.max").c_str());
+        processors = std::min(processors, processorsIn(file.text()));
+      });
+  return processors;
 }
 
 }  // namespace zel::inline ZEL_PLATFORM

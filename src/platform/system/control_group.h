@@ -1,4 +1,4 @@
-// Memory limits that control groups put on this process.
+// Limits that control groups put on this process.
 #pragma once
 
 #include <cstdint>
@@ -16,5 +16,9 @@ struct MemoryLimit {
 // File cache that the kernel would drop first does not count as used.
 MemoryLimit controlGroupMemory(const char* membership = "/proc/self/cgroup",
                                const char* root = "/sys/fs/cgroup");
+
+// Processors whose time the process may use, a fraction as the case may be; infinity for no limit.
+double controlGroupProcessors(const char* membership = "/proc/self/cgroup",
+                              const char* root = "/sys/fs/cgroup");
 
 }  // namespace zel::inline ZEL_PLATFORM

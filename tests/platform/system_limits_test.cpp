@@ -1,10 +1,11 @@
-// What the system says about memory, read from files laid out like its own.
+// What the system says about memory and processors, read from files laid out like its own.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <string>
 
 #include "platform/system/available_memory.h"
@@ -29,6 +30,10 @@ class ControlGroups : public testing::Test {
   zel::MemoryLimit read(const std::string& membership) {
     write("membership", membership);
     return zel::controlGroupMemory((root / "membership").c_str(), root.c_str());
+  }
+  double processors(const std::string& membership) {
+    write("membership", membership);
+    return zel::controlGroupProcessors((root / "membership").c_str(), root.c_str());
   }
 
   std::filesystem::path root;
@@ -63,6 +68,20 @@ TEST_F(ControlGroups, ThatAreNotVisibleLimitNothing) {
   EXPECT_EQ(read("0::/outside\n").free, zel::MemoryLimit::none);
   EXPECT_EQ(zel::controlGroupMemory("/no/such/file", "/no/such/root").total,
             zel::MemoryLimit::none);
+}
+
+TEST_F(ControlGroups, LimitProcessorTime) {
+  const double none = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(processors("0::/a/b\n"), none);
+  write("a/cpu.max", "150000 100000\n");
+  write("a/b/cpu.max", "max 100000\n");
+  EXPECT_EQ(processors("0::/a/b\n"), 1.5);
+  EXPECT_EQ(processors("0::/\n"), none);
+  write("cpu/job/cpu.cfs_quota_us", "-1\n");
+  write("cpu/job/cpu.cfs_period_us", "50000\n");
+  EXPECT_EQ(processors("4:cpu,cpuacct:/job\n0::/\n"), none);
+  write("cpu/job/cpu.cfs_quota_us", "200000\n");
+  EXPECT_EQ(processors("4:cpuacct,cpu:/job\n0::/\n"), 4.0);
 }
 
 TEST(AvailableMemory, IsPlausibleAndObeysTheAddressSpaceLimit) {
