@@ -9,7 +9,7 @@ namespace zelsvm::inline ZEL_PLATFORM {
 namespace ZEL_ISA {
 namespace {
 
-constexpr std::uint64_t pairLanes = 2 * lanes;
+constexpr std::uint64_t pairLanes = std::uint64_t{2} * lanes;
 constexpr int pairs = static_cast<int>(panelSamples / pairLanes);
 // Rows that one pass over a panel serves: their sums fill the registers.
 constexpr unsigned rowsPerPass = lanes == 8 ? 8 : lanes == 4 ? 2 : 1;
@@ -43,7 +43,7 @@ struct Stretch {
 template <int panels, unsigned rows, typename Element>
 ZEL_RULE void addTile(const Element* panel, std::uint64_t stride, const Stretch& stretch,
                       const double* const* row, double* const* out, double unit) {
-  constexpr std::uint64_t count = panels * pairs;
+  constexpr std::uint64_t count = std::uint64_t{panels} * pairs;
   Pack sums[rows][2 * count];
   ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c)
       ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p) {

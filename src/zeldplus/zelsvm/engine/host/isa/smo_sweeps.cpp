@@ -190,6 +190,7 @@ template <bool halves, bool nu, bool unitDiagonal>
 struct LowerSearch {
   static constexpr int count = halves ? 2 : 1;
   static constexpr int together = unroll<Groups::all> / count;
+  static constexpr std::uint64_t step = std::uint64_t{together} * lanes;
 
   const SweptVariables variables;
   const LowerQuery query;
@@ -239,7 +240,7 @@ struct LowerSearch {
 
   void run(std::uint64_t begin, std::uint64_t end, SelectedLower* best) const {
     GainTest test(most(best));
-    for (std::uint64_t k = begin; k < end; k += together * lanes) {
+    for (std::uint64_t k = begin; k < end; k += step) {
       for (int row = 0; row < (nu ? 2 : 1); ++row) fetch(query.row[row] + k);
       Mask any{};
       for (int u = 0; u < together; ++u)
