@@ -12,6 +12,7 @@ constexpr std::uint64_t blockSize = 256;
 
 // Kernel rows come from far away, once each; everything else stays in the second-level cache.
 constexpr std::uint64_t fetchedAhead = 512;
+constexpr std::uint64_t line = 8;  // elements
 
 ZEL_RULE void fetch(const double* row) { __builtin_prefetch(row + fetchedAhead); }
 
@@ -157,7 +158,6 @@ void updateAndSelect(const SweptVariables& variables, const GradientStep& step, 
   const double* const rowI = step.rowI;
   const double* const rowJ = step.rowJ;
   double* const v = variables.v;
-  constexpr std::uint64_t line = 8;
   const auto update = [=](std::uint64_t q) {
     if (q % line == 0) {
       fetch(rowI + q);
@@ -241,7 +241,8 @@ struct LowerSearch {
   void run(std::uint64_t begin, std::uint64_t end, SelectedLower* best) const {
     GainTest test(most(best));
     for (std::uint64_t k = begin; k < end; k += step) {
-      for (int row = 0; row < (nu ? 2 : 1); ++row) fetch(query.row[row] + k);
+      for (std::uint64_t q = k; q < k + step; q += line)
+        for (int row = 0; row < (nu ? 2 : 1); ++row) fetch(query.row[row] + q);
       Mask any{};
       for (int u = 0; u < together; ++u)
         for (int half = 0; half < count; ++half)
