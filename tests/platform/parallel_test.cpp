@@ -89,6 +89,8 @@ TEST_F(Threads, HelpWhetherTheySleepOrNot) {
       zel::forEachChunk(64, 1, longWork, [&](std::uint64_t chunk, std::uint64_t) {
         helpers.look();
         sum += static_cast<int>(chunk);
+        // Enough for a sleeper to come while there is work left.
+        std::this_thread::sleep_for(std::chrono::microseconds(5));
       });
       EXPECT_EQ(sum, 64 * 63 / 2);
       return helpers.count() > 100;
