@@ -5,7 +5,7 @@
 
 namespace zeltest {
 
-// Threads of the calling thread's teams while this lives.
+// Threads that the calling thread's loops may use while this lives.
 class ThreadLimit {
  public:
   explicit ThreadLimit(int threads) : before(omp_get_max_threads()) {

@@ -11,8 +11,8 @@ struct Blas {
   decltype(&cblas_dgemm) dgemm;
 };
 
-// An OpenBLAS that shares our threading runtime takes as many threads as a parallel region would
-// get, so while one of these lives on the calling thread that is one.
+// An OpenBLAS built for OpenMP takes as many threads as a parallel region would get, so while one
+// of these lives on the calling thread that is one.
 class SingleThread {
  public:
   SingleThread() { omp_set_num_threads(1); }

@@ -1,7 +1,6 @@
 #include "platform/system/control_group.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 #include <optional>
 #include <string>
@@ -90,17 +89,9 @@ double ratio(std::optional<std::uint64_t> quota, std::optional<std::uint64_t> pe
 }
 
 // "quota period", where the quota may be "max".
-double processorsIn(std::string_view text) {
-  const auto number = [&text]() -> std::optional<std::uint64_t> {
-    std::uint64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc()) return std::nullopt;
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    return value;
-  };
-  const auto quota = number();
-  return ratio(quota, number());
+double processorsIn(const SmallFile& file) {
+  const auto quota = file.numberAfter("");
+  return ratio(quota, file.numberAfter(std::to_string(quota.value_or(0)) + " "));
 }
 
 }  // namespace
@@ -124,8 +115,7 @@ double controlGroupProcessors(const char* membership, const char* root) {
         processors = std::min(processors, ratio(quota, period));
       },
       [&processors](const std::string& group) {
-        const SmallFile file((group + "/cpu.max").c_str());
-        processors = std::min(processors, processorsIn(file.text()));
+        processors = std::min(processors, processorsIn(SmallFile((group + "/cpu.max").c_str())));
       });
   return processors;
 }

@@ -45,12 +45,13 @@ ZEL_RULE void addTile(const Element* panel, std::uint64_t stride, const Stretch&
                       const double* const* row, double* const* out, double unit) {
   constexpr std::uint64_t count = std::uint64_t{panels} * pairs;
   Pack sums[rows][2 * count];
-  ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c)
-      ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p) {
-    const PackPair before =
-        stretch.first ? PackPair{} : mixed<Element>(loadPair(out[c] + p * pairLanes));
-    sums[c][2 * p] = before.first;
-    sums[c][2 * p + 1] = before.second;
+  ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c) {
+    ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p) {
+      const PackPair before =
+          stretch.first ? PackPair{} : mixed<Element>(loadPair(out[c] + p * pairLanes));
+      sums[c][2 * p] = before.first;
+      sums[c][2 * p + 1] = before.second;
+    }
   }
   const std::uint64_t end = stretch.end;
   for (std::uint64_t j = stretch.begin; j < end; ++j) {
@@ -67,10 +68,12 @@ ZEL_RULE void addTile(const Element* panel, std::uint64_t stride, const Stretch&
     }
   }
   const Pack scale = splat(stretch.last ? unit : 1.0);
-  ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c)
-      ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p)
-          storePair(out[c] + p * pairLanes,
-                    mixed<Element>({sums[c][2 * p] * scale, sums[c][2 * p + 1] * scale}));
+  ZEL_UNROLLED for (unsigned c = 0; c < rows; ++c) {
+    ZEL_UNROLLED for (std::uint64_t p = 0; p < count; ++p) {
+      const PackPair scaled{sums[c][2 * p] * scale, sums[c][2 * p + 1] * scale};
+      storePair(out[c] + p * pairLanes, mixed<Element>(scaled));
+    }
+  }
 }
 
 template <int panels, unsigned rows, typename Element>
