@@ -5,9 +5,9 @@
 // was. The engine is the tools' own and runs on the processor, on as many threads as
 // OMP_NUM_THREADS or the machine allows; results do not depend on their number.
 //
-// All functions may be called from any thread and at the same time; predictions of one model wait
-// for each other. Several threads may use one object at once, but for moving, assigning and
-// destroying it. For many calls at once OMP_NUM_THREADS=1 is best. The first matrix product of a
+// All functions may be called from any thread and at the same time. Several threads may use one
+// object at once, but for moving, assigning and destroying it: a model predicts for all of them
+// side by side. For many calls at once OMP_NUM_THREADS=1 is best. The first matrix product of a
 // process loads the BLAS and sets environment variables meanwhile, which other threads should not
 // read then. Borrowed memory must outlive what looks at it and stay as it is meanwhile.
 #pragma once
@@ -65,7 +65,7 @@ class ZELSVM_API Samples {
   static Samples csr(std::vector<double>&& values, std::vector<int>&& columns,
                      std::vector<int>&& rowOffsets, std::size_t features);
 
-  // Moving copies, so that there always is a content.
+  // There is no move, as it would leave samples without content.
   Samples(const Samples&) = default;
   Samples& operator=(const Samples&) = default;
   ~Samples() = default;
@@ -97,7 +97,7 @@ struct Interval {
   double upper = 0;
 };
 
-// What to train and how, with the tools' defaults.
+// What to train and how, with the tools' defaults. All numbers must be finite.
 struct Parameters {
   Formulation formulation = Formulation::cClassification;
   Kernel kernel = Kernel::radial;
@@ -142,7 +142,9 @@ struct Sink {
 
 // Of samples, in their order.
 struct Predictions {
-  std::vector<double> values;  // label, side (1 or -1) or target
+  // Label, side (1 or -1) or target. Where all decision values of a sample are 0 it gets the first
+  // of the labels, or side 1.
+  std::vector<double> values;
   // One per pair of labels (first, second), (first, third), … (second, third), …, sample by sample;
   // above 0 for the pair's first. One for one-class, none for regression.
   std::vector<double> decisionValues;
@@ -152,14 +154,15 @@ struct Predictions {
 // A trained model, movable. Once moved away it throws AppException.
 class ZELSVM_API Model {
  public:
-  // Reads a model file; indexBase is the number of its first feature, 0 or 1.
+  // Reads a model file; indexBase is the number of its first feature, 0 or 1. What the tools warn
+  // of, such as text that counts as 0 and lines that are ignored, is passed over in silence.
   static Model load(const std::string& path, unsigned indexBase = 1);
   Model(Model&&) noexcept;
   Model& operator=(Model&&) noexcept;
   ~Model();
 
-  // Writes a model file, which the tools read, too: with six digits a number, and without support
-  // vectors whose features are all 0.
+  // Writes a model file, which the tools read, too: with six digits a number, but labels and
+  // bounds of scaling that need more in full, and without support vectors whose features are all 0.
   void save(const std::string& path, unsigned indexBase = 1) const;
 
   // Features that the samples lack are 0, features that the model lacks count in distances only.

@@ -7,8 +7,8 @@
 #include <chrono>
 #include <string_view>
 
-#include "zeldplus/inc/zelconsole.h"
-#include "zeldplus/inc/zelerrors.h"
+#include "base/console.h"
+#include "base/errors.h"
 
 namespace zelsvm::detail {
 
@@ -35,8 +35,7 @@ class CallerSink : public zel::MessageSink {
 // While it lives, the calling thread is in a call: what runs then is a sink.
 class CallMark {
  public:
-  // Throws AppException for a call from a sink: a thread's random numbers and device constants
-  // serve one run.
+  // Throws AppException for a call from a sink: a thread's random numbers serve one run.
   CallMark();
   ~CallMark();
   CallMark(const CallMark&) = delete;

@@ -1,13 +1,13 @@
-#include <cmath>
 #include <utility>
 
+#include "data/scaled_data.h"
 #include "library/engine_call.h"
 #include "library/model_state.h"
 #include "library/rows.h"
-#include "zeldplus/zelsvm/data/scaled_data.h"
-#include "zeldplus/zelsvm/model/decision_record.h"
-#include "zeldplus/zelsvm/training/rsprocessor.h"
-#include "zeldplus/zelsvm/training/scaled_runs.h"
+#include "platform/host/host_machine.h"
+#include "prediction/prediction_handlers.h"
+#include "runs/processor.h"
+#include "runs/scaled_runs.h"
 
 namespace zelsvm {
 namespace {
@@ -30,13 +30,13 @@ std::vector<double> bySample(const HostVector<double>& values, std::uint64_t sam
 }
 
 Predictions predictRows(const ModelState& state, const Samples& samples, bool probability) {
-  const auto rows = detail::widened(detail::Access::rows(samples), state.model->featureCount);
-  const auto matrix = detail::matrixOf(*rows, *state.context);
+  const auto rows = detail::widened(detail::Access::rows(samples), state.model->testWidth());
+  const auto matrix = detail::matrixOf(*rows);
   // Nothing is known of the samples but their features.
   HostVector<double> targets(rows->rows);
   targets.fill(0);
   UserData<double> data(*matrix, targets);
-  GenericProcessor<double> processor(*state.context);
+  GenericProcessor<double> processor(*state.context, Undecided::hasFirstLabel);
   DecisionRecord<double> decisions;
   if (state.context->problemKind != ProblemKind::regression) processor.addHandler(decisions);
   const auto found = predictScaled(processor, *state.context, *state.model, data, probability);
@@ -56,24 +56,19 @@ Model::~Model() = default;
 
 Model Model::load(const std::string& path, unsigned indexBase) {
   return detail::callEngine({}, [&] {
-    return Model(std::make_unique<ModelState>(readModel<double>(path, indexBase, false)));
+    return Model(
+        std::make_unique<ModelState>(readModel<double>(path, indexBase, false, hostMachine())));
   });
 }
 
 void Model::save(const std::string& path, unsigned indexBase) const {
-  ModelState& trained = required(state);
-  detail::callEngine({}, [&] {
-    const std::scoped_lock locked(trained.inUse);
-    writeModel(path, indexBase, *trained.context, *trained.model);
-  });
+  const ModelState& trained = required(state);
+  detail::callEngine({}, [&] { writeModel(path, indexBase, *trained.context, *trained.model); });
 }
 
 Predictions Model::predict(const Samples& samples, bool probability, const Sink& sink) const {
-  ModelState& trained = required(state);
-  return detail::callEngine(sink, [&] {
-    const std::scoped_lock locked(trained.inUse);
-    return predictRows(trained, samples, probability);
-  });
+  const ModelState& trained = required(state);
+  return detail::callEngine(sink, [&] { return predictRows(trained, samples, probability); });
 }
 
 Formulation Model::formulation() const {
@@ -91,9 +86,6 @@ std::size_t Model::featureCount() const { return required(state).model->featureC
 
 bool Model::hasProbability() const { return required(state).model->probability; }
 
-double Model::residualScale() const {
-  const auto& model = *required(state).model;
-  return model.sigma * std::sqrt(model.scale.varianceFactor());
-}
+double Model::residualScale() const { return required(state).model->residualScale(); }
 
 }  // namespace zelsvm

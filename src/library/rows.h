@@ -8,8 +8,7 @@
 #include <span>
 #include <vector>
 
-#include "zeldplus/zelsvm/data/matrix.h"
-#include "zeldplus/zelsvm/engine/svm_context.h"
+#include "data/matrix.h"
 
 namespace zelsvm::detail {
 
@@ -34,9 +33,8 @@ struct Access {
   static Model model(std::unique_ptr<ModelState> state);
 };
 
-// A matrix that looks at the rows, under the context's library handle of their kind.
-std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows,
-                                                         SvmContext<double>& context);
+// A matrix that looks at the rows.
+std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows);
 
 // The same samples with at least so many features, the new ones 0: itself, or a copy of what had to
 // change that looks at the rest.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -11,17 +12,20 @@ using detail::Rows;
 
 constexpr std::size_t indexLimit = std::numeric_limits<int>::max();
 
-// Throws AppException when a column lies outside or stands twice. seen holds, by column, 1 + the
-// last row that has it.
-void requireColumns(const Rows& content, std::uint64_t row, std::vector<std::uint64_t>& seen) {
+// Throws AppException when a column lies outside or stands twice.
+void requireColumns(const Rows& content, std::uint64_t row) {
   const auto begin = static_cast<std::size_t>(content.offsets[row]);
   const auto end = static_cast<std::size_t>(content.offsets[row + 1]);
-  for (const int column : content.columns.subspan(begin, end - begin)) {
+  const auto columns = content.columns.subspan(begin, end - begin);
+  for (const int column : columns)
     if (column < 0 || static_cast<std::uint64_t>(column) >= content.features)
       throw AppException("A column of the sparse rows lies outside of the features.");
-    if (std::exchange(seen[static_cast<std::size_t>(column)], row + 1) == row + 1)
-      throw AppException("A column stands twice in a sparse row.");
-  }
+  if (std::adjacent_find(columns.begin(), columns.end(), std::greater_equal<>()) == columns.end())
+    return;
+  std::vector<int> sorted(columns.begin(), columns.end());
+  std::sort(sorted.begin(), sorted.end());
+  if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end())
+    throw AppException("A column stands twice in a sparse row.");
 }
 
 Samples makeDense(std::shared_ptr<Rows> content) {
@@ -41,8 +45,7 @@ Samples makeSparse(std::shared_ptr<Rows> content) {
       content->columns.size() != content->values.size())
     throw AppException("The row offsets do not fit the values and columns of the sparse rows.");
   content->rows = offsets.size() - 1;
-  std::vector<std::uint64_t> seen(content->features, 0);
-  for (std::uint64_t row = 0; row < content->rows; ++row) requireColumns(*content, row, seen);
+  for (std::uint64_t row = 0; row < content->rows; ++row) requireColumns(*content, row);
   return detail::Access::samples(std::move(content));
 }
 
@@ -85,13 +88,11 @@ std::size_t Samples::features() const { return content->features; }
 
 namespace detail {
 
-std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows,
-                                                         SvmContext<double>& context) {
+std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows) {
   // Matrices take their arrays as they come and never write them.
-  return zelmag::createMatrix(const_cast<double*>(rows.values.data()),
-                              const_cast<int*>(rows.columns.data()),
-                              const_cast<int*>(rows.offsets.data()), rows.features, rows.rows,
-                              context.las(rows.isSparse()));
+  return zelmag::createMatrix(
+      const_cast<double*>(rows.values.data()), const_cast<int*>(rows.columns.data()),
+      rows.isSparse() ? const_cast<int*>(rows.offsets.data()) : nullptr, rows.features, rows.rows);
 }
 
 std::shared_ptr<const Rows> widened(const std::shared_ptr<const Rows>& rows,

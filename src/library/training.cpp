@@ -1,19 +1,47 @@
 #include <algorithm>
+#include <cmath>
 #include <ctime>
+#include <string>
 #include <utility>
 
+#include "base/random.h"
+#include "data/scaled_data.h"
 #include "library/engine_call.h"
 #include "library/model_state.h"
 #include "library/rows.h"
-#include "zeldplus/inc/zelrandom.h"
-#include "zeldplus/zelsvm/data/scaled_data.h"
-#include "zeldplus/zelsvm/training/rsprocessor.h"
-#include "zeldplus/zelsvm/training/scaled_runs.h"
+#include "platform/host/host_machine.h"
+#include "runs/processor.h"
+#include "runs/scaled_runs.h"
 
 namespace zelsvm {
 namespace {
 
+void requireFinite(const char* name, double value) {
+  if (!std::isfinite(value))
+    throw AppException("The parameter " + std::string(name) + " is not a finite number.");
+}
+
+void requireFiniteNumbers(const Parameters& parameters) {
+  const std::pair<const char*, double> numbers[] = {{"gamma", parameters.gamma},
+                                                    {"coef0", parameters.coef0},
+                                                    {"degree", parameters.degree},
+                                                    {"cost", parameters.cost},
+                                                    {"nu", parameters.nu},
+                                                    {"epsilon", parameters.epsilon},
+                                                    {"tolerance", parameters.tolerance},
+                                                    {"featureScale", parameters.featureScale.lower},
+                                                    {"featureScale", parameters.featureScale.upper},
+                                                    {"targetScale", parameters.targetScale.lower},
+                                                    {"targetScale", parameters.targetScale.upper}};
+  for (const auto& [name, value] : numbers) requireFinite(name, value);
+  for (const auto& [label, weight] : parameters.classWeights) {
+    requireFinite("classWeights", label);
+    requireFinite("classWeights", weight);
+  }
+}
+
 SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
+  requireFiniteNumbers(parameters);
   for (const auto& [label, weight] : parameters.classWeights)
     if (!(weight > 0)) throw AppException("Invalid classification weight.");
   // The engine counts its bytes in 32 bits.
@@ -34,9 +62,9 @@ SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
           .shrinking = parameters.shrinking};
 }
 
-double2 rangeOf(const Interval& interval) {
-  const double2 range{interval.lower, interval.upper};
-  if (range.x != range.y) requireScaleRange(range);
+zel::Interval rangeOf(const Interval& interval) {
+  const zel::Interval range{interval.lower, interval.upper};
+  if (range.lower != range.upper) requireScaleRange(range);
   return range;
 }
 
@@ -48,10 +76,10 @@ class Task {
     if (targets.size() != rows->rows)
       throw AppException("There must be one label or target for every sample.");
     context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
-                                                   ParameterChecks::training);
+                                                   ParameterChecks::training, hostMachine());
     zel::seedRandom(parameters.randomSeed != 0 ? parameters.randomSeed
                                                : static_cast<unsigned>(std::time(nullptr)));
-    matrix = detail::matrixOf(*rows, *context);
+    matrix = detail::matrixOf(*rows);
     // Only looked at: what is trained on is a scaled copy.
     labels = HostVector<double>(targets.size(), const_cast<double*>(targets.data()));
     data = std::make_unique<UserData<double>>(*matrix, labels);
@@ -98,7 +126,7 @@ CrossValidation crossValidate(const Samples& samples, std::span<const double> ta
     HostVector<double> primary(count + 1);
     HostVector<double> secondary(count + 1);
     crossValidateScaled(predictions, primary, secondary, *task.context, *task.scaled,
-                        task.model->scale, count, parameters.probability);
+                        task.model->scale, count, parameters.probability, Undecided::hasFirstLabel);
     const bool regression = task.context->problemKind == ProblemKind::regression;
     CrossValidation result{.predictions = detail::toVector(predictions),
                            .overall = scoreOf(regression, primary[0], secondary[0]),

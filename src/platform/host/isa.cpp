@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 namespace {
 
 Isa detect() {
@@ -25,4 +25,4 @@ IsaLimit::IsaLimit(Isa best) { used = std::min(best, detected); }
 
 IsaLimit::~IsaLimit() { used = detected; }
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

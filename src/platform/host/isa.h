@@ -1,7 +1,7 @@
 // The instruction sets that the vectorised loops are built for.
 #pragma once
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 
 enum class Isa { baseline, avx2, avx512 };
 
@@ -32,4 +32,4 @@ const Table& tableForProcessor(const Table& baseline, const Table& avx2, const T
   return baseline;
 }
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

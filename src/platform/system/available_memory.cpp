@@ -10,7 +10,7 @@
 #include "platform/system/control_group.h"
 #include "platform/system/small_file.h"
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 namespace {
 
 std::uint64_t pages(int name) {
@@ -63,4 +63,4 @@ std::uint64_t totalHostMemory() {
   return std::min(physical, addressSpace().total);
 }
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

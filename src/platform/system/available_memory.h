@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 
 // Bytes that the process could still get: the smallest of the system's available memory, the
 // control group's headroom and the address space limit's headroom. Promised bytes are memory that
@@ -16,4 +16,4 @@ std::uint64_t freeAddressSpace();
 // Bytes there are at all under the same limits.
 std::uint64_t totalHostMemory();
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

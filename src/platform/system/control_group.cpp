@@ -8,7 +8,7 @@
 
 #include "platform/system/small_file.h"
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 namespace {
 
 // Names of one controller version's files.
@@ -120,4 +120,4 @@ double controlGroupProcessors(const char* membership, const char* root) {
   return processors;
 }
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

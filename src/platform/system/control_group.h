@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 
 struct MemoryLimit {
   static constexpr std::uint64_t none = std::numeric_limits<std::uint64_t>::max();
@@ -21,4 +21,4 @@ MemoryLimit controlGroupMemory(const char* membership = "/proc/self/cgroup",
 double controlGroupProcessors(const char* membership = "/proc/self/cgroup",
                               const char* root = "/sys/fs/cgroup");
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdint>
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 
 void preferLargePages(void* memory, std::size_t bytes) noexcept {
   constexpr std::size_t worthwhile = std::size_t{4} << 20;
@@ -20,4 +20,4 @@ void preferLargePages(void* memory, std::size_t bytes) noexcept {
   errno = before;
 }
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <charconv>
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 
 SmallFile::SmallFile(const char* path) {
   const int file = ::open(path, O_RDONLY | O_CLOEXEC);
@@ -40,4 +40,4 @@ std::optional<std::uint64_t> SmallFile::numberAfter(std::string_view key) const 
   return value;
 }
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 
 // Reads at most 8 KiB when made; a file that cannot be read is empty.
 class SmallFile {
@@ -26,4 +26,4 @@ class SmallFile {
   std::size_t length = 0;
 };
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

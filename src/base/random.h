@@ -1,0 +1,23 @@
+// The random sequence of a thread: 15-bit numbers that are the same on every machine.
+#pragma once
+
+#include <cstdint>
+
+namespace zel {
+
+// The largest number of the sequence.
+inline constexpr int randomMax = 32767;
+
+// Starts the calling thread's sequence anew; before the first call it runs as if seeded with 1.
+void seedRandom(unsigned seed);
+
+// The seed that would go on where the calling thread's sequence stands.
+unsigned randomSeedHere();
+
+// The seed that goes on behind the first count numbers from this one.
+unsigned seedBehind(unsigned seed, std::uint64_t count);
+
+// Next number, 0 to randomMax: bits 16 to 30 of a 32-bit linear congruential generator.
+int nextRandom();
+
+}  // namespace zel

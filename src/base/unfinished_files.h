@@ -1,0 +1,25 @@
+// The temporary files of this process, for a signal's handler that has to remove them.
+#pragma once
+
+#include <string>
+
+namespace zel {
+
+// While it lives, removeUnfinishedFiles() removes the file of this name from the folder. Of very
+// many at the same time, some are not known to it.
+class UnfinishedFile {
+ public:
+  // The open folder must outlive it.
+  UnfinishedFile(int folder, const std::string& name);
+  ~UnfinishedFile();
+  UnfinishedFile(const UnfinishedFile&) = delete;
+  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+ private:
+  std::size_t place;
+};
+
+// May be called from a signal's handler.
+void removeUnfinishedFiles() noexcept;
+
+}  // namespace zel

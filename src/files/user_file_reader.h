@@ -1,0 +1,160 @@
+// Reading of data files and model files: what the sparse and the dense reader share.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "base/file_warnings.h"
+#include "base/files.h"
+#include "base/vectors.h"
+#include "data/matrix.h"
+#include "files/file_base.h"
+#include "files/model_header.h"
+#include "files/repeated_features.h"
+#include "files/sample_line.h"
+
+namespace zelsvm {
+
+// Reads a text file of sample lines "label index:value index:value ...", or a model file, whose
+// lines of that form follow a header and start with classCount - 1 coefficients. Built for one
+// file, read once; then the vectors can be moved out of the non-const accessors.
+template <typename T>
+class UserFileReader : public AbstractFileBase<T> {
+ public:
+  // The file is not touched before read().
+  UserFileReader(std::string path, std::uint64_t indexBase)
+      : AbstractFileBase<T>(indexBase), path(std::move(path)), warnings(this->path) {}
+
+  // The second pass: reads the file again into arrays of the counted sizes. False when it does not
+  // hold just what was counted; the arrays' contents are of no use then.
+  virtual bool loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) = 0;
+
+  // Reads the whole file. There are at least minimumCols columns afterwards. What is ignored or
+  // read as something else than it says goes to zel::warn at the end. Throws AppException (file) or
+  // RuntimeException (content), and std::bad_alloc.
+  void read(std::uint64_t minimumCols = 0);
+
+  // Number of values to allocate for what was counted.
+  [[nodiscard]] virtual std::uint64_t valueCount() const = 0;
+
+  // Feature values: row-major rows x cols (dense), or the stored entries in file order (sparse).
+  // The accessors of vectors throw RuntimeException while there is nothing.
+  [[nodiscard]] HostVector<T>& values();
+  // rows x (classCount - 1), row-major: the labels of a data file, the coefficients of a model.
+  [[nodiscard]] HostVector<T>& leading();
+  // A matrix that looks at the arrays read.
+  [[nodiscard]] virtual std::unique_ptr<zelmag::AbstractMatrix<T>> matrix() = 0;
+  // The header's rho values.
+  [[nodiscard]] const std::vector<double>& rho() const;
+
+  [[nodiscard]] std::uint64_t cols() const { return colCount; }
+  [[nodiscard]] std::uint64_t rows() const { return rowCount; }
+  // Number of index:value pairs, zeros included.
+  [[nodiscard]] std::uint64_t valueTotal() const { return pairCount; }
+  [[nodiscard]] std::uint64_t classCount() const { return modelHeader.classCount; }
+  // Class sizes count the rows that were read.
+  [[nodiscard]] const ModelHeader& header() const { return modelHeader; }
+  // True if the file starts as a model file does.
+  [[nodiscard]] bool isModel() const { return modelFile; }
+
+ protected:
+  // Allocates arrays for what was counted and fills them by loadRows. Throws RuntimeException or
+  // std::bad_alloc when no arrays can hold that much.
+  virtual bool loadArrays() = 0;
+
+  // Allocates values and leading numbers, not cleared.
+  void allocateRows();
+
+  [[nodiscard]] T* valueData() { return valueVector.data(); }
+  [[nodiscard]] T* leadingData() { return leadingVector.data(); }
+
+  // Second pass: hands every pair to store.pair(column, value) and the end of every row to
+  // store.endRow(), never more of them and no larger columns than were counted.
+  // Store::fateOfRepeats says what becomes of a feature that stands in a line again. False where
+  // the count is not met.
+  template <typename Store>
+  bool loadLines(T* leading, Store store);
+
+ private:
+  // Looking at every index takes half as long as reading. The quick count takes every colon for a
+  // pair and a line's last index for its largest, as they nearly always are; the second pass tells.
+  enum class Counting { quick, exact };
+
+  void openFile(zel::CTextFile& file) const;
+  // A quick count may ask for more memory than an exact one.
+  bool loadIfItFits();
+  // First pass: counts rows, pairs and columns, and reads the header of a model file.
+  void countRows(std::uint64_t minimumCols, Counting counting);
+  void readHeader(zel::CTextFile& file, std::string_view line);
+  void countLine(std::string_view line);
+  bool countLineQuickly(std::string_view line);
+  void warnOfSkipped(std::string_view line);
+  // Reads the numbers before the pairs; false for a line without any token.
+  bool readLeading(SampleLine& line, T* numbers) const;
+
+  std::string path;
+  zel::FileWarnings warnings;
+  ModelHeader modelHeader;
+  std::uint64_t colCount = 0;
+  std::uint64_t rowCount = 0;
+  std::uint64_t pairCount = 0;
+  std::uint32_t maxIndex = 0;  // among the counted ones
+  bool modelFile = false;
+  std::uint64_t headerLines = 0;            // the one that ends the header included
+  std::vector<std::uint64_t> skippedLines;  // support-vector lines without pairs
+  HostVector<T> valueVector;
+  HostVector<T> leadingVector;
+};
+
+template <typename T>
+template <typename Store>
+bool UserFileReader<T>::loadLines(T* leading, Store store) {
+  zel::CTextFile file(zel::FileMode::read);
+  openFile(file);
+  warnings.rewind();
+  const std::uint64_t leadingCount = classCount() - 1;
+  HostVector<T> lineLeading(leadingCount);
+  std::string_view line;
+  for (std::uint64_t i = 0; i < headerLines && file.readLine(line); ++i) warnings.beginLine(line);
+  std::uint64_t pairsLeft = pairCount;
+  std::uint64_t row = 0;
+  const auto base = static_cast<std::uint32_t>(this->baseIndex);
+  const std::uint32_t lastColumn = maxIndex - base;
+  std::uint64_t fileCols = 0;
+  while (file.readLine(line)) {
+    warnings.beginLine(line);
+    SampleLine tokens(line, &warnings);
+    if (!readLeading(tokens, lineLeading.data())) continue;
+    const std::uint64_t most = row == rowCount ? 0 : pairsLeft;
+    std::uint64_t pairs = 0;
+    bool ascending = true;
+    std::uint64_t lineCols = 0;
+    std::uint32_t index = 0;
+    for (double value = 0; tokens.nextPair(index, value); ++pairs) {
+      const std::uint32_t column = index - base;
+      if (column > lastColumn || pairs == most) return false;
+      ascending &= column >= lineCols;
+      lineCols = std::max(lineCols, std::uint64_t{column} + 1);
+      store.pair(column, value);
+    }
+    if (pairs == 0) {
+      warnOfSkipped(line);
+      continue;
+    }
+    pairsLeft -= pairs;
+    fileCols = std::max(fileCols, lineCols);
+    if (!ascending) warnOfRepeats(line, leadingCount, Store::fateOfRepeats, warnings);
+    store.endRow();
+    std::copy_n(lineLeading.data(), leadingCount, leading + row * leadingCount);
+    ++row;
+  }
+  file.close();
+  return row == rowCount && pairsLeft == 0 && fileCols == std::uint64_t{lastColumn} + 1;
+}
+
+}  // namespace zelsvm

@@ -1,0 +1,11 @@
+// The device symbols that kernel functions read.
+#pragma once
+
+#include "platform/machine.h"
+
+namespace zelsvm {
+
+// Throws RuntimeException.
+void publishKernel(const KernelSettings& kernel);
+
+}  // namespace zelsvm

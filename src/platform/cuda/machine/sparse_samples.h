@@ -1,0 +1,34 @@
+// Samples as compressed sparse rows.
+#pragma once
+
+#include "platform/cuda/machine/device_samples.h"
+
+namespace zelsvm {
+
+class SparseSamples : public DeviceSamples {
+ public:
+  SparseSamples(const zelmag::AbstractMatrix<double>& source,
+                zellas::SparseContext<double>& context);
+
+  void rowProducts(double* result, std::uint64_t sample) override;
+  void blockProducts(double* block, std::uint64_t blockStride, double* result,
+                     std::uint64_t resultStride, std::uint64_t count) override;
+  double* rows(std::uint64_t first, std::uint64_t count) override;
+  [[nodiscard]] std::uint64_t cols() const override { return source->cols(); }
+  // Many columns make dense rows large, while the data themselves may take little.
+  [[nodiscard]] std::uint64_t rowsAtOnce() const override;
+
+ private:
+  double* denseRow(std::uint64_t sample);
+  [[nodiscard]] bool isFullRow(const int* columns, std::uint64_t count) const;
+
+  const zelmag::AbstractMatrix<double>* source;
+  zel::DeviceVector<double> values;
+  zel::DeviceVector<int> columnIndices;
+  zel::DeviceVector<int> rowOffsets;
+  zellas::SparseMatrix<double> matrix;
+  zel::DeviceVector<double> scattered;
+  DenseRows block;
+};
+
+}  // namespace zelsvm

@@ -1,0 +1,47 @@
+#include "platform/host/isa.h"
+#include "platform/host/products/csr_sweeps.h"
+#include "platform/host/rows/row_products.h"
+#include "platform/host/sweeps/sigmoid_sweeps.h"
+#include "platform/host/sweeps/smo_sweeps.h"
+#include "platform/host/sweeps/transform_sweeps.h"
+
+namespace zelsvm {
+
+#ifdef __x86_64__
+const SmoSweeps& smoSweeps() {
+  return zel::tableForProcessor(baseline::smoSweepTable, avx2::smoSweepTable,
+                                avx512::smoSweepTable);
+}
+
+const TransformSweeps& transformSweeps() {
+  return zel::tableForProcessor(baseline::transformSweepTable, avx2::transformSweepTable,
+                                avx512::transformSweepTable);
+}
+
+const SigmoidSweeps& sigmoidSweeps() {
+  return zel::tableForProcessor(baseline::sigmoidSweepTable, avx2::sigmoidSweepTable,
+                                avx512::sigmoidSweepTable);
+}
+
+const CsrSweeps& csrSweeps() {
+  return zel::tableForProcessor(baseline::csrSweepTable, avx2::csrSweepTable,
+                                avx512::csrSweepTable);
+}
+
+const RowProducts& rowProducts() {
+  return zel::tableForProcessor(baseline::rowProductTable, avx2::rowProductTable,
+                                avx512::rowProductTable);
+}
+#else
+const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
+
+const TransformSweeps& transformSweeps() { return baseline::transformSweepTable; }
+
+const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
+
+const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
+
+const RowProducts& rowProducts() { return baseline::rowProductTable; }
+#endif
+
+}  // namespace zelsvm

@@ -1,0 +1,17 @@
+// What a tool's process does about signals and open files before anything else.
+#pragma once
+
+namespace zelsvm_main {
+
+// Standard streams that are closed are given a place that takes nothing, so that no file which is
+// opened later is taken for one of them.
+void occupyStandardStreams();
+
+// Pipes without a reader and files beyond the limit are errors that we see, no signals that kill.
+void ignoreWriteSignals();
+
+// Signals that end the process from outside first remove its unfinished files, unless they are
+// ignored already. Each engine has files of its own: the one that runs must call this.
+void removeUnfinishedFilesAtSignals();
+
+}  // namespace zelsvm_main
