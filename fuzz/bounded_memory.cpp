@@ -2,7 +2,7 @@
 // gigabytes, and on a large machine would get them.
 #include "platform/system/available_memory.h"
 
-namespace zel::inline ZEL_PLATFORM {
+namespace zel {
 namespace {
 
 constexpr std::uint64_t memory = std::uint64_t{96} << 20;
@@ -17,4 +17,4 @@ std::uint64_t freeAddressSpace() { return std::uint64_t{1} << 47; }
 
 std::uint64_t totalHostMemory() { return memory; }
 
-}  // namespace zel::inline ZEL_PLATFORM
+}  // namespace zel

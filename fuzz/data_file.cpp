@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "data/bounds.h"
+#include "files/read_data.h"
 #include "fuzzing.h"
 #include "memory_file.h"
-#include "zeldplus/zelsvm/data/bounds.h"
-#include "zeldplus/zelsvm/data/read_data.h"
 
 namespace {
 
@@ -35,13 +35,14 @@ void compare(zelsvm::UserFileReader<double>& sparse, zelsvm::UserFileReader<doub
   require(std::equal(sparse.leading().data(), sparse.leading().data() + sparse.leading().size(),
                      dense.leading().data(), sameNumber),
           "labels are the same");
-  zellas::SparseContext<double> sparseContext;
-  zellas::BlasContext denseContext;
-  const auto a = zelsvm::createMatrix(sparse, sparseContext);
-  const auto b = zelsvm::createMatrix(dense, denseContext);
+  const auto a = sparse.matrix();
+  const auto b = dense.matrix();
+  // Of few features in use the sparse matrix has no others, which are left out of scaling.
+  if (const auto all = zelmag::movedTo(b->features(), *a, zelmag::Unlisted::leftOut))
+    return requireSameRows(*all, *b);
   requireSameRows(*a, *b);
-  zelsvm::HostVector<double2> boundsA(a->cols());
-  zelsvm::HostVector<double2> boundsB(b->cols());
+  zelsvm::HostVector<zel::Interval> boundsA(a->cols());
+  zelsvm::HostVector<zel::Interval> boundsB(b->cols());
   a->collectBounds(boundsA);
   b->collectBounds(boundsB);
   requireSameRows(*a->scaledCopy({-1, 1}, boundsA), *b->scaledCopy({-1, 1}, boundsB));

@@ -8,7 +8,7 @@
 #include <new>
 #include <string_view>
 
-#include "zeldplus/inc/zelerrors.h"
+#include "base/errors.h"
 
 namespace zelfuzz {
 

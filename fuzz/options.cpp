@@ -1,10 +1,12 @@
 // An option vector, one word a line, the program's name first, and the texts inside its options:
 // parsed or refused.
+#include "data/svm_scale.h"
 #include "fuzzing.h"
+#include "parameters/class_weights.h"
+#include "parameters/svm_context.h"
+#include "platform/host/host_machine.h"
 #include "tool_runs.h"
-#include "zeldplus/zelsvm/data/svm_scale.h"
-#include "zeldplus/zelsvm/engine/class_weights.h"
-#include "zeldplus/zelsvm/engine/svm_context.h"
+#include "tools/usage.h"
 
 namespace {
 
@@ -20,25 +22,31 @@ void makeContext(const zelsvm_opt::ZelSvmOpt& options) {
   parameters.nu = options.nu;
   parameters.eps = options.tolerance;
   parameters.weights = zelsvm::parseClassWeights(options.weights);
-  const zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
+  const zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training,
+                                           zelsvm::hostMachine());
   for (const auto& [label, weight] : context.weights)
     zelfuzz::require(weight > 0, "class weights are positive");
 }
 
-}  // namespace
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto options = zelfuzz::parse(zelfuzz::wordsOf(zelfuzz::textOf(data, size), '\n'));
+void readTexts(const zelsvm_opt::ZelSvmOpt& options) {
   zelfuzz::accepts([&] { makeContext(options); });
   for (const std::string& text : {options.xScale, options.yScale})
     zelfuzz::accepts([&] {
-      const double2 range = zelsvm::parseScaleRange(text);
-      zelfuzz::require(!(range.x > range.y), "a scale range ascends");
+      const zel::Interval range = zelsvm::parseScaleRange(text);
+      zelfuzz::require(!(range.lower > range.upper), "a scale range ascends");
     });
   if (options.testFeatures <= mostTestElements && options.testSamples <= mostTestElements &&
       options.testFeatures * options.testSamples <= mostTestElements) {
     options.randomFeatures();
     options.randomLabels();
   }
+  zelsvm_opt::answerTo(options);
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto words = zelfuzz::wordsOf(zelfuzz::textOf(data, size), '\n');
+  zelfuzz::accepts([&] { readTexts(zelfuzz::parse(words)); });
   return 0;
 }

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
+#include "files/sparse_file_reader.h"
 #include "fuzzing.h"
 #include "memory_file.h"
 #include "tool_runs.h"
-#include "zeldplus/zelsvm/data/sparse_file_reader.h"
 
 namespace {
 
@@ -19,13 +19,13 @@ constexpr std::uint64_t mostIterations = 200;
 constexpr std::uint64_t mostColumns = 1024;
 constexpr std::uint64_t mostFolds = 3;
 
-// The number of samples; 0 for data that are refused or too wide to train on in no time.
-std::uint64_t sampleCount(const std::string& path, std::uint64_t indexBase) {
+// The number of samples; 0 for data that are refused or too wide for dense rows.
+std::uint64_t sampleCount(const std::string& path, const ZelSvmOpt& options) {
   std::uint64_t count = 0;
   zelfuzz::accepts([&] {
-    zelsvm::SparseFileReader<double> reader(path, indexBase);
+    zelsvm::SparseFileReader<double> reader(path, options.indexBase);
     reader.read();
-    if (reader.cols() <= mostColumns) count = reader.rows();
+    if (!options.denseMatrix || reader.cols() <= mostColumns) count = reader.rows();
   });
   return count;
 }
@@ -59,6 +59,14 @@ void predict(ZelSvmOpt& options, std::uint64_t samples) {
       "a prediction per sample");
 }
 
+void trainAndPredict(ZelSvmOpt options, const MemoryFile& data) {
+  const MemoryFile model;
+  const std::uint64_t samples = sampleCount(data.path(), options);
+  if (samples == 0 || !train(options, data, model)) return;
+  options.strict = false;
+  if (holdsVectors(model.text())) predict(options, samples);
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -67,11 +75,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   std::vector<std::string> words = {"zelsvm-train", "-q"};
   for (std::string& word : zelfuzz::wordsOf(text.substr(0, firstLine), ' '))
     words.push_back(std::move(word));
-  ZelSvmOpt options = zelfuzz::parse(words);
   const MemoryFile data(text.substr(firstLine));
-  const MemoryFile model;
-  const std::uint64_t samples = sampleCount(data.path(), options.indexBase);
-  if (samples == 0 || !train(options, data, model)) return 0;
-  if (holdsVectors(model.text())) predict(options, samples);
+  zelfuzz::accepts([&] { trainAndPredict(zelfuzz::parse(words), data); });
   return 0;
 }

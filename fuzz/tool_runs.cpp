@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "fuzzing.h"
-#include "zelsvm/driver/zelsvm_main.h"
+#include "tools/flows/zelsvm_main.h"
+#include "tools/platform_choice.h"
 
 namespace zelfuzz {
 
@@ -24,7 +25,8 @@ zelsvm_opt::ZelSvmOpt parse(const std::vector<std::string>& words) {
 }
 
 bool run(const zelsvm_opt::ZelSvmOpt& options) {
-  return accepts([&] { zelsvm_main::ZelSvmMain<double>(options).run(); });
+  return accepts(
+      [&] { zelsvm_main::ZelSvmMain<double>(options, zelsvm_main::choosePlatform("host")).run(); });
 }
 
 }  // namespace zelfuzz

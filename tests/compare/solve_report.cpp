@@ -9,6 +9,7 @@
 #include "support/models.h"
 #include "support/quiet.h"
 #include "support/solved_problem.h"
+#include "support/tested_machine.h"
 
 namespace {
 
@@ -19,7 +20,8 @@ unsigned long iterationsIn(const std::string& text) {
 }
 
 void report(const char* size, const Samples& samples, const zelsvm::SvmParameters& parameters) {
-  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
+  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training,
+                                     zeltest::testedMachine());
   zeltest::DataSet set(samples, context);
   zelsvm::GenericModel<double> model;
   const zeltest::Training training = zeltest::train(context, set.data(), model);

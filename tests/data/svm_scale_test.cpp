@@ -1,12 +1,12 @@
 // The scale record: range texts, learning from data, parameter files.
-#include "zeldplus/zelsvm/data/svm_scale.h"
+#include "data/svm_scale.h"
 
 #include <gtest/gtest.h>
 
-#include "data/temp_file.h"
+#include "base/errors.h"
 #include "support/host_vectors.h"
 #include "support/matrices.h"
-#include "zeldplus/inc/zelerrors.h"
+#include "support/temp_file.h"
 
 namespace {
 
@@ -18,7 +18,7 @@ using Pair = std::pair<double, double>;
 using Pairs = std::vector<Pair>;
 using Scale = zelsvm::SvmScale<double>;
 
-Pair pairOf(const double2& p) { return {p.x, p.y}; }
+Pair pairOf(const zel::Interval& p) { return {p.lower, p.upper}; }
 
 TEST(ScaleRange, IsTwoNumbersInOrder) {
   for (const auto& [text, range] :
@@ -47,15 +47,20 @@ TEST(ScaleRange, IsTwoNumbersInOrder) {
 // Features 0 … 4, 0, -1 … 3; targets 1.5 … 9.
 class SvmScaleTest : public testing::Test {
  protected:
-  void restore(const std::string& text, std::uint64_t indexBase) {
+  void restore(const std::string& text) {
     const TempFile file(text);
-    scale.restore(file.path(), indexBase);
+    scale.restore(file.path());
   }
 
-  zeltest::LinearAlgebra context;
+  std::string saved() const {
+    const TempFile file("old\n");
+    scale.save(file.path());
+    return file.text();
+  }
+
   std::vector<double> values = {0, 0, -1, 4, 0, 3, 1, 0, 2};
   std::unique_ptr<zeltest::Matrix> matrix =
-      zelmag::createMatrix<double>(values.data(), nullptr, nullptr, 3, 3, context.blas);
+      zelmag::createMatrix<double>(values.data(), nullptr, nullptr, 3, 3);
   zelsvm::HostVector<double> labels = zeltest::hostVector<double>({4, 1.5, 9});
   zelsvm::UserData<double> data{*matrix, labels};
   Scale scale;
@@ -87,7 +92,7 @@ TEST_F(SvmScaleTest, TargetsGoThereAndBack) {
   EXPECT_EQ(scale.scaledTarget(9), 1);
   for (const double t : {-3.0, 1.5, 4.0, 1e6})
     EXPECT_NEAR(scale.unscaledTarget(scale.scaledTarget(t)), t, 1e-15 * (20 + std::abs(t)));
-  scale.assign({0, 0}, {-1, 1}, {4, 4}, nullptr, 0);
+  scale.assign({0, 0}, {-1, 1}, {4, 4}, {});
   EXPECT_EQ(scale.scaledTarget(17), -1);
   EXPECT_EQ(scale.unscaledTarget(0.3), 4);
   EXPECT_EQ(scale.varianceFactor(), 0);
@@ -95,7 +100,7 @@ TEST_F(SvmScaleTest, TargetsGoThereAndBack) {
 
 TEST_F(SvmScaleTest, FileHasTheExactLayout) {
   struct Case {
-    double2 x, y;
+    zel::Interval x, y;
     std::string text;
   };
   for (const Case& c :
@@ -103,9 +108,7 @@ TEST_F(SvmScaleTest, FileHasTheExactLayout) {
         Case{{0, 0}, {0, 1}, targetText}, Case{{0, 0}, {0, 0}, ""}}) {
     scale.setRanges(c.x, c.y);
     scale.initialize(data);
-    const TempFile file("old\n");
-    scale.save(file.path());
-    EXPECT_EQ(file.text(), c.text);
+    EXPECT_EQ(saved(), c.text);
   }
   scale.setRanges({-1, 1}, {0, 1});
   EXPECT_EQ(failureOf<AppException>([&] { scale.save("/dev/full"); }),
@@ -113,35 +116,83 @@ TEST_F(SvmScaleTest, FileHasTheExactLayout) {
 }
 
 TEST_F(SvmScaleTest, RestoresWhatItSaved) {
-  restore(featureText + targetText, 1);
+  restore(featureText + targetText);
   EXPECT_EQ(pairOf(scale.xRange()), Pair(-1, 1));
   EXPECT_EQ(pairOf(scale.yRange()), Pair(0, 1));
   EXPECT_EQ(pairOf(scale.yBounds()), Pair(1.5, 9));
   EXPECT_EQ(pairsOf(scale.featureBounds()), bounds);
   EXPECT_EQ(scale.varianceFactor(), 56.25);
-  restore(featureText, 0);
-  EXPECT_EQ(pairsOf(scale.featureBounds()), Pairs({{0, 4}, {0, 0}})) << "one entry shorter";
-  Scale copy;
-  copy.copyFrom(scale);
-  const TempFile file;
-  copy.save(file.path());
-  EXPECT_EQ(file.text(), "X-scale: -1 1\n  0: 0 4\n" + targetText);
+  EXPECT_EQ(saved(), featureText + targetText);
 }
 
-TEST_F(SvmScaleTest, RestoreTakesOddLinesAsSpecified) {
+TEST_F(SvmScaleTest, LastFeatureIsSavedThoughItIsAlwaysZero) {
+  values = {0, 0, 0, 4, 0, 0, 1, 0, 0};
+  scale.setRanges({-1, 1}, {0, 0});
+  scale.initialize(data);
+  EXPECT_EQ(saved(), "X-scale: -1 1\n  0: 0 4\n  2: 0 0\n");
+  restore(saved());
+  EXPECT_EQ(pairsOf(scale.featureBounds()), Pairs({{0, 4}, {0, 0}, {0, 0}}));
+}
+
+TEST_F(SvmScaleTest, RestoreTakesOddLines) {
   scale.setRanges({-7, 7}, {-8, 8});
-  restore("1: 5 6\n1: 7 8\n  3:  -1e1   0x10 9\n0:1\n:2: 3\n\n5\n\t1\t2\n 6 7 8\n", 1);
-  EXPECT_EQ(pairOf(scale.xRange()), Pair(-7, 7)) << "the file has none";
-  EXPECT_EQ(pairsOf(scale.featureBounds()), Pairs({{0, 0}, {5, 6}, {0, 0}, {-10, 16}}));
+  restore(
+      "1: 5 6\n1: 7 8\n  3:  -1e1   0x10 9\n0:1\n:2: 3\n\n5\n\t1\t2\n 6 \t7 8\nY-scale:  3 4\n"
+      "  X-scale: 8 9\nx-scale: 1 2\nX-scale:\t-1\t1\n");
+  EXPECT_EQ(pairOf(scale.xRange()), Pair(-7, 7)) << "the file has none: tabs do not separate";
+  EXPECT_EQ(pairsOf(scale.featureBounds()), Pairs({{8, 9}, {5, 6}, {0, 0}, {-10, 16}}))
+      << "unknown names are feature 0";
   EXPECT_EQ(pairOf(scale.yBounds()), Pair(6, 7));
-  restore("X-scale:\t-1\t1\nY-scale:  3 4\n  X-scale: 8 9\nx-scale: 1 2\n", 1);
-  EXPECT_EQ(pairOf(scale.xRange()), Pair(-7, 7)) << "tabs do not separate";
   EXPECT_EQ(pairOf(scale.yRange()), Pair(3, 4));
-  EXPECT_EQ(pairsOf(scale.featureBounds()), Pairs({{8, 9}})) << "unknown names are feature 0";
-  restore("", 1);
-  EXPECT_EQ(scale.featureCount(), 0u);
-  EXPECT_EQ(failureOf<AppException>([&] { scale.restore("/nowhere/range", 1); }),
+}
+
+TEST_F(SvmScaleTest, WithoutBoundsFeaturesStayAsTheyAre) {
+  scale.setRanges({-1, 1}, {0, 0});
+  restore(targetText);
+  EXPECT_FALSE(scale.scalesFeatures());
+  EXPECT_TRUE(scale.scalesTargets());
+}
+
+TEST_F(SvmScaleTest, RestoreRefusesWhatIsNoRecord) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"", "has no line X-scale or Y-scale"},
+      {"1 1:2\n", "has no line X-scale or Y-scale"},
+      {"  0: 0 4\n  1.5 9\n", "has no line X-scale or Y-scale"},
+      {"SvmType: smo-C-classification\nX-scale: -1 1\n  0: 0 4\n", "is a model"},
+      {"X-scale: -1 1\n", "has no bounds of features"},
+      {"Y-scale: 0 1\n", "has no bounds of targets"},
+      {"X-scale: nan 1\n  0: 0 4\n", "has a bound that is no finite number"},
+      {"X-scale: -1 1\n  0: 0 inf\n", "has a bound that is no finite number"},
+      {"X-scale: -1 1\n  0: 0 1e999\n", "has a bound that is no finite number"},
+      {"X-scale: -1 1\n  0: 0 x4\n", "has a bound that is no finite number"},
+      {"Y-scale: 0 1\n  1.5 -nan\n", "has a bound that is no finite number"},
+      {"Y-scale: 0 1\n  1.5 9", "is cut short"},
+  };
+  for (const auto& [text, fault] : cases) {
+    const TempFile file(text);
+    EXPECT_EQ(failureOf<AppException>([&] { scale.restore(file.path()); }),
+              "The scale parameter file " + file.path() + " " + fault + ".")
+        << text;
+  }
+  scale.setRanges({0, 0}, {0, 1});
+  EXPECT_NE(failureOf<AppException>([&] { restore(featureText); }).find("no bounds of targets"),
+            std::string::npos);
+  EXPECT_EQ(failureOf<AppException>([&] { scale.restore("/nowhere/range"); }),
             "failed to open /nowhere/range.");
+}
+
+TEST_F(SvmScaleTest, NamesFeaturesWithoutBounds) {
+  using Features = std::vector<std::uint64_t>;
+  restore("X-scale: 0 1\n  1: 1 2\n");
+  EXPECT_EQ(scale.unknownFeatures(*matrix), Features({0, 2})) << "feature 1 is 0 everywhere";
+  std::vector<double> stored = {0, 5, 3, 7};
+  std::vector<int> columns = {0, 1, 2, 2};
+  std::vector<int> offsets = {0, 2, 3, 4};
+  const auto sparse =
+      zelmag::createMatrix<double>(stored.data(), columns.data(), offsets.data(), 3, 3);
+  EXPECT_EQ(scale.unknownFeatures(*sparse), Features({2}));
+  restore(targetText);
+  EXPECT_EQ(scale.unknownFeatures(*matrix), Features()) << "features are not scaled";
 }
 
 }  // namespace

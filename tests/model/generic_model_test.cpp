@@ -1,11 +1,11 @@
 // The model in memory: what it refuses, and its coefficients by label pair.
-#include "zeldplus/zelsvm/model/generic_model.h"
+#include "model/generic_model.h"
 
 #include <gtest/gtest.h>
 
-#include "data/temp_file.h"
+#include "base/errors.h"
 #include "support/models.h"
-#include "zeldplus/inc/zelerrors.h"
+#include "support/temp_file.h"
 
 namespace {
 

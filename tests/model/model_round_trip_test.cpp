@@ -3,11 +3,12 @@
 
 #include <algorithm>
 
-#include "data/temp_file.h"
+#include "base/errors.h"
+#include "model/model_file.h"
 #include "support/models.h"
 #include "support/quiet.h"
-#include "zeldplus/inc/zelerrors.h"
-#include "zeldplus/zelsvm/model/model_file.h"
+#include "support/temp_file.h"
+#include "support/tested_machine.h"
 
 namespace {
 
@@ -55,9 +56,9 @@ void addProbabilities(Model& model) {
 }
 
 void addScale(Model& model) {
-  std::vector<double2> bounds;
-  for (int j = 0; j < 8; ++j) bounds.push_back({-j / 4.0, j / 2.0});
-  model.scale.assign({-1, 1}, {0, 2}, {1.5, 9}, bounds.data(), 8);
+  zelmag::BoundsByFeature bounds;
+  for (unsigned j = 0; j < 8; ++j) bounds[j] = {-(j / 4.0), j / 2.0};
+  model.scale.assign({-1, 1}, {0, 2}, {1.5, 9}, bounds);
 }
 
 void expectSameValues(const Values& actual, const Values& expected) {
@@ -90,7 +91,8 @@ TEST_F(ModelRoundTrip, KeepsEveryKindOfModel) {
         if (extras && kind.type != zelsvm::SVM_TYPE_ONE_CLASS) addProbabilities(made.model);
         const std::string text = writtenText(indexBase, made.context, made.model);
         const TempFile file(text);
-        const auto loaded = zelsvm::readModel<double>(file.path(), indexBase, !sparse);
+        const auto loaded =
+            zelsvm::readModel<double>(file.path(), indexBase, !sparse, zeltest::testedMachine());
         const Model& model = *loaded.model;
         EXPECT_EQ(writtenText(indexBase, *loaded.context, model), text);
         EXPECT_EQ(loaded.context->gamma, 0.125) << "0 is resolved on writing";
@@ -123,7 +125,8 @@ TEST_F(ModelRoundTrip, AllZeroVectorsVanishWithTheirCoefficients) {
     parameters.sparse = sparse;
     MadeModel made(parameters, vectors, {1, 2, 3}, {2, 4, 3}, 3);
     const TempFile file(writtenText(1, made.context, made.model));
-    const auto loaded = zelsvm::readModel<double>(file.path(), 1, !sparse);
+    const auto loaded =
+        zelsvm::readModel<double>(file.path(), 1, !sparse, zeltest::testedMachine());
     EXPECT_EQ(valuesOf(loaded.model->classSizes()), (Sizes{1, 3, 2}));
     EXPECT_EQ(loaded.model->vectors().rows(), 6u);
     expectSameValues(zeltest::decisionValues(*loaded.context, *loaded.model, test),
@@ -178,10 +181,14 @@ TEST_F(ModelRoundTrip, RefusesWhatIsNoModel) {
        })
     for (const bool dense : {false, true}) {
       const TempFile file(c.text);
-      EXPECT_EQ(failureOf([&] { zelsvm::readModel<double>(file.path(), 1, dense); }), c.failure)
+      EXPECT_EQ(failureOf([&] {
+                  zelsvm::readModel<double>(file.path(), 1, dense, zeltest::testedMachine());
+                }),
+                c.failure)
           << c.text;
     }
-  EXPECT_EQ(failureOf<zel::AppException>([] { zelsvm::readModel<double>("/nowhere", 1, true); }),
+  EXPECT_EQ(failureOf<zel::AppException>(
+                [] { zelsvm::readModel<double>("/nowhere", 1, true, zeltest::testedMachine()); }),
             "failed to open /nowhere.");
   MadeModel made({}, nineVectors(), {1, 2}, {5, 4}, 3);
   EXPECT_EQ(failureOf<zel::AppException>(
@@ -207,7 +214,9 @@ TEST_F(ModelRoundTrip, RefusesNumbersThatAreNotFinite) {
                           (line.starts_with("Rho") ? "" : "Rho: 0.5\n") +
                           (line.starts_with("Labels") ? "NrSV: 1 1\n" : classes) +
                           (vector ? line + "\n-1 2:2\n" : vectors));
-      EXPECT_EQ(failureOf([&] { zelsvm::readModel<double>(file.path(), 1, false); }),
+      EXPECT_EQ(failureOf([&] {
+                  zelsvm::readModel<double>(file.path(), 1, false, zeltest::testedMachine());
+                }),
                 std::string("The SVM ") + part + " are not finite numbers.")
           << line;
     }
@@ -220,7 +229,11 @@ TEST_F(ModelRoundTrip, NoCutGoesUnnoticed) {
   const std::string text = writtenText(1, made.context, made.model);
   for (std::size_t length = 0; length < text.size(); ++length) {
     const TempFile file(text.substr(0, length));
-    EXPECT_NE(failureOf([&] { zelsvm::readModel<double>(file.path(), 1, length % 2 == 0); }), "")
+    EXPECT_NE(failureOf([&] {
+                zelsvm::readModel<double>(file.path(), 1, length % 2 == 0,
+                                          zeltest::testedMachine());
+              }),
+              "")
         << length;
   }
 }

@@ -4,14 +4,14 @@
 #include <utility>
 #include <vector>
 
-#include "zeldplus/inc/zelvectors.h"
+#include "base/interval.h"
+#include "base/vectors.h"
 
 namespace zeltest {
 
 template <typename T>
-zelsvm::HostVector<T> hostVector(const std::vector<T>& values,
-                                 zel::MemoryKind kind = zel::MemoryKind::heap) {
-  zelsvm::HostVector<T> vector(values.size(), kind);
+zelsvm::HostVector<T> hostVector(const std::vector<T>& values) {
+  zelsvm::HostVector<T> vector(values.size());
   for (std::size_t i = 0; i < values.size(); ++i) vector.set(i, values[i]);
   return vector;
 }
@@ -22,7 +22,6 @@ inline zel::IndexList<> indexList(const std::vector<unsigned long long>& values)
   return list;
 }
 
-// Elements in any kind of memory.
 template <typename T>
 std::vector<T> valuesOf(const zel::AbstractVector<T>& vector) {
   std::vector<T> values(vector.size());
@@ -31,9 +30,10 @@ std::vector<T> valuesOf(const zel::AbstractVector<T>& vector) {
   return values;
 }
 
-inline std::vector<std::pair<double, double>> pairsOf(const zelsvm::HostVector<double2>& vector) {
+inline std::vector<std::pair<double, double>> pairsOf(
+    const zelsvm::HostVector<zel::Interval>& vector) {
   std::vector<std::pair<double, double>> pairs;
-  for (const double2& pair : valuesOf(vector)) pairs.emplace_back(pair.x, pair.y);
+  for (const zel::Interval& pair : valuesOf(vector)) pairs.emplace_back(pair.lower, pair.upper);
   return pairs;
 }
 

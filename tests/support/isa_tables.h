@@ -6,10 +6,11 @@
 #include <vector>
 
 #include "platform/host/isa.h"
-#include "zeldplus/zelsvm/engine/host/row_products.h"
-#include "zeldplus/zelsvm/engine/host/smo_sweeps.h"
-#include "zeldplus/zelsvm/engine/host/transform_sweeps.h"
-#include "zeldplus/zelsvm/engine/kernel_rules.h"
+#include "platform/host/products/csr_sweeps.h"
+#include "platform/host/rows/row_products.h"
+#include "platform/host/sweeps/smo_sweeps.h"
+#include "platform/host/sweeps/transform_sweeps.h"
+#include "rules/kernel_rules.h"
 
 namespace zeltest {
 
@@ -18,6 +19,7 @@ struct IsaTables {
   const zelsvm::SmoSweeps* smo;
   const zelsvm::TransformSweeps* transforms;
   const zelsvm::RowProducts* rowProducts;
+  const zelsvm::CsrSweeps* csr;
   double (*fma)(double, double, double);  // what the build takes for a * b + c
 };
 
@@ -25,18 +27,18 @@ inline std::vector<IsaTables> runnableTables() {
   const auto plain = [](double a, double b, double c) {
     return zelsvm::fusedMultiplyAdd(a, b, c);  // as this file is compiled: baseline
   };
-  std::vector<IsaTables> tables{{"baseline", &zelsvm::baseline::smoSweepTable,
-                                 &zelsvm::baseline::transformSweepTable,
-                                 &zelsvm::baseline::rowProductTable, plain}};
+  std::vector<IsaTables> tables{
+      {"baseline", &zelsvm::baseline::smoSweepTable, &zelsvm::baseline::transformSweepTable,
+       &zelsvm::baseline::rowProductTable, &zelsvm::baseline::csrSweepTable, plain}};
 #ifdef __x86_64__
   const auto fused = [](double a, double b, double c) { return std::fma(a, b, c); };
   if (zel::processorIsa() >= zel::Isa::avx2)
     tables.push_back({"avx2", &zelsvm::avx2::smoSweepTable, &zelsvm::avx2::transformSweepTable,
-                      &zelsvm::avx2::rowProductTable, fused});
+                      &zelsvm::avx2::rowProductTable, &zelsvm::avx2::csrSweepTable, fused});
   if (zel::processorIsa() >= zel::Isa::avx512)
     tables.push_back({"avx512", &zelsvm::avx512::smoSweepTable,
                       &zelsvm::avx512::transformSweepTable, &zelsvm::avx512::rowProductTable,
-                      fused});
+                      &zelsvm::avx512::csrSweepTable, fused});
 #endif
   return tables;
 }

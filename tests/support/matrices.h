@@ -9,21 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "zeldplus/zelsvm/data/matrix.h"
+#include "data/matrix.h"
 
 namespace zeltest {
 
 using Matrix = zelmag::AbstractMatrix<double>;
 using Table = std::vector<std::vector<double>>;
-
-struct LinearAlgebra {
-  LinearAlgebra() {
-    blas.create();
-    sparse.create();
-  }
-  zellas::BlasContext blas;
-  zellas::SparseContext<double> sparse;
-};
 
 // The row as the matrix writes it densely.
 inline std::vector<double> rowOf(const Matrix& matrix, std::uint64_t row) {
@@ -47,16 +38,12 @@ inline std::string nameOf(Storage storage) {
 }
 
 struct StoredMatrix {
-  StoredMatrix(LinearAlgebra& context, Storage storage, std::uint64_t rows, std::uint64_t cols,
-               unsigned seed)
+  StoredMatrix(Storage storage, std::uint64_t rows, std::uint64_t cols, unsigned seed)
       : generator(seed) {
     for (std::uint64_t i = 0; i < rows; ++i) addRow(storage, i, cols);
-    if (storage == Storage::dense)
-      matrix =
-          zelmag::createMatrix<double>(values.data(), nullptr, nullptr, cols, rows, context.blas);
-    else
-      matrix = zelmag::createMatrix<double>(values.data(), columns.data(), offsets.data(), cols,
-                                            rows, context.sparse);
+    const bool dense = storage == Storage::dense;
+    matrix = zelmag::createMatrix<double>(values.data(), dense ? nullptr : columns.data(),
+                                          dense ? nullptr : offsets.data(), cols, rows);
   }
 
   Table table;                // of a repeated column the last entry

@@ -6,11 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "model/generic_model.h"
+#include "parameters/svm_context.h"
+#include "prediction/predictor.h"
 #include "support/host_vectors.h"
 #include "support/samples.h"
-#include "zeldplus/zelsvm/engine/svm_context.h"
-#include "zeldplus/zelsvm/model/generic_model.h"
-#include "zeldplus/zelsvm/model/rspredictor.h"
+#include "support/tested_machine.h"
 
 namespace zeltest {
 
@@ -37,7 +38,9 @@ struct MadeModel {
   MadeModel(const zelsvm::SvmParameters& parameters, const Samples& vectors,
             const std::vector<double>& labels, const std::vector<unsigned long long>& sizes,
             unsigned seed)
-      : context(parameters, zelsvm::ParameterChecks::model), rows(vectors), set(vectors, context) {
+      : context(parameters, zelsvm::ParameterChecks::model, zeltest::testedMachine()),
+        rows(vectors),
+        set(vectors, context) {
     const std::uint64_t k = labels.empty() ? 2 : labels.size();
     coefficients = sixteenths(vectors.rows() * (k - 1), seed);
     rho = sixteenths(zelsvm::pairCount(k), seed + 1);

@@ -17,7 +17,4 @@ struct PlatformSetting {
 // Numbers of threads, and instruction sets below the processor's best.
 std::vector<PlatformSetting> platformSettings();
 
-// Whether rows are computed before they are asked for.
-extern const bool rowsAreGuessed;
-
 }  // namespace zeltest

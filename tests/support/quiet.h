@@ -1,7 +1,7 @@
 // Code under test without its informational lines.
 #pragma once
 
-#include "zeldplus/inc/zelconsole.h"
+#include "base/console.h"
 
 namespace zeltest {
 

@@ -7,9 +7,9 @@
 #include <random>
 #include <vector>
 
-#include "zeldplus/zelsvm/data/matrix.h"
-#include "zeldplus/zelsvm/data/svm_data.h"
-#include "zeldplus/zelsvm/engine/svm_context.h"
+#include "data/matrix.h"
+#include "data/svm_data.h"
+#include "parameters/svm_context.h"
 
 namespace zeltest {
 
@@ -108,12 +108,12 @@ inline double kernelValue(const zelsvm::SvmContext<double>& context, const doubl
 // The samples as the context asks for them, sparse or dense.
 class DataSet {
  public:
-  DataSet(const Samples& samples, zelsvm::SvmContext<double>& context)
+  DataSet(const Samples& samples, const zelsvm::SvmContext<double>& context)
       : content(context.sparse ? compressed(samples) : CsrArrays{samples.values, {}, {}}),
         labels(samples.labels) {
     matrix = zelmag::createMatrix<double>(content.values.data(), content.columns.data(),
-                                          content.offsets.data(), samples.cols, samples.rows(),
-                                          context.las());
+                                          context.sparse ? content.offsets.data() : nullptr,
+                                          samples.cols, samples.rows());
     zelsvm::HostVector<double> labelView(labels.size(), labels.data());
     view = std::make_unique<zelsvm::UserData<double>>(*matrix, labelView);
   }

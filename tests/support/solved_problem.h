@@ -4,14 +4,15 @@
 #include <string>
 #include <vector>
 
+#include "solver/smo_core_solver.h"
+#include "solver/smo_nu_solver.h"
 #include "support/captured_output.h"
 #include "support/host_vectors.h"
 #include "support/samples.h"
-#include "zeldplus/zelsvm/engine/smo_core_solver.h"
-#include "zeldplus/zelsvm/engine/smo_nu_solver.h"
-#include "zeldplus/zelsvm/training/classifier.h"
-#include "zeldplus/zelsvm/training/one_class_svm.h"
-#include "zeldplus/zelsvm/training/regressor.h"
+#include "support/tested_machine.h"
+#include "training/classifier.h"
+#include "training/one_class_svm.h"
+#include "training/regressor.h"
 
 namespace zeltest {
 
@@ -23,32 +24,25 @@ struct SolvedProblem {
   double Cp = 0;
   double Cn = 0;
   zelsvm::SmoSolution solution;
-  std::uint64_t usedGuesses = 0;
 };
-
-// Whether solvers to come may guess rows.
-inline bool guessing = true;
 
 template <typename Solver>
 class RecordingSolver : public Solver {
  public:
   using Solver::Solver;
 
-  void solve(zelsvm::SmoSolution& result, zelsvm::SvmData<double>& data,
-             zelsvm::HostVector<double>& alpha, zelsvm::HostVector<char2>& status,
-             const zelsvm::HostVector<double>& p) override {
-    SolvedProblem problem;
-    problem.start = valuesOf(alpha);
-    problem.p = valuesOf(p);
-    for (const char2& entry : valuesOf(status)) problem.y.push_back(entry.y);
-    problem.Cp = this->Cp;
-    problem.Cn = this->Cn;
-    if (!guessing) this->kernel.setForecast(nullptr);
-    Solver::solve(result, data, alpha, status, p);
-    problem.usedGuesses = this->kernel.usedGuesses();
-    problem.alpha = valuesOf(alpha);
-    problem.solution = result;
-    problems.push_back(problem);
+  zelsvm::SmoSolution solve(zelsvm::SolverProblem<double>& problem,
+                            const zelmag::AbstractMatrix<double>& samples) override {
+    SolvedProblem record;
+    record.start = valuesOf(problem.alpha);
+    record.p = valuesOf(problem.p);
+    for (const signed char sign : valuesOf(problem.signs)) record.y.push_back(sign);
+    record.Cp = problem.Cp;
+    record.Cn = problem.Cn;
+    record.solution = Solver::solve(problem, samples);
+    record.alpha = valuesOf(problem.alpha);
+    problems.push_back(record);
+    return record.solution;
   }
 
   std::vector<SolvedProblem> problems;
@@ -69,7 +63,7 @@ template <typename Trainer, typename Solver>
 class Trainings {
  public:
   explicit Trainings(const zelsvm::SvmParameters& parameters)
-      : context(parameters, zelsvm::ParameterChecks::training) {}
+      : context(parameters, zelsvm::ParameterChecks::training, zeltest::testedMachine()) {}
   void run(const Samples& samples) {
     const CapturedOutput output;
     DataSet set(samples, context);
@@ -115,7 +109,8 @@ inline Training train(const zelsvm::SvmContext<double>& context, zelsvm::SvmData
 
 // One training with parameters of its own; the model is dropped.
 inline Training train(const Samples& samples, const zelsvm::SvmParameters& parameters) {
-  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training);
+  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training,
+                                     zeltest::testedMachine());
   DataSet set(samples, context);
   zelsvm::GenericModel<double> model;
   return train(context, set.data(), model);

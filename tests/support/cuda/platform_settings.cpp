@@ -4,6 +4,4 @@ namespace zeltest {
 
 std::vector<PlatformSetting> platformSettings() { return {}; }
 
-const bool rowsAreGuessed = false;
-
 }  // namespace zeltest

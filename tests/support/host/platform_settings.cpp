@@ -20,6 +20,4 @@ std::vector<PlatformSetting> platformSettings() {
   return settings;
 }
 
-const bool rowsAreGuessed = true;
-
 }  // namespace zeltest

@@ -1,0 +1,13 @@
+// The linker leads the vectors' allocator here.
+#include <cerrno>
+#include <cstddef>
+
+#include "support/allocation_fault.h"
+
+int reallyAllocate(void** memory, std::size_t alignment,
+                   std::size_t bytes) asm("__real_posix_memalign");
+int allocate(void** memory, std::size_t alignment, std::size_t bytes) asm("__wrap_posix_memalign");
+
+int allocate(void** memory, std::size_t alignment, std::size_t bytes) {
+  return zeltest::AllocationFault::strikes() ? ENOMEM : reallyAllocate(memory, alignment, bytes);
+}

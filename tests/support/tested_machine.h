@@ -1,0 +1,10 @@
+// The machine under test.
+#pragma once
+
+#include "platform/machine.h"
+
+namespace zeltest {
+
+const zelsvm::Machine& testedMachine();
+
+}  // namespace zeltest
