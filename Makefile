@@ -8,7 +8,7 @@ PRESET ?= host
 FUZZ_SECONDS ?= 60
 
 .PHONY: build tools demo test cuda sanitize tsan fuzz bench install package check-package \
-        check-processors check-arm64 format lint setup setup-bench setup-checks setup-packages \
+        check-processors check-arm64 options format check-source lint setup setup-bench setup-checks setup-packages \
         setup-arm64
 
 build: setup
@@ -67,14 +67,21 @@ check-processors: setup-packages tools
 check-arm64: setup-arm64 tools
 	scripts/check-arm64
 
+# What man pages and completions say about the options, from the option table.
+options: setup
+	cmake --preset host
+	cmake --build --preset host --target options
+
 format: setup-checks
 	scripts/format
 
-lint: setup-checks
+# What takes seconds: format, layers, man pages.
+check-source: setup-checks
 	scripts/format --check
 	scripts/check-layers
-	scripts/check-options
 	mandoc -T lint -W warning man/*.1
+
+lint: check-source
 	scripts/lint
 
 setup:

@@ -11,9 +11,9 @@
 #include <functional>
 #include <vector>
 
-#include "platform/host/blas.h"
-#include "platform/host/dense_product.h"
-#include "zeldplus/zelsvm/engine/host/transform_sweeps.h"
+#include "platform/host/products/blas.h"
+#include "platform/host/products/dense_product.h"
+#include "platform/host/sweeps/transform_sweeps.h"
 
 namespace {
 
@@ -63,12 +63,9 @@ double productRate() {
   constexpr int n = 1536;
   const std::vector<double> a(std::size_t{n} * n, 0.5);
   std::vector<double> c(a.size());
-  if (!zel::prepareBlas()) {
-    std::fprintf(stderr, "the matrix products cannot be loaded\n");
-    std::exit(1);
-  }
+  zelsvm::requireBlas();
   const double seconds = bestSeconds([&] {
-    zel::denseProduct({true, false, n, n, n, 1, a.data(), n, a.data(), n, 0, c.data(), n});
+    zelsvm::denseProduct({false, n, n, n, a.data(), n, a.data(), n, 0, c.data(), n});
   });
   if (c.back() != 0.25 * n) {
     std::fprintf(stderr, "the matrix product is wrong\n");
@@ -87,7 +84,8 @@ double exponentialRate() {
       std::vector<double> values(count, 0.3);
       const std::vector<double> norms(count, 1.0);
       for (int k = 0; k < repeats; ++k)
-        zelsvm::transformSweeps().radial(values.data(), norms.data(), count, 0.5, 1.0);
+        zelsvm::transformSweeps().kernels[zelsvm::SVM_KERNEL_RADIAL]({0.5, 0, 0}, values.data(),
+                                                                     norms.data(), count, 1.0);
     }
   });
   return static_cast<double>(count) * repeats * omp_get_max_threads() / seconds;

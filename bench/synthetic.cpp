@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "zeldplus/inc/zelfiles.h"
-#include "zeldplus/inc/zelnumbers.h"
+#include "base/files.h"
+#include "base/numbers.h"
 
 namespace {
 

@@ -19,8 +19,14 @@ if(CPACK_GENERATOR STREQUAL TGZ)
   return()
 endif()
 
-# Debian's places and forms.
+# Debian's places and forms. Each package says by itself how it may be used and what changed.
 set(share ${root}/tools/usr/share)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} key)
+  set(folder ${root}/${component}/usr/share/doc/${CPACK_DEBIAN_${key}_PACKAGE_NAME})
+  file(COPY ${source}/copyright ${source}/changelog DESTINATION ${folder})
+  execute_process(COMMAND gzip -9nf ${folder}/changelog COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
 file(GLOB pages ${share}/man/man1/*.1)
 execute_process(COMMAND gzip -9n ${pages} COMMAND_ERROR_IS_FATAL ANY)
 file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)

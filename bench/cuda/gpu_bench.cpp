@@ -6,13 +6,15 @@
 #include <functional>
 #include <memory>
 #include <random>
+#include <span>
 #include <vector>
 
-#include "zeldplus/inc/zelconsole.h"
-#include "zeldplus/inc/zeldev.h"
-#include "zeldplus/zelsvm/data/svm_data.h"
-#include "zeldplus/zelsvm/engine/smo_core_solver.h"
-#include "zeldplus/zelsvm/model/rspredictor.h"
+#include "data/matrix.h"
+#include "platform/cuda/linear_algebra/linear_algebra.h"
+#include "platform/cuda/machine/cuda_machine.h"
+#include "platform/cuda/runtime/device.h"
+#include "platform/cuda/runtime/device_vector.h"
+#include "platform/machine.h"
 
 namespace {
 
@@ -45,10 +47,8 @@ HostVector<double> randomValues(std::uint64_t count, unsigned seed) {
 }
 
 std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(HostVector<double>& values,
-                                                         std::uint64_t cols,
-                                                         zelsvm::SvmContext<double>& context) {
-  return zelmag::createMatrix<double>(values.data(), nullptr, nullptr, cols, values.size() / cols,
-                                      context.las());
+                                                         std::uint64_t cols) {
+  return zelmag::createMatrix<double>(values.data(), nullptr, nullptr, cols, values.size() / cols);
 }
 
 // Bytes read and written a second by copies within the device.
@@ -64,84 +64,102 @@ double matrixRate() {
   constexpr std::uint64_t n = 8192;
   zellas::BlasContext blas;
   blas.create();
-  zel::DeviceVector<double> a(randomValues(n * n, 1));
-  const zel::DeviceVector<double> b(a.size());
-  zel::DeviceVector<double> c(a.size());
+  const HostVector<double> values = randomValues(n * n, 1);
+  zel::DeviceVector<double> a(std::span(values.data(), n * n));
+  zel::DeviceVector<double> c(n * n);
   zellas::DenseMatrix<double> matrix(blas, a.data(), n, n, n);
   return 2.0 * n * n * n / medianSeconds([&] {
            matrix.gemm(CUBLAS_OP_T, CUBLAS_OP_N, n, 1, a.data(), n, 0, c.data(), n);
          });
 }
 
-void timeRows(double bandwidth) {
+constexpr zelsvm::KernelSettings radial = {zelsvm::SVM_KERNEL_RADIAL, 1e-3, 0, 3};
+
+// A two-class problem of random samples that does not end soon.
+class Iterations {
+ public:
+  Iterations(const zelsvm::Machine& machine, std::uint64_t rows, std::uint64_t cols,
+             std::uint64_t cacheMegabytes)
+      : values(randomValues(rows * cols, 3)),
+        matrix(matrixOf(values, cols)),
+        signs(rows),
+        start(rows, 0.0),
+        linearTerm(rows, -1.0),
+        solver(machine.makeSolver(radial.type, false)) {
+    for (std::uint64_t i = 0; i < rows; ++i) signs[i] = i % 2 == 0 ? 1 : -1;
+    solver->begin({.samples = matrix.get(),
+                   .kernel = radial,
+                   .signs = signs,
+                   .start = start,
+                   .startsAtZero = true,
+                   .linearTerm = linearTerm,
+                   .Cp = 1e6,
+                   .Cn = 1e6,
+                   .cacheMegabytes = cacheMegabytes},
+                  [] {});
+  }
+
+  double seconds(std::uint64_t count) {
+    return secondsOf([&] {
+      for (std::uint64_t k = 0; k < count; ++k) {
+        zelsvm::SmoSelection<double> selection{};
+        zelsvm::SmoSelection<double> second{};
+        solver->select(selection, second);
+        solver->movePair(selection, second);
+        solver->updateGradient();
+      }
+    });
+  }
+
+ private:
+  HostVector<double> values;
+  std::unique_ptr<zelmag::AbstractMatrix<double>> matrix;
+  std::vector<signed char> signs;
+  std::vector<double> start;
+  std::vector<double> linearTerm;
+  std::unique_ptr<zelsvm::SolverMachine> solver;
+};
+
+// Two rows an iteration while the cache is cold.
+void timeRows(const zelsvm::Machine& machine, double bandwidth) {
   constexpr std::uint64_t rows = 20000;
   constexpr std::uint64_t cols = 784;
-  zelsvm::SvmContext<double> context({.sparse = false}, zelsvm::ParameterChecks::training);
-  HostVector<double> values = randomValues(rows * cols, 2);
-  const auto matrix = matrixOf(values, cols, context);
-  zelsvm::SmoKernel<double> kernel;
-  kernel.initialize(*matrix, zelsvm::SVM_KERNEL_RADIAL, rows, 0);
-  std::uint64_t next = 0;
-  const double seconds = medianSeconds([&] {
-    for (int k = 0; k < 200; ++k) kernel.getRow(next++ % rows);
-  });
-  const double rate = 200 * rows * cols * sizeof(double) / seconds;
+  Iterations iterations(machine, rows, cols, 0);
+  iterations.seconds(10);
+  const double seconds = iterations.seconds(200) / 400;
+  const double rate = rows * cols * sizeof(double) / seconds;
   std::printf("kernel row, 20,000 x 784 dense: %.1f us, %.0f GB/s of samples, %.0f %% of copying\n",
-              seconds / 200 * 1e6, rate / 1e9, 100 * rate / bandwidth);
+              seconds * 1e6, rate / 1e9, 100 * rate / bandwidth);
 }
 
-double solveSeconds(std::uint64_t iterations, zelmag::AbstractMatrix<double>& matrix,
-                    HostVector<double>& labels) {
-  zelsvm::SvmContext<double> context(
-      {.C = 1e6, .eps = 1e-12, .maxIterations = iterations, .cacheSize = 4095, .shrinking = false},
-      zelsvm::ParameterChecks::training);
-  zelsvm::UserData<double> data(matrix, labels);
-  const std::uint64_t n = labels.size();
-  HostVector<double> alpha(n);
-  HostVector<double> p(n);
-  HostVector<char2> status(n);
-  alpha.fill(0);
-  p.fill(-1);
-  for (std::uint64_t i = 0; i < n; ++i)
-    status.set(i, char2{0, static_cast<signed char>(labels[i])});
-  zelsvm::SmoCoreSolver<double> solver(context);
-  solver.gradientReady = true;
-  zelsvm::SmoSolution solution;
-  return secondsOf([&] { solver.solve(solution, data, alpha, status, p); });
-}
-
-// Two runs of different length: their difference has most rows in the cache.
-void timeIterations() {
-  constexpr std::uint64_t rows = 20000;
-  constexpr std::uint64_t cols = 20;
-  zelsvm::SvmContext<double> context({.sparse = false}, zelsvm::ParameterChecks::training);
-  HostVector<double> values = randomValues(rows * cols, 3);
-  HostVector<double> labels(rows);
-  for (std::uint64_t i = 0; i < rows; ++i) labels.set(i, i % 2 == 0 ? 1 : -1);
-  const auto matrix = matrixOf(values, cols, context);
-  const double first = solveSeconds(60000, *matrix, labels);
-  const double longer = solveSeconds(100000, *matrix, labels);
+void timeIterations(const zelsvm::Machine& machine) {
+  Iterations iterations(machine, 20000, 20, 4095);
+  const double first = iterations.seconds(60000);
+  const double behind = iterations.seconds(40000);
   std::printf("iteration, 20,000 variables: %.1f us behind the first 60,000, %.1f us among them\n",
-              (longer - first) / 40000 * 1e6, first / 60000 * 1e6);
+              behind / 40000 * 1e6, first / 60000 * 1e6);
 }
 
-void timePrediction(double rate) {
+void timePrediction(const zelsvm::Machine& machine, double rate) {
   constexpr std::uint64_t rows = 10000;
   constexpr std::uint64_t cols = 784;
-  zelsvm::SvmContext<double> context({.svmType = 3, .gamma = 1e-3, .sparse = false},
-                                     zelsvm::ParameterChecks::model);
   HostVector<double> vectors = randomValues(rows * cols, 4);
   HostVector<double> samples = randomValues(rows * cols, 5);
-  const auto test = matrixOf(samples, cols, context);
-  HostVector<double> rho(1);
-  rho.fill(0);
-  zelsvm::GenericModel<double> model;
-  model.setVectors(matrixOf(vectors, cols, context));
-  model.setCoefficients(randomValues(rows, 6));
-  model.setRho(std::move(rho));
-  zelsvm::GenericPredictor<double> predictor(context, model);
-  HostVector<double> output(rows);
-  const double seconds = medianSeconds([&] { predictor.predict(output, *test); });
+  const auto model = matrixOf(vectors, cols);
+  const auto test = matrixOf(samples, cols);
+  const HostVector<double> coefficients = randomValues(rows, 6);
+  const double rho = 0;
+  const auto predictor = machine.makePredictor({.vectors = model.get(),
+                                                .kernel = radial,
+                                                .classStarts = {0, rows, rows},
+                                                .coefficients = {coefficients.data(), rows},
+                                                .rho = {&rho, 1}});
+  const std::uint64_t block = predictor->blockSize(*test);
+  std::vector<double> decisions(block);
+  const double seconds = medianSeconds([&] {
+    for (std::uint64_t first = 0; first < rows; first += block)
+      predictor->decide(*test, first, std::min(block, rows - first), decisions.data());
+  });
   const double reached = 2.0 * rows * rows * cols / seconds;
   std::printf("prediction, 10,000 samples, 10,000 vectors x 784: %.1f ms, %.0f %% of products\n",
               seconds * 1e3, 100 * reached / rate);
@@ -150,13 +168,12 @@ void timePrediction(double rate) {
 }  // namespace
 
 int main() {
-  zel::ConsoleSink console(false);
-  const zel::SinkScope scope(console);
+  const zelsvm::CudaMachine machine(0);
   const double bandwidth = copyBandwidth();
   const double rate = matrixRate();
   std::printf("copying: %.0f GB/s; products in double precision: %.1f TFLOP/s\n", bandwidth / 1e9,
               rate / 1e12);
-  timeRows(bandwidth);
-  timeIterations();
-  timePrediction(rate);
+  timeRows(machine, bandwidth);
+  timeIterations(machine);
+  timePrediction(machine, rate);
 }
