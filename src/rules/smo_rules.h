@@ -50,8 +50,11 @@ struct PairValues {
 
 // The two multipliers after their unconstrained step along delta and the clipping to [0, c]: the
 // tests of the second round read what the first produced, while the invariant (sum or difference)
-// stays the one before clipping.
+// stays the one before clipping. A step across the whole box and more ends alike, so it is cut
+// first: beside the huge steps along flat pairs the invariant would lose its digits.
 ZEL_RULE PairValues clippedPair(bool sameSign, PairValues a, double delta, PairValues c) {
+  const double farthest = c.i + c.j;
+  delta = delta > farthest ? farthest : (delta < -farthest ? -farthest : delta);
   PairValues n{sameSign ? a.i - delta : a.i + delta, a.j + delta};
   const double sum = n.i + n.j;
   const double diff = n.i - n.j;

@@ -70,4 +70,14 @@ TEST(SmoRules, StepsEndAtTheConstrainedMinimum) {
   EXPECT_EQ(clips.size(), 8);
 }
 
+// As pairs of equal samples take them.
+TEST(SmoRules, HugeStepsKeepSumOrDifference) {
+  for (const double delta : {-3e11, 1e9, 7e15}) {
+    const PairValues same = zelsvm::clippedPair(true, {0.1, 0.3}, delta, {1, 1});
+    EXPECT_DOUBLE_EQ(same.i + same.j, 0.1 + 0.3);
+    const PairValues opposite = zelsvm::clippedPair(false, {0.3, 0.1}, delta, {1, 1});
+    EXPECT_DOUBLE_EQ(opposite.i - opposite.j, 0.3 - 0.1);
+  }
+}
+
 }  // namespace
