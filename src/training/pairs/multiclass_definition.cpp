@@ -1,4 +1,4 @@
-#include "training/multiclass_definition.h"
+#include "training/pairs/multiclass_definition.h"
 
 #include <algorithm>
 #include <utility>
