@@ -11,8 +11,6 @@
 
 namespace {
 
-using zelsvm_opt::Flag;
-using zelsvm_opt::Ignored;
 using zelsvm_opt::Option;
 using zelsvm_opt::Tool;
 using zelsvm_opt::usageText;
@@ -127,19 +125,6 @@ TEST(OptionTable, SpellsEachOptionOnceForATool) {
                   (option.name.size() > 1 && spellings.insert(std::string(option.name)).second))
           << tool.name << " --" << option.name;
     }
-  }
-}
-
-TEST(OptionTable, DescribesWhatItsTargetsTake) {
-  for (const Option& option : zelsvm_opt::optionTable()) {
-    const bool isSwitch = std::holds_alternative<Flag>(option.target) ||
-                          std::holds_alternative<Ignored>(option.target);
-    EXPECT_EQ(takesArgument(option), !isSwitch) << option.name;
-    EXPECT_FALSE(option.hint.empty()) << option.name;
-    EXPECT_TRUE(option.manual.ends_with('\n')) << option.name;
-    if (option.usage.empty()) continue;
-    EXPECT_EQ(option.usage.substr(0, 3), (std::string{'-', option.letter, ' '}));
-    EXPECT_TRUE(option.usage.ends_with('\n')) << option.name;
   }
 }
 

@@ -9,6 +9,7 @@
 #include "platform/cuda/machine/cuda_machine.h"
 #include "platform/cuda/runtime/launch.h"
 #include "platform/device/solver_walk.h"
+#include "support/samples.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ constexpr int radial = zelsvm::SVM_KERNEL_RADIAL;
 
 TEST(CudaSolver, EveryKernelFunctionSparseAndDense) {
   const CudaMachine machine(0);
-  for (int kernel = 0; kernel < 4; ++kernel)
+  for (const int kernel : zeltest::allKernels)
     for (const bool sparse : {false, true})
       for (const bool twoGroups : {false, true})
         for (const bool twice : {false, true}) {
