@@ -358,23 +358,6 @@ TEST(Library, SinksHearWhatTheyAskFor) {
             model.predict(sparse(samples)).decisionValues);
 }
 
-TEST(Library, ThreadsMayCallAtOnce) {
-  const Samples samples = threeClasses();
-  const Parameters parameters{.probability = true, .randomSeed = 3};
-  const Model shared = zelsvm::train(dense(samples), samples.labels, parameters);
-  const auto work = [&] {
-    const Model model = zelsvm::train(dense(samples), samples.labels, parameters);
-    return std::pair{model.predict(sparse(samples), true).probabilities,
-                     shared.predict(dense(samples)).decisionValues};
-  };
-  const auto expected = work();
-  std::vector<std::decay_t<decltype(expected)>> found(3);
-  std::vector<std::thread> threads;
-  for (auto& result : found) threads.emplace_back([&] { result = work(); });
-  for (auto& thread : threads) thread.join();
-  for (const auto& result : found) EXPECT_EQ(result, expected);
-}
-
 // Each prediction waits in its first message for those of the other threads.
 TEST(Library, AModelPredictsInThreadsSideBySide) {
   const Samples samples = threeClasses();

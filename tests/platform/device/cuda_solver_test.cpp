@@ -116,15 +116,4 @@ TEST(CudaSolver, SolvesTakeTurns) {
   other.join();
 }
 
-TEST(CudaSolver, BeginsAnewAfterAnySolve) {
-  const CudaMachine machine(0);
-  const auto solver = machine.makeSolver(zelsvm::SVM_KERNEL_RADIAL, false);
-  for (const std::size_t samples :
-       {60, 700, 30, 2000}) {  // larger than the memory it has, and less
-    SolverWalk(*solver, {.samples = samples, .kernel = radial, .fromZero = samples > 1000}, 4)
-        .run(2);
-    if (samples != 700) solver->end();  // left by an exception
-  }
-}
-
 }  // namespace
