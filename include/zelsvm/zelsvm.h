@@ -6,10 +6,11 @@
 // OMP_NUM_THREADS or the machine allows; results do not depend on their number.
 //
 // All functions may be called from any thread and at the same time. Several threads may use one
-// object at once, but for moving, assigning and destroying it: a model predicts for all of them
-// side by side. For many calls at once OMP_NUM_THREADS=1 is best. The first matrix product of a
-// process loads the BLAS and sets environment variables meanwhile, which other threads should not
-// read then. Borrowed memory must outlive what looks at it and stay as it is meanwhile.
+// object at once: a model predicts for all of them side by side. Only moving, assigning and
+// destroying an object take place alone. For many calls at once OMP_NUM_THREADS=1 is best. The
+// first matrix product of a process loads the BLAS and sets environment variables while it does; no
+// other thread should read them then. Borrowed memory must stay as it is while something looks at
+// it.
 #pragma once
 
 #include <cstddef>
@@ -118,8 +119,8 @@ struct Parameters {
   Interval targetScale = {};   // the same for the targets of a regression
 };
 
-// How far a running solver is. Probabilities and folds run it many times, and so do more than two
-// labels: of pairs that are trained at the same time the calling thread's is shown.
+// How far a running solver is. A call may run many, for probabilities, folds and pairs of labels.
+// Of pairs that are trained at the same time, the calling thread's is shown.
 struct Progress {
   std::uint64_t iterations = 0;
   double gap = 0;  // the largest violation, which ends at or below the tolerance

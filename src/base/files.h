@@ -31,8 +31,9 @@ class CFile {
   // Throws AppException when the text does not arrive.
   void write(const char* text, std::size_t length);
 
-  // All that was written is safe, but for the name: of several files that belong together, none
-  // should have its own before all are. Throws AppException when that fails, as on a full disk.
+  // Everything is written, only the name is missing: of several files that belong together, none
+  // should get its name before all are written. Throws AppException when that fails, as on a full
+  // disk.
   void finish();
 
   // Finishes a written file and puts it in its place; throws AppException when that fails.

@@ -10,8 +10,8 @@ namespace zel {
 // allocated.
 enum class MemoryKind : std::uint32_t { heap = 0, aligned = 1 };
 
-// Elements allocated for count of them: the next multiple of 512. Counts that have none stay as
-// they are: no memory holds so many.
+// So many elements are allocated for a count: the next multiple of 512. A count too large to have
+// one stays as it is, as no memory holds so many.
 constexpr std::uint64_t roundedCapacity(std::uint64_t count) {
   const std::uint64_t rounded = (count + 511) & ~std::uint64_t{511};
   return rounded < count ? count : rounded;

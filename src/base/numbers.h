@@ -58,8 +58,8 @@ char* formatUnsigned(char* text, std::uint64_t value);
 // The text that reads back as the value: six digits where they do.
 std::string exactText(double value);
 
-// What six digits may hide of a number between these bounds: their worst rounding of a number as
-// large as the range. More is visible beside it.
+// The error that six digits may make in a number between these bounds: their worst rounding of a
+// number as large as the range. A larger error would show.
 inline double boundResolution(double lower, double upper) { return 5e-6 * (upper - lower); }
 
 namespace detail {

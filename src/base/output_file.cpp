@@ -28,7 +28,7 @@ bool writeAll(int descriptor, std::string_view text) {
   return true;
 }
 
-// Drawn, so that no two writers ever meet in one; empty when the system has no random numbers.
+// A random name, so that no two writers share one; empty when the system has no random numbers.
 std::string newTemporaryName() {
   std::uint64_t number = 0;
   if (::getentropy(&number, sizeof number) != 0) return {};
@@ -62,7 +62,7 @@ bool OutputFile::openTemporary() {
       Descriptor(::open(parent.empty() ? "." : parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   temporaryName = newTemporaryName();
   if (!folder.isOpen() || temporaryName.empty()) return false;
-  // Known before it exists, so that no signal comes in between.
+  // Noted before the file exists, as a signal may come right behind its creation.
   unfinished.emplace(folder.get(), temporaryName);
   const mode_t mode = target.kind == Kind::regular ? target.status.st_mode & allBits : usualMode;
   temporary = Descriptor(
@@ -98,7 +98,7 @@ bool OutputFile::write(std::string_view text) {
 
 bool OutputFile::writeOut(std::string_view text) {
   if (temporary.isOpen()) return writeAll(temporary.get(), text);
-  // Pipes and devices have nothing to be emptied of.
+  // Pipes and devices hold nothing that could be removed.
   if (!std::exchange(emptied, true) && ::ftruncate(place.get(), 0) != 0 && errno != EINVAL)
     return false;
   return writeAll(place.get(), text);

@@ -14,8 +14,8 @@ namespace zel {
 
 // Text is gathered in a temporary file in the same folder, which is renamed at the end: nobody sees
 // a part of it, and what stood there before stays until then. A symbolic link stays and what it
-// leads to is replaced, by a file of the same owner and mode. Written in place, and emptied by the
-// first text, are open files and those that cannot be replaced in their folder.
+// leads to is replaced, by a file of the same owner and mode. Open files, and those
+// that cannot be replaced in their folder, are written in place; the first text empties them.
 class OutputFile {
  public:
   // Null where nothing can be written. Opening a pipe waits for its reader.

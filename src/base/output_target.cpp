@@ -11,7 +11,7 @@ namespace {
 
 constexpr int mostLinks = 40;  // as many as the system follows
 
-// What is written to open files by these names must go through them.
+// The system lists open files there: what is written to such a name must reach the open file.
 bool isInProc(const std::filesystem::path& path) {
   struct statfs system {};
   const std::filesystem::path folder = path.parent_path();

@@ -5,8 +5,8 @@
 
 namespace zel {
 
-// While it lives, removeUnfinishedFiles() removes the file of this name from the folder. Of very
-// many at the same time, some are not known to it.
+// While it lives, removeUnfinishedFiles() removes the file of this name from the folder. Where
+// there are very many at the same time, it leaves some.
 class UnfinishedFile {
  public:
   // The open folder must outlive it.

@@ -9,9 +9,9 @@
 
 namespace zelsvm {
 
-// Holds a copy of the source's matrix, scaled and with its columns in place, or looks at the
-// source's own where that changes nothing, and a copy of the labels in scaled units. The source's
-// matrix must outlive it.
+// Holds the labels in scaled units and a copy of the source's matrix, scaled and with its columns
+// in place. Where scaling changes nothing it looks at the source's own matrix, which must outlive
+// it.
 template <typename T>
 class ScaledData : public SimpleData<T> {
  public:
@@ -20,8 +20,8 @@ class ScaledData : public SimpleData<T> {
       : ScaledData(data, scale,
                    scale.scalesFeatures() ? scale.featureNumbers() : data.matrix().features()) {}
 
-  // Columns go to where these features have theirs: those of the record first, if it scales any,
-  // which leave out the features that it does not know below its last.
+  // Columns go to where these features have theirs. If the record scales features, its own come
+  // first; features below its last that it does not know are left out.
   ScaledData(const SvmData<T>& data, const SvmScale<T>& scale,
              const zelmag::FeatureNumbers& columns)
       : source(&data.matrix()), scaledLabels(source->rows()) {

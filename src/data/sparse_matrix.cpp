@@ -121,7 +121,7 @@ void SparseMatrix<T>::copyRow(T* target, std::uint64_t row, bool clear) const {
 
 template <typename T>
 void SparseMatrix<T>::collectBounds(HostVector<zel::Interval>& bounds) const {
-  // Checked together: none of it is touched before all of it has been promised.
+  // Both arrays are checked as one, as neither is touched before both are allocated.
   zel::requireHostMemory(this->cols(), Multibound<T>::columnBytes + sizeof(std::uint64_t));
   Multibound<T> found(this->cols());
   std::vector<std::uint64_t> presentRows(this->cols(), 0);

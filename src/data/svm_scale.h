@@ -38,8 +38,8 @@ class SvmScale {
   // scaled where it has none of their bounds. Throws AppException for a file that is none or a cut
   // one, and where a range has no bounds.
   void restore(const std::string& path);
-  // Takes ranges and bounds as a model file holds them. Features without bounds below the last one
-  // that has some get (0, 0), or where few have bounds no column.
+  // Takes ranges and bounds as a model file holds them. A feature without bounds that lies below
+  // the last one with bounds gets (0, 0); where few features have bounds it gets no column.
   void assign(const zel::Interval& newXRange, const zel::Interval& newYRange,
               const zel::Interval& newYBounds, const zelmag::BoundsByFeature& newBounds);
   // Writes a scale parameter file; throws AppException when it cannot be written completely.
@@ -58,8 +58,8 @@ class SvmScale {
   [[nodiscard]] const zelmag::FeatureNumbers& featureNumbers() const { return numbers; }
   [[nodiscard]] std::uint64_t featureCount() const { return numbers.count(); }
   [[nodiscard]] zelmag::BoundsByFeature boundsByFeature() const;
-  // Features, ascending, that the matrix has values of, but the record no bounds though it scales
-  // them; bounds of (0, 0) count as none.
+  // Features, ascending, that the record scales without having bounds of them, though the matrix
+  // has values there; bounds of (0, 0) count as none.
   [[nodiscard]] std::vector<std::uint64_t> unknownFeatures(
       const zelmag::AbstractMatrix<T>& matrix) const;
   // Squared unscaled units per squared scaled unit of the targets.

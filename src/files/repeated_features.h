@@ -8,8 +8,8 @@
 
 namespace zelsvm {
 
-// Warns of each feature that repeats one before it in the line, which is the one that the warnings
-// have begun. It takes far longer than reading: to be asked where indices do not ascend.
+// Warns of each feature that repeats an earlier one of the line, which the warnings have begun. It
+// takes far longer than reading, so it is only called for lines whose indices do not ascend.
 void warnOfRepeats(std::string_view line, std::uint64_t leadingCount, std::string_view fate,
                    zel::FileWarnings& warnings);
 

@@ -36,8 +36,8 @@ struct Access {
 // A matrix that looks at the rows.
 std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows);
 
-// The same samples with at least so many features, the new ones 0: itself, or a copy of what had to
-// change that looks at the rest.
+// The same samples with at least so many features, the new ones 0. What need not change is shared
+// with the original.
 std::shared_ptr<const Rows> widened(const std::shared_ptr<const Rows>& rows,
                                     std::uint64_t features);
 

@@ -64,7 +64,8 @@ class GenericModel {
   // Sigma in the units of unscaled targets.
   [[nodiscard]] T residualScale() const;
 
-  // Features that test data must have to be predicted as they are; data are moved to listed ones.
+  // Test data with fewer features must be widened. Listed features have no such number, as data are
+  // moved to their columns.
   [[nodiscard]] std::uint64_t testWidth() const {
     return vectors().features().isListed() ? 0 : featureCount;
   }

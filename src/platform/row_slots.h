@@ -43,7 +43,7 @@ class RowSlots {
   [[nodiscard]] std::uint64_t count() const { return entries.size(); }
   // By row: slot + 1 of those that have one, 0 for the others.
   [[nodiscard]] const std::vector<std::uint32_t>& cachedRows() const { return slotOfRow; }
-  // Guesses whose row was asked for before they had to go.
+  // Guesses whose row was asked for while a slot still held it.
   [[nodiscard]] std::uint64_t usedGuesses() const { return guessesUsed; }
 
  private:

@@ -18,8 +18,8 @@ class AbstractPredictionHandler {
                       const GenericModel<T>& model) = 0;
 };
 
-// Keeps predictions from being made of decision values that are no numbers: throws AppException
-// naming the first test sample, counted from 1, that has one. An infinite value still has a side.
+// Throws AppException where a decision value is NaN, naming the first such test sample, counted
+// from 1. An infinite value still has a side.
 template <typename T>
 class DecisionCheck : public AbstractPredictionHandler<T> {
  public:
@@ -45,7 +45,7 @@ class BinaryDecisionResolver : public AbstractPredictionHandler<T> {
               const GenericModel<T>& model) override;
 };
 
-// What a sample becomes that no decision value speaks for, as all are 0.
+// The prediction for a sample whose decision values are all 0.
 enum class Undecided { keepsPrediction, hasFirstLabel };
 
 // One-against-one voting. Knerr, Personnaz and Dreyfus, "Single-layer learning revisited" (1990).

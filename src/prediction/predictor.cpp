@@ -10,8 +10,8 @@
 namespace zelsvm {
 namespace {
 
-// The one vector of a model of one label has no weight, which an infinite kernel value would turn
-// into no number.
+// The one vector of a model of one label has weight 0. Times an infinite kernel value that would be
+// NaN.
 template <typename T>
 bool isConstant(const GenericModel<T>& model) {
   return model.coefficients().size() == 1 && model.coefficients()[0] == 0;

@@ -45,7 +45,7 @@ Found findInTraining(const std::vector<T>& labels) {
   std::map<T, std::uint64_t> counts;
   for (const T label : labels) ++counts[label];
   if (counts.size() == 2) return findInPair(labels, counts.begin()->first, counts.rbegin()->first);
-  // More pairs than memory has solutions for are going to be refused.
+  // Memory could not hold the solutions of so many pairs: the training will refuse them.
   if (pairCount(counts.size()) > zel::availableHostMemory() / smallestSolution) return {};
   for (auto first = counts.begin(); first != counts.end(); ++first)
     for (auto second = std::next(first); second != counts.end(); ++second) {

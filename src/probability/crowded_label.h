@@ -1,4 +1,4 @@
-// Labels that the folds of probability training do not share out.
+// Labels whose samples are all in one fold of a probability training.
 #pragma once
 
 #include <cstdint>

@@ -7,7 +7,7 @@
 namespace zelsvm {
 namespace {
 
-// What a sum's rounding may hide of the objective, relatively: near the solution steps gain less.
+// Relative rounding error of the objective's sums: near the solution steps gain less than that.
 constexpr double roundingAllowance = 1e-14;
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include "base/errors.h"
 #include "training/label_classifier.h"
 #include "training/model_extraction.h"
-#include "training/multiclass_definition.h"
-#include "training/pair_training.h"
+#include "training/pairs/multiclass_definition.h"
+#include "training/pairs/pair_training.h"
 
 namespace zelsvm {
 

@@ -15,7 +15,7 @@ class AbstractClassifier : public AbstractTrainer<T> {
   void train(GenericModel<T>& model, SvmData<T>& data) override;
   // The data set's label pair is defined.
   void trainTwoClass(GenericModel<T>& model, SvmData<T>& data);
-  // The same, but that the model receives only what the handlers find.
+  // The same, except that the model receives only what the handlers find.
   virtual SolvedProblem<T> solveTwoClass(GenericModel<T>& model, SvmData<T>& data) = 0;
 
  protected:

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/console.h"
 #include "model/generic_model.h"
 #include "parameters/svm_context.h"
 #include "solver/smo_solver.h"
@@ -47,7 +48,10 @@ class AbstractTrainer {
   std::vector<AbstractBuildHandler<T>*> handlers;
 };
 
-// The report line that every formulation prints.
-void printSolution(const SmoSolution& solution);
+// The report lines that every formulation prints.
+inline void printSolution(const SmoSolution& solution) {
+  zel::printMessage("obj = %g, rho = %g\nnSV = %lu, nBSV = %lu\n", solution.obj, solution.rho,
+                    solution.nSV, solution.nBSV);
+}
 
 }  // namespace zelsvm

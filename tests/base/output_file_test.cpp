@@ -5,10 +5,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <fstream>
-
 #include "base/errors.h"
 #include "support/temp_file.h"
+#include "support/temp_folder.h"
 
 namespace {
 
@@ -16,22 +15,12 @@ namespace fs = std::filesystem;
 using zel::OutputFile;
 using zeltest::failureOf;
 
-// A folder of its own.
 class OutputFileTest : public testing::Test {
  protected:
-  OutputFileTest() : place(fs::temp_directory_path() / "zelsvm_outputs_XXXXXX") {
-    std::string name = place.string();
-    place = mkdtemp(name.data());
-  }
-  ~OutputFileTest() override { fs::remove_all(place); }
-
   [[nodiscard]] std::string path(const std::string& name) const { return place / name; }
-  void put(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name)) << text;
-  }
+  void put(const std::string& name, const std::string& text) const { files.write(name, text); }
   [[nodiscard]] std::string text(const std::string& name) const {
-    std::ifstream stream(path(name));
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return fs::exists(place / name) ? files.read(name) : "";
   }
   [[nodiscard]] std::size_t fileCount() const {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(place), {}));
@@ -45,7 +34,8 @@ class OutputFileTest : public testing::Test {
     return ::stat(path(name).c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
   }
 
-  fs::path place;
+  const zeltest::TempFolder files;
+  const fs::path& place = files.folder();
 };
 
 TEST_F(OutputFileTest, AppearsWholeOrNotAtAll) {

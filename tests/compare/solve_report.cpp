@@ -34,19 +34,15 @@ void report(const char* size, const Samples& samples, const zelsvm::SvmParameter
 
 void reportAll(bool small) {
   const std::uint64_t rows = small ? 100 : 700;
-  const Samples classes = zeltest::classSamples(rows, 20, {1, -1}, 1);
-  const Samples targets = zeltest::targetSamples(rows, 20, 2);
-  for (const int type : {0, 1, 2, 3, 4})
-    for (const int kernel : {0, 1, 2, 3})
+  for (const int type : zeltest::allTypes)
+    for (const int kernel : zeltest::allKernels)
       for (const bool sparse : {true, false})
-        report("some", type < 3 ? classes : targets,
+        report("some", zeltest::samplesFor(type, rows, 20, 1),
                {.svmType = type, .kernelType = kernel, .coef0 = 0.1, .sparse = sparse});
   if (small) return;
   // Enough variables for shrinking, and more rows than the cache holds.
-  for (const int type : {0, 1, 3, 4})
-    report("many",
-           type < 3 ? zeltest::classSamples(6000, 20, {1, -1}, 3)
-                    : zeltest::targetSamples(3000, 20, 4),
+  for (const int type : zeltest::allTypes)
+    report("many", zeltest::samplesFor(type, zeltest::isRegression(type) ? 3000 : 6000, 20, 3),
            {.svmType = type, .C = 10, .cacheSize = 20});
 }
 

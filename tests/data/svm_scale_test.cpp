@@ -125,15 +125,6 @@ TEST_F(SvmScaleTest, RestoresWhatItSaved) {
   EXPECT_EQ(saved(), featureText + targetText);
 }
 
-TEST_F(SvmScaleTest, LastFeatureIsSavedThoughItIsAlwaysZero) {
-  values = {0, 0, 0, 4, 0, 0, 1, 0, 0};
-  scale.setRanges({-1, 1}, {0, 0});
-  scale.initialize(data);
-  EXPECT_EQ(saved(), "X-scale: -1 1\n  0: 0 4\n  2: 0 0\n");
-  restore(saved());
-  EXPECT_EQ(pairsOf(scale.featureBounds()), Pairs({{0, 4}, {0, 0}, {0, 0}}));
-}
-
 TEST_F(SvmScaleTest, RestoreTakesOddLines) {
   scale.setRanges({-7, 7}, {-8, 8});
   restore(

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "files/dense_file_reader.h"
 #include "files/sparse_file_reader.h"
 #include "files/user_file_writer.h"
 #include "support/matrices.h"
@@ -112,24 +111,6 @@ TEST(UserFileWriter, WritesDenseRowsWithoutZeros) {
   UserFileWriter<double> full("/dev/full", 0);
   full.writeRows(*matrix, labels, 2);
   EXPECT_EQ(failureOf<AppException>([&] { full.close(); }), "failed writing to file: /dev/full");
-}
-
-TEST(ModelFile, IsReadBackAsItWasWritten) {
-  const TempFile file(threeClassText);
-  zelsvm::DenseFileReader<double> reader(file.path(), 1);
-  reader.read(15);
-  const ModelHeader& header = reader.header();
-  EXPECT_TRUE(reader.isModel());
-  EXPECT_EQ(reader.rows(), 3u);
-  EXPECT_EQ(reader.cols(), 15u);
-  EXPECT_EQ(reader.values()[12], 0);
-  EXPECT_EQ(reader.values()[16], -3);
-  EXPECT_EQ(reader.leading()[5], 1e6);
-  EXPECT_EQ(header.featureBounds.size(), 13u);
-  EXPECT_EQ(header.featureBounds.at(1).upper, 3);
-  EXPECT_EQ(reader.rho(), threeClasses().rho);
-  EXPECT_EQ(writtenModel(header, 13),
-            std::string(threeClassText).substr(0, std::string(threeClassText).find("0.5 -0 ")));
 }
 
 // Reads a model file with two support vectors; what was read before a failure stays in the reader.

@@ -91,7 +91,7 @@ TEST(ClassWeights, MultiplyTheBoundsOfTheirClass) {
 
   parameters.weights = {{3, 4}, {8, 4}};
   EXPECT_NE(train(samples, parameters).text.find("nu = "), std::string::npos);
-  parameters.svmType = 1;  // only C-classification looks at them
+  parameters.svmType = zelsvm::SVM_TYPE_NU_CLASSIFICATION;  // only C-classification looks at them
   parameters.nu = 0.3;
   EXPECT_EQ(train(samples, parameters).only().Cp, 0.5);
 }

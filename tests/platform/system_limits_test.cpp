@@ -10,23 +10,13 @@
 
 #include "platform/system/available_memory.h"
 #include "platform/system/control_group.h"
+#include "support/temp_folder.h"
 
 namespace {
 
 class ControlGroups : public testing::Test {
  protected:
-  ControlGroups() {
-    root = std::filesystem::path(testing::TempDir()) /
-           testing::UnitTest::GetInstance()->current_test_info()->name();
-    std::filesystem::remove_all(root);
-  }
-  ~ControlGroups() override { std::filesystem::remove_all(root); }
-
-  void write(const std::string& file, const std::string& text) {
-    const auto path = root / file;
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path) << text;
-  }
+  void write(const std::string& file, const std::string& text) const { files.write(file, text); }
   zel::MemoryLimit read(const std::string& membership) {
     write("membership", membership);
     return zel::controlGroupMemory((root / "membership").c_str(), root.c_str());
@@ -36,7 +26,8 @@ class ControlGroups : public testing::Test {
     return zel::controlGroupProcessors((root / "membership").c_str(), root.c_str());
   }
 
-  std::filesystem::path root;
+  const zeltest::TempFolder files;
+  const std::filesystem::path& root = files.folder();
 };
 
 TEST_F(ControlGroups, LimitTheGroupAndEverythingBelowIt) {

@@ -25,9 +25,9 @@ class PredictorTest : public testing::Test {
   const zeltest::Quiet quiet;
 };
 
-SvmParameters parametersFor(unsigned kernel, bool sparse, double degree = 3.9) {
+SvmParameters parametersFor(int kernel, bool sparse, double degree = 3.9) {
   SvmParameters parameters;
-  parameters.kernelType = static_cast<int>(kernel);
+  parameters.kernelType = kernel;
   parameters.sparse = sparse;
   parameters.gamma = 0.3;
   parameters.coef0 = -0.4;
@@ -79,7 +79,7 @@ TEST_F(PredictorTest, AgreesWithPlainLoops) {
   };
   for (const Shape& shape : {Shape{20, 7, 600, 7}, Shape{20, 7, 257, 10}, Shape{2500, 3, 30, 5},
                              Shape{1, 1, 1, 1}, Shape{128, 2, 256, 2}})
-    for (unsigned kernel = 0; kernel < 4; ++kernel)
+    for (const int kernel : zeltest::allKernels)
       for (const bool sparse : {false, true}) {
         MadeModel made(parametersFor(kernel, sparse), randomRows(shape.vectors, shape.cols, 1),
                        {-1, 1}, {shape.vectors / 3, shape.vectors - shape.vectors / 3}, 2);
@@ -95,7 +95,7 @@ TEST_F(PredictorTest, AgreesWithPlainLoops) {
 TEST_F(PredictorTest, ManyLabelsAgreeAtEveryTileAndBlockSize) {
   const std::vector<unsigned long long> sizes{513, 1, 0, 511, 512};
   const std::vector<double> labels{1, 2, 3, 4, 7};
-  for (unsigned kernel = 0; kernel < 4; ++kernel)
+  for (const int kernel : zeltest::allKernels)
     for (const bool sparse : {false, true}) {
       MadeModel made(parametersFor(kernel, sparse), randomRows(1537, 3, 1), labels, sizes, 2);
       for (const std::uint64_t tests : {1, 31, 33, 289}) {
@@ -113,7 +113,7 @@ TEST_F(PredictorTest, ManyLabelsAgreeAtEveryTileAndBlockSize) {
 }
 
 TEST_F(PredictorTest, RegressionGivesTheFunctionItself) {
-  SvmParameters parameters = parametersFor(2, false);
+  SvmParameters parameters = parametersFor(zelsvm::SVM_KERNEL_RADIAL, false);
   parameters.svmType = zelsvm::SVM_TYPE_EPSILON_REGRESSION;
   MadeModel made(parameters, randomRows(12, 4, 1), {}, {}, 2);
   const Samples test = randomRows(300, 4, 3);
@@ -145,7 +145,8 @@ TEST_F(PredictorTest, RegressionGivesTheFunctionItself) {
 
 // The first handler resolves, the next sees what it resolved; no vote leaves the 0 of the start.
 TEST_F(PredictorTest, HandlersRunInOrderOverAClearedOutput) {
-  MadeModel made(parametersFor(0, false), unlabelled(1, {1}), {4, 9}, {1, 0}, 2);
+  MadeModel made(parametersFor(zelsvm::SVM_KERNEL_LINEAR, false), unlabelled(1, {1}), {4, 9},
+                 {1, 0}, 2);
   made.model.setCoefficients(zeltest::hostVector<double>({1}));
   made.model.setRho(zeltest::hostVector<double>({2}));
   zeltest::DataSet data(unlabelled(1, {1, 2, 3}), made.context);
@@ -165,7 +166,8 @@ TEST_F(PredictorTest, HandlersRunInOrderOverAClearedOutput) {
 
 TEST_F(PredictorTest, RefusesTestsNarrowerThanTheModel) {
   for (const bool sparse : {false, true}) {
-    MadeModel wide(parametersFor(2, sparse), randomRows(3, 4, 1), {1, 2}, {2, 1}, 2);
+    MadeModel wide(parametersFor(zelsvm::SVM_KERNEL_RADIAL, sparse), randomRows(3, 4, 1), {1, 2},
+                   {2, 1}, 2);
     EXPECT_THROW(zeltest::decisionValues(wide.context, wide.model, randomRows(2, 3, 1)),
                  zel::RuntimeException);
   }

@@ -1,7 +1,5 @@
-// Settings that are refused, and outputs that cannot be written.
+// Settings that are refused.
 #include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "programs/tool_runs.h"
 
@@ -26,33 +24,26 @@ TEST(BadParameters, OfTraining) {
   const std::string oneClass = "Probability output for one-class SVM is not supported.";
   const std::pair<std::string, std::string> cases[] = {
       {"-s 5", "Unsupported SVM type"},
-      {"-s -1", "Unsupported SVM type"},
       {"-t 4", "Unsupported kernel type"},
-      {"-t -1", "Unsupported kernel type"},
       {"-g -1", kernel},
       {"-t 1 -d -0.5", kernel},
       {"-s 3 -p -1e-9", "Invalid epsilon parameter"},
       {"-c 0", bounds},
       {"-s 2 -c -1", bounds},
       {"-e 0", bounds},
-      {"-e -0.1", bounds},
       {"-n 0", nu},
       {"-n 1.01", nu},
       {"-w 1:0", weight},
       {"-w 1:2 -w -1:-1", weight},
-      {"-w 1:nan", weight},
       {"-w " + std::string(5000, '1'), "The classification weights are too long."},
       {"-x 1", format},
-      {"-x 1:-1", order},
       {"-x 0:0", order},
       {"-s 3 -y text", format},
       {"-s 4 -y 2:1", order},
       {"-x -inf:inf", "The scale interval -inf:inf has no finite length."},
-      {"-x nan:1", "The scale interval nan:1 has no finite length."},
       {"-s 3 -y 0:nan", "The scale interval 0:nan has no finite length."},
       {"-x -1e308:1e308", "The scale interval -1e+308:1e+308 has no finite length."},
-      {"-v 1000001", "Cross-validation takes at most 1000000 folds, not 1000001."},
-      {"-v 1000000000000", "Cross-validation takes at most 1000000 folds, not 1000000000000."},
+      {"-v 1000001", "Cross-validation takes at most 1000000 folds."},
       {"-I 2", base},
       {"-s 2 -b 1", oneClass},
       {"-s 1 -n 0.9", "Error: there is no feasible solution for the nu value."},
@@ -74,10 +65,8 @@ TEST(BadParameters, OfScaling) {
   const Workspace workspace;
   workspace.write("data", "1 1:1\n-1 1:2\n");
   const std::pair<const char*, const char*> cases[] = {
-      {"-x 1", "The scale parameter is of incorrect format."},
       {"-y 1", "The scale parameter is of incorrect format."},
       {"-x 0:0", "The lower bound of the scale parameter exceeds its upper bound."},
-      {"-y 3:2", "The lower bound of the scale parameter exceeds its upper bound."},
       {"-x 0:inf", "The scale interval 0:inf has no finite length."},
       {"-I 2", "The base index of a data matrix must be 0 or 1 only"},
       {"-r missing", "failed to open missing."},
@@ -85,37 +74,6 @@ TEST(BadParameters, OfScaling) {
   for (const auto& [options, message] : cases)
     refuse(workspace, words(std::string("zelsvm-scale -q -s record ") + options + " data result"),
            message);
-}
-
-TEST(BadOutput, IsAnErrorOfEveryTool) {
-  const Workspace workspace;
-  workspace.write("data", "1 1:1\n-1 1:2\n");
-  std::filesystem::create_directory(workspace.folder() / "folder");
-  succeed(workspace, words("zelsvm-train -q data model"));
-  const std::pair<std::string, std::string> outputs[] = {
-      {"/dev/full", "failed writing to file: /dev/full"},
-      {"nowhere/out", "failed to open nowhere/out."},
-      {"data/below", "failed to open data/below."},
-      {"folder", "failed to open folder."},
-      {"/proc/denied", "failed to open /proc/denied."}};  // whoever runs this
-  for (const auto& [path, message] : outputs) {
-    refuse(workspace, {"zelsvm-train", "-q", "data", path}, message, progress);
-    refuse(workspace, {"zelsvm-predict", "-q", "data", "model", path}, message);
-    refuse(workspace, {"zelsvm-scale", "-q", "-s", "record", "data", path}, message);
-  }
-  succeed(workspace, words("zelsvm-scale -q data scaled"));
-  for (const auto& [path, message] : outputs)
-    refuse(workspace, {"zelsvm-scale", "-q", "-s", path, "data", "scaled"}, message);
-}
-
-// So much is written that the failure comes long before the file is closed.
-TEST(BadOutput, LargeFiles) {
-  const Workspace workspace;
-  workspace.write("data", zeltest::fileText(zeltest::classSamples(4000, 8, {1, 2}, 1)));
-  refuse(workspace, words("zelsvm-scale -q -s record data /dev/full"),
-         "failed writing to file: /dev/full");
-  refuse(workspace, words("zelsvm-train -q -L 1 data /dev/full"),
-         "failed writing to file: /dev/full", "\nFailed to reach [^\n]+\n\n\n");
 }
 
 }  // namespace

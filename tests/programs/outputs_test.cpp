@@ -51,23 +51,24 @@ TEST_F(Outputs, ThatWouldReplaceAnInputAreRefused) {
   workspace.write("name.model", workspace.read("data"));
   workspace.write("broken", "no samples\n");
   const std::pair<const char*, const char*> cases[] = {
-      {"zelsvm-train -q data data", "The model file must not be the training data: data"},
-      {"zelsvm-train -q -c -1 link ./data", "The model file must not be the training data: ./data"},
-      {"zelsvm-train -q data twin", "The model file must not be the training data: twin"},
-      {"zelsvm-train -q broken broken", "The model file must not be the training data: broken"},
-      {"zelsvm-train -q folder/name", "The model file must not be the training data: name.model"},
-      {"zelsvm-predict -q data model model", "The output file must not be the model file: model"},
-      {"zelsvm-predict -q link model data", "The output file must not be the test data: data"},
+      {"zelsvm-train -q data data", "The model file must not be the training data: data."},
+      {"zelsvm-train -q -c -1 link ./data",
+       "The model file must not be the training data: ./data."},
+      {"zelsvm-train -q data twin", "The model file must not be the training data: twin."},
+      {"zelsvm-train -q broken broken", "The model file must not be the training data: broken."},
+      {"zelsvm-train -q folder/name", "The model file must not be the training data: name.model."},
+      {"zelsvm-predict -q data model model", "The output file must not be the model file: model."},
+      {"zelsvm-predict -q link model data", "The output file must not be the test data: data."},
       {"zelsvm-scale -q -s data data out",
-       "The file of saved parameters must not be the input file: data"},
+       "The file of saved parameters must not be the input file: data."},
       {"zelsvm-scale -q -r record -s data data out",
-       "The file of saved parameters must not be the input file: data"},
+       "The file of saved parameters must not be the input file: data."},
       {"zelsvm-scale -q -s out data ./out",
-       "The file of saved parameters must not be the output file: out"},
+       "The file of saved parameters must not be the output file: out."},
       {"zelsvm-scale -q -s data data data",
-       "The file of saved parameters must not be the input file: data"},
+       "The file of saved parameters must not be the input file: data."},
       {"zelsvm-scale -q -r record data record",
-       "The output file must not be the file of restored parameters: record"},
+       "The output file must not be the file of restored parameters: record."},
   };
   const auto before = contents();
   for (const auto& [command, message] : cases) {

@@ -50,16 +50,6 @@ TEST(ProbabilityTools, ClassesOfARealDataSet) {
   EXPECT_GT(numbersIn(restOfLine(report, "  Accuracy = ")).at(0), 90);
 }
 
-TEST(ProbabilityTools, ManyClasses) {
-  const Workspace workspace;
-  workspace.write("data", fileText(zeltest::classSamples(160, 4, {7, -2, 0, 3}, 1)));
-  for (const char* type : {"-s 0", "-s 1 -n 0.3"}) {
-    succeed(workspace, words(std::string("zelsvm-train -q -R 1 -b 1 ") + type + " data model"));
-    succeed(workspace, words("zelsvm-predict -q -b 1 data model out"));
-    expectProbabilities(workspace.read("out"), {-2, 0, 3, 7});
-  }
-}
-
 TEST(ProbabilityTools, OneLabelIsTheLikelierOne) {
   const Workspace workspace;
   workspace.write("data", "5 1:1\n5 1:2\n5 1:3\n5 1:4\n");

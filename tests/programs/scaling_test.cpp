@@ -97,17 +97,6 @@ TEST(ScaleTool, CutRecordsAreNotTakenInSilence) {
   }
 }
 
-TEST(ScaleTool, RecordOfTheSameNameIsRestoredAndNotRewritten) {
-  const Workspace workspace;
-  workspace.write("in", samples);
-  const std::string record = std::string(unitRecord) + "\n";  // has one line more
-  workspace.write("record", record);
-  succeed(workspace, words("zelsvm-scale -s record -r record in out"));
-  EXPECT_EQ(workspace.read("record"), record);
-  succeed(workspace, words("zelsvm-scale -s copy -r record in out"));
-  EXPECT_EQ(workspace.read("copy"), unitRecord);
-}
-
 TEST(ScaleTool, RecordAndFileOfDifferentWidths) {
   const Workspace workspace;
   workspace.write("record", unitRecord);

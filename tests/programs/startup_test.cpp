@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <sstream>
+#include <tuple>
 
 #include "programs/tool_runs.h"
 #include "text_match.h"
@@ -13,7 +14,6 @@ namespace {
 
 using zelsvm_opt::Tool;
 using zeltest::afterBanner;
-using zeltest::Output;
 using zeltest::ToolResult;
 using zeltest::Workspace;
 
@@ -28,25 +28,18 @@ void expectQuietSuccess(const ToolResult& result) {
   EXPECT_EQ(result.err, "");
 }
 
-TEST(Startup, NoArgumentsPrintTheUsage) {
-  const std::pair<const char*, Tool> tools[] = {{"zelsvm-train", Tool::train},
-                                                {"zelsvm-predict", Tool::predict},
-                                                {"zelsvm-scale", Tool::scale}};
-  for (const auto& [name, tool] : tools) {
-    const ToolResult result = Workspace().run(name, {"-q"});
+TEST(Startup, TooFewFileNamesPrintTheUsage) {
+  const std::tuple<const char*, Tool, std::vector<std::string>> runs[] = {
+      {"zelsvm-train", Tool::train, {"-h", "-q"}},
+      {"zelsvm-predict", Tool::predict, {"-q", "test", "model"}},
+      {"zelsvm-scale", Tool::scale, {"-q"}}};
+  for (const auto& [name, tool, arguments] : runs) {
+    const Workspace workspace;
+    const ToolResult result = workspace.run(name, arguments);
     expectQuietSuccess(result);
     EXPECT_EQ(afterBanner(result, name), zelsvm_opt::usageText(tool)) << name;
+    EXPECT_EQ(workspace.files(), std::vector<std::string>{});
   }
-}
-
-TEST(Startup, TooFewFileNamesPrintTheUsage) {
-  const Workspace workspace;
-  const ToolResult predict = workspace.run("zelsvm-predict", {"-q", "test", "model"});
-  expectQuietSuccess(predict);
-  EXPECT_EQ(afterBanner(predict, "zelsvm-predict"), zelsvm_opt::usageText(Tool::predict));
-  const ToolResult help = workspace.run("zelsvm-train", {"-h", "-q"});
-  EXPECT_EQ(afterBanner(help, "zelsvm-train"), zelsvm_opt::usageText(Tool::train));
-  EXPECT_EQ(workspace.files(), std::vector<std::string>{});
 }
 
 TEST(Startup, DeviceLineUnlessQuiet) {
@@ -92,17 +85,6 @@ TEST(Startup, PlatformChoice) {
   const ToolResult unknown = runOn("gpu");
   EXPECT_EQ(unknown.status, 1);
   EXPECT_EQ(unknown.out, "ZELSVM_PLATFORM must be host or cuda, not gpu.\n");
-}
-
-TEST(Startup, ClosedPipeEndsTheRun) {
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{}, std::vector<std::string>{"-q", "missing-file"}}) {
-    const ToolResult result =
-        Workspace().run("zelsvm-train", arguments, {.output = Output::closedPipe});
-    EXPECT_EQ(result.status, 1) << testing::PrintToString(result);
-    EXPECT_EQ(result.signal, 0);
-    EXPECT_EQ(result.err, "");
-  }
 }
 
 // The graphics driver looks for one name; nothing else of ours may meet another engine's symbols.

@@ -136,7 +136,7 @@ ToolResult Workspace::run(const std::string& program, const std::vector<std::str
     const bool heard = settings.output == Output::collected;
     const Descriptor output(heard ? copyOf(out.get()) : refusingOutput(settings.output), "output");
     const Descriptor errors(errorTarget, "errors");
-    const pid_t child = start(words, root, output.get(), errors.get());
+    const pid_t child = start(words, folder(), output.get(), errors.get());
     status = statusAfter(child, settings.limit, result.timedOut);
   }
   if (WIFEXITED(status)) result.status = WEXITSTATUS(status);

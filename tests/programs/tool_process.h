@@ -2,10 +2,11 @@
 #pragma once
 
 #include <chrono>
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "support/temp_folder.h"
 
 namespace zeltest {
 
@@ -31,18 +32,9 @@ struct ToolResult {
 // Shows everything about a run when an assertion fails.
 void PrintTo(const ToolResult& result, std::ostream* stream);
 
-// A fresh empty folder, removed with everything in it at the end.
-class Workspace {
+// A folder to run tools in.
+class Workspace : public TempFolder {
  public:
-  Workspace();
-  ~Workspace();
-  Workspace(const Workspace&) = delete;
-  Workspace& operator=(const Workspace&) = delete;
-
-  [[nodiscard]] const std::filesystem::path& folder() const { return root; }
-  void write(const std::string& name, const std::string& text) const;
-  // Throws std::runtime_error when there is no such file.
-  [[nodiscard]] std::string read(const std::string& name) const;
   // Names of all files here, sorted.
   [[nodiscard]] std::vector<std::string> files() const;
   // Puts a copy of the program file here under another name.
@@ -53,9 +45,6 @@ class Workspace {
   [[nodiscard]] ToolResult run(const std::string& program,
                                const std::vector<std::string>& arguments = {},
                                const RunSettings& settings = {}) const;
-
- private:
-  std::filesystem::path root;
 };
 
 }  // namespace zeltest

@@ -16,12 +16,10 @@ namespace {
 
 using zelsvm::SvmContext;
 using zelsvm::SvmParameters;
-using zeltest::classSamples;
 using zeltest::dot;
 using zeltest::QuadraticProgram;
 using zeltest::Samples;
 using zeltest::SolvedProblem;
-using zeltest::targetSamples;
 using zeltest::Vector;
 
 constexpr double rounding = 1e-9;
@@ -112,15 +110,14 @@ class Optimality : public testing::TestWithParam<std::tuple<int, int>> {
                            .nu = 0.4};
 
   [[nodiscard]] Samples samplesFor(std::uint64_t rows, unsigned seed) const {
-    return parameters.svmType < 3 ? classSamples(rows, 3, {-1, 1}, seed)
-                                  : targetSamples(rows, 3, seed);
+    return zeltest::samplesFor(parameters.svmType, rows, 3, seed);
   }
 
   void check(const Samples& samples) const {
     const SvmContext<double> context(parameters, zelsvm::ParameterChecks::training,
                                      zeltest::testedMachine());
     const SolvedProblem problem = zeltest::train(samples, parameters).only();
-    const bool perSign = parameters.svmType == 1 || parameters.svmType == 4;
+    const bool perSign = zeltest::isNu(parameters.svmType);
     const QuadraticProgram qp = programOf(problem, samples, context, perSign);
     expectFeasible(problem, qp);
     const Vector gradient = qp.gradient(problem.alpha);
@@ -133,7 +130,8 @@ class Optimality : public testing::TestWithParam<std::tuple<int, int>> {
       EXPECT_EQ(r, 0);
       Violation(problem, gradient, qp.u, 0).expectWithin(parameters.eps, -rho);
     }
-    if (parameters.kernelType != 3)  // a sigmoid problem need not be convex
+    if (parameters.kernelType !=
+        int{zelsvm::SVM_KERNEL_SIGMOID})  // a sigmoid problem need not be convex
       expectMinimal(problem, qp, parameters.eps);
   }
 };
@@ -152,7 +150,7 @@ TEST_P(Optimality, WithUnequalClassesAndWeights) {
   parameters.nu = 0.2;
   parameters.eps = 1e-6;
   Samples samples = samplesFor(30, 3);
-  if (parameters.svmType < 3)
+  if (!zeltest::isRegression(parameters.svmType))
     for (std::uint64_t i = 0; i < 30; ++i) samples.labels[i] = i % 4 == 0 ? 1 : -1;
   check(samples);
 }
@@ -163,7 +161,7 @@ TEST_P(Optimality, WithEverySampleTwice) {
   Samples samples = samplesFor(12, 4);
   samples.values.insert(samples.values.end(), samples.values.begin(), samples.values.end());
   samples.labels.insert(samples.labels.end(), samples.labels.begin(), samples.labels.end());
-  if (parameters.svmType < 3)
+  if (!zeltest::isRegression(parameters.svmType))
     for (std::uint64_t i = 12; i < 18; ++i) samples.labels[i] *= -1;  // and some contradict
   check(samples);
 }
@@ -175,6 +173,8 @@ std::string nameOfCase(const testing::TestParamInfo<std::tuple<int, int>>& teste
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Optimality,
-                         testing::Combine(testing::Range(0, 5), testing::Range(0, 4)), nameOfCase);
+                         testing::Combine(testing::ValuesIn(zeltest::allTypes),
+                                          testing::ValuesIn(zeltest::allKernels)),
+                         nameOfCase);
 
 }  // namespace

@@ -15,14 +15,10 @@ namespace {
 
 using zelsvm::SvmParameters;
 using zeltest::Samples;
+using zeltest::samplesFor;
 using zeltest::SolvedProblem;
 using zeltest::train;
 using zeltest::Training;
-
-Samples samplesFor(int svmType, std::uint64_t rows, std::uint64_t cols, unsigned seed) {
-  return svmType < 3 ? zeltest::classSamples(rows, cols, {-1, 1}, seed)
-                     : zeltest::targetSamples(rows, cols, seed);
-}
 
 void expectSameBits(const SolvedProblem& a, const SolvedProblem& b) {
   EXPECT_EQ(a.alpha, b.alpha);
@@ -47,7 +43,9 @@ void expectTheSameWithAnySetting(const Samples& samples, const SvmParameters& pa
   };
   SvmParameters changed = parameters;
   changed.cacheSize = 0;
-  compare(parameters.svmType == 0 || parameters.svmType == 3, changed);
+  const bool startsAtZero =
+      !zeltest::isNu(parameters.svmType) && parameters.svmType != int{zelsvm::SVM_TYPE_ONE_CLASS};
+  compare(startsAtZero, changed);
   for (const zeltest::PlatformSetting& setting : zeltest::platformSettings()) {
     SCOPED_TRACE(setting.name);
     if (setting.equalBits || reached)
@@ -65,9 +63,10 @@ class SolverInvariance : public testing::TestWithParam<int> {
 };
 
 TEST_P(SolverInvariance, SmallProblems) {
-  for (const int kernel : {0, 1, 2}) {
+  for (const zelsvm::SVM_KERNEL kernel :
+       {zelsvm::SVM_KERNEL_LINEAR, zelsvm::SVM_KERNEL_POLYNOMIAL, zelsvm::SVM_KERNEL_RADIAL}) {
     SCOPED_TRACE(kernel);
-    parameters.kernelType = kernel;
+    parameters.kernelType = static_cast<int>(kernel);
     expectTheSameWithAnySetting(samplesFor(GetParam(), 130, 4, 1), parameters, true);
   }
 }
@@ -84,7 +83,9 @@ TEST(LargeProblems, TakeTheSameSteps) {
     bool rounded;
   };
   for (const auto& [svmType, rows, cols, eps, rounded] :
-       {Case{0, 17'000, 128, 1.8, true}, {3, 17'000, 64, 3, false}, {1, 240, 4600, 0.4, false}}) {
+       {Case{zelsvm::SVM_TYPE_C_CLASSIFICATION, 17'000, 128, 1.8, true},
+        {zelsvm::SVM_TYPE_EPSILON_REGRESSION, 17'000, 64, 3, false},
+        {zelsvm::SVM_TYPE_NU_CLASSIFICATION, 240, 4600, 0.4, false}}) {
     Samples samples = samplesFor(svmType, rows, cols, 7);
     for (double& value : samples.values) value = rounded ? std::round(1000 * value) / 1000 : value;
     expectTheSameWithAnySetting(
@@ -94,7 +95,8 @@ TEST(LargeProblems, TakeTheSameSteps) {
 
 TEST_P(SolverInvariance, Shrinking) {
   parameters.eps = 1e-6;
-  const Samples samples = samplesFor(GetParam(), GetParam() < 3 ? 4200 : 2100, 4, 3);
+  const Samples samples =
+      samplesFor(GetParam(), zeltest::isRegression(GetParam()) ? 2100 : 4200, 4, 3);
   const Training shrunk = train(samples, parameters);
   parameters.shrinking = false;
   const Training whole = train(samples, parameters);
@@ -104,7 +106,7 @@ TEST_P(SolverInvariance, Shrinking) {
   expectSameObjective(shrunk.only(), whole.only());
 }
 
-INSTANTIATE_TEST_SUITE_P(Formulations, SolverInvariance, testing::Range(0, 5));
+INSTANTIATE_TEST_SUITE_P(Formulations, SolverInvariance, testing::ValuesIn(zeltest::allTypes));
 
 // The largest violation of optimality of the variables with this sign (0: all), the gradient taken
 // from the linear kernel's weight vector.
@@ -130,18 +132,23 @@ double largestViolation(const SolvedProblem& problem, const Samples& samples, in
 
 // Several chunks in every sweep and row, with few support vectors.
 TEST(LargeProblems, AreSolved) {
-  for (const int svmType : {0, 4}) {
+  for (const int svmType :
+       {int{zelsvm::SVM_TYPE_C_CLASSIFICATION}, int{zelsvm::SVM_TYPE_NU_REGRESSION}}) {
+    const bool regression = zeltest::isRegression(svmType);
     Samples samples = samplesFor(svmType, 17'000, 4, 5);
-    if (svmType == 0)
+    if (!regression)
       for (std::uint64_t i = 0; i < samples.rows(); ++i)
         samples.labels[i] = samples.row(i)[0] + 0.1 * samples.row(i)[1] > 0.3 ? 1 : -1;
-    const SolvedProblem problem =
-        train(samples,
-              {.svmType = svmType, .kernelType = 0, .C = 0.1, .p = 0.4, .nu = 0.05, .eps = 0.05})
-            .only();
+    const SolvedProblem problem = train(samples, {.svmType = svmType,
+                                                  .kernelType = zelsvm::SVM_KERNEL_LINEAR,
+                                                  .C = 0.1,
+                                                  .p = 0.4,
+                                                  .nu = 0.05,
+                                                  .eps = 0.05})
+                                      .only();
     EXPECT_GT(problem.solution.nSV, 100);
     for (const int sign : {1, -1})
-      EXPECT_LE(largestViolation(problem, samples, svmType == 4 ? sign : 0), 0.05 + 1e-9);
+      EXPECT_LE(largestViolation(problem, samples, regression ? sign : 0), 0.05 + 1e-9);
   }
 }
 
@@ -152,7 +159,7 @@ TEST(LargeProblems, TiesGoToTheFirstOfAllChunks) {
     samples.values.push_back(i % 2 == 0 ? 1 : -1);
     samples.labels.push_back(i % 2 == 0 ? 1 : -1);
   }
-  const SolvedProblem problem = train(samples, {.kernelType = 0}).only();
+  const SolvedProblem problem = train(samples, {.kernelType = zelsvm::SVM_KERNEL_LINEAR}).only();
   EXPECT_EQ(problem.alpha[0], 0.5);
   EXPECT_EQ(problem.alpha[1], 0.5);
   EXPECT_EQ(problem.solution.nSV, 2);
@@ -173,9 +180,12 @@ void solveRepeatedly(int svmType) {
 }
 
 TEST(SolverReuse, LeavesNoTrace) {
-  solveRepeatedly<zelsvm::CoreSvmClassifier<double>, zelsvm::SmoCoreSolver<double>>(0);
-  solveRepeatedly<zelsvm::OneClassSvm<double>, zelsvm::SmoCoreSolver<double>>(2);
-  solveRepeatedly<zelsvm::NuSvmRegressor<double>, zelsvm::SmoNuSolver<double>>(4);
+  solveRepeatedly<zelsvm::CoreSvmClassifier<double>, zelsvm::SmoCoreSolver<double>>(
+      zelsvm::SVM_TYPE_C_CLASSIFICATION);
+  solveRepeatedly<zelsvm::OneClassSvm<double>, zelsvm::SmoCoreSolver<double>>(
+      zelsvm::SVM_TYPE_ONE_CLASS);
+  solveRepeatedly<zelsvm::NuSvmRegressor<double>, zelsvm::SmoNuSolver<double>>(
+      zelsvm::SVM_TYPE_NU_REGRESSION);
 }
 
 }  // namespace

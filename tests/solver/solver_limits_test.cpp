@@ -52,25 +52,31 @@ TEST(SolverLimits, LargeBatchesHoldAThousandIterations) {
 
 // Equal samples: any distribution of the multipliers is optimal, and the check alone is counted.
 TEST(SolverLimits, AnOptimalStartTakesOneIteration) {
-  const std::string text = train({1, {2, 2}, {1, 1}}, {.svmType = 2}).text;
+  const std::string text = train({1, {2, 2}, {1, 1}}, {.svmType = zelsvm::SVM_TYPE_ONE_CLASS}).text;
   EXPECT_NE(text.find("Finished optimization in 1 iterations\n"), std::string::npos) << text;
 }
 
 TEST(SolverLimits, DotsOfTheFirstGradientAreAlwaysPrinted) {
   const Quiet quiet;
   // 16 slots: the 40 samples' columns take 3 blocks, and again for the second half.
-  const SvmParameters parameters{.svmType = 4, .cacheSize = 0};
+  const SvmParameters parameters{.svmType = zelsvm::SVM_TYPE_NU_REGRESSION, .cacheSize = 0};
   EXPECT_TRUE(zeltest::matches(train(targetSamples(40, 3, 1), parameters).text,
                                "[.]{6}\nFinished optimization in [0-9]+ iterations\n\n\n"));
 }
 
 TEST(SolverLimits, RefusesProblemsWithoutASolution) {
   const Samples targets{1, {0, 1, 2}, {0.05, -0.05, 0}};
-  EXPECT_EQ(failureOf([&] { train(targets, {.svmType = 3, .p = 0.1}); }),
+  EXPECT_EQ(failureOf([&] {
+              train(targets, {.svmType = zelsvm::SVM_TYPE_EPSILON_REGRESSION, .p = 0.1});
+            }),
             "Unable to create support vectors.");
   const Samples few = classSamples(20, 2, {1, 2, 2, 2, 2, 2, 2, 2, 2, 2}, 1);
-  EXPECT_EQ(failureOf<zel::AppException>([&] { train(few, {.svmType = 1, .nu = 0.9}); }), noNu);
-  EXPECT_EQ(failureOf<zel::AppException>([&] { train(few, {.svmType = 2, .nu = 1}); }), noStep);
+  EXPECT_EQ(failureOf<zel::AppException>(
+                [&] { train(few, {.svmType = zelsvm::SVM_TYPE_NU_CLASSIFICATION, .nu = 0.9}); }),
+            noNu);
+  EXPECT_EQ(failureOf<zel::AppException>(
+                [&] { train(few, {.svmType = zelsvm::SVM_TYPE_ONE_CLASS, .nu = 1}); }),
+            noStep);
   EXPECT_EQ(failureOf<zel::AppException>([&] { train(few, {.C = nan}); }),
             "Invalid regularization/weight constants.");
 }
@@ -85,27 +91,29 @@ TEST(SolverLimits, RefusesAClassificationOfOneSign) {
 
 TEST(SolverLimits, NumbersThatDoNotCompareEndWithASentence) {
   for (const bool sparse : {true, false})
-    for (const int kernel : {0, 1, 2, 3})
-      for (const int type : {0, 1, 2, 3, 4}) {
+    for (const int kernel : zeltest::allKernels)
+      for (const int type : zeltest::allTypes) {
         SCOPED_TRACE(std::to_string(type) + " with kernel " + std::to_string(kernel));
-        Samples samples = type < 3 ? classSamples(30, 3, {1, 2}, 1) : targetSamples(30, 3, 1);
+        Samples samples = zeltest::samplesFor(type, 30, 3, 1);
         for (std::uint64_t i = 0; i < 30; ++i) samples.values[3 * i] = nan;
         const SvmParameters parameters{.svmType = type, .kernelType = kernel, .sparse = sparse};
         EXPECT_EQ(failureOf<zel::AppException>([&] { train(samples, parameters); }),
-                  type == 1 || type == 4 ? noNu : noStep);
+                  zeltest::isNu(type) ? noNu : noStep);
       }
 }
 
 // One bad sample among good ones: the solve ends, whatever it finds.
 TEST(SolverLimits, ASingleBadSampleDoesNotKeepASolveRunning) {
   for (const double bad : {nan, std::numeric_limits<double>::infinity(), 1e200})
-    for (const int type : {0, 1, 2, 3, 4})
+    for (const int type : zeltest::allTypes)
       for (const std::uint64_t where : {0, 13, 29}) {
-        Samples samples = type < 3 ? classSamples(30, 3, {1, 2}, 1) : targetSamples(30, 3, 1);
+        Samples samples = zeltest::samplesFor(type, 30, 3, 1);
         samples.values[3 * where] = bad;
         const std::string failure = failureOf<zel::AppException>([&] {
-          const auto text =
-              train(samples, {.svmType = type, .kernelType = 0, .maxIterations = 3000}).text;
+          const auto text = train(samples, {.svmType = type,
+                                            .kernelType = zelsvm::SVM_KERNEL_LINEAR,
+                                            .maxIterations = 3000})
+                                .text;
           EXPECT_NE(text.find(" optimization in "), std::string::npos);
         });
         EXPECT_TRUE(failure.empty() || failure == noStep || failure == noNu) << failure;
@@ -116,7 +124,7 @@ TEST(SolverLimits, ASingleBadSampleDoesNotKeepASolveRunning) {
 template <typename Trainer, typename Solver>
 void starve(int svmType) {
   zeltest::Trainings<Trainer, Solver> trainings({.svmType = svmType});
-  const Samples samples = svmType < 3 ? classSamples(30, 3, {1, 2}, 1) : targetSamples(30, 3, 1);
+  const Samples samples = zeltest::samplesFor(svmType, 30, 3, 1);
   const auto run = [&] { trainings.run(samples); };
   std::uint64_t failures = 0;
   const auto starved = [&] {
@@ -138,8 +146,10 @@ void starve(int svmType) {
 }
 
 TEST(SolverLimits, SurvivesFailingAllocations) {
-  starve<zelsvm::CoreSvmClassifier<double>, zelsvm::SmoCoreSolver<double>>(0);
-  starve<zelsvm::NuSvmRegressor<double>, zelsvm::SmoNuSolver<double>>(4);
+  starve<zelsvm::CoreSvmClassifier<double>, zelsvm::SmoCoreSolver<double>>(
+      zelsvm::SVM_TYPE_C_CLASSIFICATION);
+  starve<zelsvm::NuSvmRegressor<double>, zelsvm::SmoNuSolver<double>>(
+      zelsvm::SVM_TYPE_NU_REGRESSION);
 }
 
 }  // namespace

@@ -81,28 +81,56 @@ inline Samples targetSamples(std::uint64_t rows, std::uint64_t cols, unsigned se
   return samples;
 }
 
+// As parameters take them.
+inline constexpr int allTypes[] = {zelsvm::SVM_TYPE_C_CLASSIFICATION,
+                                   zelsvm::SVM_TYPE_NU_CLASSIFICATION, zelsvm::SVM_TYPE_ONE_CLASS,
+                                   zelsvm::SVM_TYPE_EPSILON_REGRESSION,
+                                   zelsvm::SVM_TYPE_NU_REGRESSION};
+inline constexpr int allKernels[] = {zelsvm::SVM_KERNEL_LINEAR, zelsvm::SVM_KERNEL_POLYNOMIAL,
+                                     zelsvm::SVM_KERNEL_RADIAL, zelsvm::SVM_KERNEL_SIGMOID};
+
+inline bool isRegression(int svmType) {
+  return svmType == int{zelsvm::SVM_TYPE_EPSILON_REGRESSION} ||
+         svmType == int{zelsvm::SVM_TYPE_NU_REGRESSION};
+}
+inline bool isNu(int svmType) {
+  return svmType == int{zelsvm::SVM_TYPE_NU_CLASSIFICATION} ||
+         svmType == int{zelsvm::SVM_TYPE_NU_REGRESSION};
+}
+
+// What the formulation trains on: two labels or targets.
+inline Samples samplesFor(int svmType, std::uint64_t rows, std::uint64_t cols, unsigned seed) {
+  return isRegression(svmType) ? targetSamples(rows, cols, seed)
+                               : classSamples(rows, cols, {-1, 1}, seed);
+}
+
 inline double product(const double* u, const double* v, std::uint64_t cols) {
   double sum = 0;
   for (std::uint64_t k = 0; k < cols; ++k) sum += u[k] * v[k];
   return sum;
 }
 
-inline double kernelValue(const zelsvm::SvmContext<double>& context, const double* u,
-                          const double* v, std::uint64_t cols) {
-  const double gamma = context.gamma == 0 ? 1 / static_cast<double>(cols) : context.gamma;
-  const double inner = gamma * product(u, v, cols) + context.coef0;
+inline double kernelValue(const zelsvm::KernelSettings& kernel, const double* u, const double* v,
+                          std::uint64_t cols) {
+  const double inner = kernel.gamma * product(u, v, cols) + kernel.coef0;
   double distance = 0;
   for (std::uint64_t k = 0; k < cols; ++k) distance += (u[k] - v[k]) * (u[k] - v[k]);
-  switch (context.kernelType) {
+  switch (kernel.type) {
     case zelsvm::SVM_KERNEL_POLYNOMIAL:
-      return std::pow(inner, std::trunc(context.degree));
+      return std::pow(inner, std::trunc(kernel.degree));
     case zelsvm::SVM_KERNEL_RADIAL:
-      return std::exp(-gamma * distance);
+      return std::exp(-kernel.gamma * distance);
     case zelsvm::SVM_KERNEL_SIGMOID:
       return std::tanh(inner);
     default:
       return product(u, v, cols);
   }
+}
+
+inline double kernelValue(const zelsvm::SvmContext<double>& context, const double* u,
+                          const double* v, std::uint64_t cols) {
+  const double gamma = context.gamma == 0 ? 1 / static_cast<double>(cols) : context.gamma;
+  return kernelValue({context.kernelType, gamma, context.coef0, context.degree}, u, v, cols);
 }
 
 // The samples as the context asks for them, sparse or dense.

@@ -1,19 +1,14 @@
-// What the tools say about themselves, and that the option table holds together.
+// What the tools say about themselves.
 #include "tools/usage.h"
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <string>
 
 #include "tools/command_line.h"
-#include "tools/options/option_table.h"
 
 namespace {
 
-using zelsvm_opt::Flag;
-using zelsvm_opt::Ignored;
-using zelsvm_opt::Option;
 using zelsvm_opt::Tool;
 using zelsvm_opt::usageText;
 using zeltest::parse;
@@ -112,35 +107,6 @@ options with their long names, --name argument or --name=argument:
   EXPECT_NE(answer({"other", "--help"}).find(" zelsvm-predict,"), std::string::npos);
   EXPECT_EQ(answer({"zelsvm-predict", "--version"}).find("zelsvm-predict "), 0U);
   EXPECT_EQ(answer({"other", "--help", "--version"}).find("zelsvm "), 0U);
-}
-
-TEST(OptionTable, SpellsEachOptionOnceForATool) {
-  for (const auto& tool : zelsvm_opt::allTools) {
-    std::set<std::string> spellings;
-    for (const Option& option : zelsvm_opt::optionTable()) {
-      if (!belongs(option, tool.tool)) continue;
-      const std::string letter(1, option.letter);
-      EXPECT_TRUE(option.letter == zelsvm_opt::noLetter || spellings.insert(letter).second)
-          << tool.name << " -" << letter;
-      // A name of one letter would be mistaken for that letter.
-      EXPECT_TRUE(option.name.empty() ||
-                  (option.name.size() > 1 && spellings.insert(std::string(option.name)).second))
-          << tool.name << " --" << option.name;
-    }
-  }
-}
-
-TEST(OptionTable, DescribesWhatItsTargetsTake) {
-  for (const Option& option : zelsvm_opt::optionTable()) {
-    const bool isSwitch = std::holds_alternative<Flag>(option.target) ||
-                          std::holds_alternative<Ignored>(option.target);
-    EXPECT_EQ(takesArgument(option), !isSwitch) << option.name;
-    EXPECT_FALSE(option.hint.empty()) << option.name;
-    EXPECT_TRUE(option.manual.ends_with('\n')) << option.name;
-    if (option.usage.empty()) continue;
-    EXPECT_EQ(option.usage.substr(0, 3), (std::string{'-', option.letter, ' '}));
-    EXPECT_TRUE(option.usage.ends_with('\n')) << option.name;
-  }
 }
 
 }  // namespace

@@ -43,7 +43,8 @@ TEST(Formulations, SignsFollowTheSmallerLabel) {
 
 TEST(Formulations, NuClassificationStartsWithABudgetPerClass) {
   const SolvedProblem problem =
-      problemOf(line({1, 2, 2, 1, 1, 1, 2, 2, 1, 2}), {.svmType = 1, .C = 3, .nu = 0.5});
+      problemOf(line({1, 2, 2, 1, 1, 1, 2, 2, 1, 2}),
+                {.svmType = zelsvm::SVM_TYPE_NU_CLASSIFICATION, .C = 3, .nu = 0.5});
   EXPECT_EQ(problem.start, (Numbers{1, 1, 1, 1, 0.5, 0, 0.5, 0, 0, 0}));
   EXPECT_EQ(problem.p, Numbers(10));
   EXPECT_EQ(problem.Cp, 3);  // the cap of the start is 1 all the same
@@ -53,7 +54,8 @@ TEST(Formulations, OneClassDropsTheFraction) {
   const Samples samples = line(Numbers(10, 7));
   Numbers expected(10);
   expected[0] = expected[1] = 1;
-  const SolvedProblem problem = problemOf(samples, {.svmType = 2, .C = 9, .nu = 0.25});
+  const SolvedProblem problem =
+      problemOf(samples, {.svmType = zelsvm::SVM_TYPE_ONE_CLASS, .C = 9, .nu = 0.25});
   EXPECT_EQ(problem.start, expected);
   EXPECT_EQ(problem.y, std::vector<int>(10, 1));
   EXPECT_EQ(problem.Cp, 1);
@@ -62,11 +64,13 @@ TEST(Formulations, OneClassDropsTheFraction) {
 
 TEST(Formulations, RegressionHasTwoVariablesPerSample) {
   const Samples samples = line({0.5, -2, 1});
-  const SolvedProblem epsilon = problemOf(samples, {.svmType = 3, .p = 0.25});
+  const SolvedProblem epsilon =
+      problemOf(samples, {.svmType = zelsvm::SVM_TYPE_EPSILON_REGRESSION, .p = 0.25});
   EXPECT_EQ(epsilon.p, (Numbers{-0.25, 2.25, -0.75, 0.75, -1.75, 1.25}));
   EXPECT_EQ(epsilon.y, (std::vector<int>{1, 1, 1, -1, -1, -1}));
   EXPECT_EQ(epsilon.start, Numbers(6));
-  const SolvedProblem nu = problemOf(samples, {.svmType = 4, .C = 2, .nu = 0.875});
+  const SolvedProblem nu =
+      problemOf(samples, {.svmType = zelsvm::SVM_TYPE_NU_REGRESSION, .C = 2, .nu = 0.875});
   EXPECT_EQ(nu.p, (Numbers{-0.5, 2, -1, 0.5, -2, 1}));
   EXPECT_EQ(nu.start, (Numbers{2, 0.625, 0, 2, 0.625, 0}));
 }
@@ -81,7 +85,7 @@ class FormulationModel : public testing::TestWithParam<int> {};
 
 TEST_P(FormulationModel, FollowsTheMultipliersAndIsReported) {
   const int type = GetParam();
-  const bool regression = type >= 3;
+  const bool regression = zeltest::isRegression(type);
   SvmContext<double> context({.svmType = type, .C = 1.5, .nu = 0.4}, ParameterChecks::training,
                              zeltest::testedMachine());
   const Samples samples =
@@ -91,7 +95,7 @@ TEST_P(FormulationModel, FollowsTheMultipliersAndIsReported) {
   const Training training = train(context, set.data(), model);
   const SolvedProblem& problem = training.only();
   const zelsvm::SmoSolution& solution = problem.solution;
-  const double r = type == 1 ? solution.r : 1;
+  const double r = type == int{zelsvm::SVM_TYPE_NU_CLASSIFICATION} ? solution.r : 1;
 
   std::vector<unsigned long long> rows;  // of the support vectors, the positive ones first
   Numbers coefficients;
@@ -109,7 +113,8 @@ TEST_P(FormulationModel, FollowsTheMultipliersAndIsReported) {
   EXPECT_EQ(valuesOf(model.rho()), Numbers{solution.rho / r});
   EXPECT_EQ(model.hasLabels(), !regression);
   if (!regression) {
-    EXPECT_EQ(valuesOf(model.labels()), type == 2 ? (Numbers{1, -1}) : (Numbers{2, 4}));
+    EXPECT_EQ(valuesOf(model.labels()),
+              type == int{zelsvm::SVM_TYPE_ONE_CLASS} ? (Numbers{1, -1}) : (Numbers{2, 4}));
     EXPECT_EQ(valuesOf(model.classSizes()),
               (std::vector<unsigned long long>{positives, rows.size() - positives}));
   }
@@ -125,21 +130,6 @@ TEST_P(FormulationModel, FollowsTheMultipliersAndIsReported) {
   EXPECT_EQ(training.text.substr(training.text.find("iterations\n\n\n") + 13), report);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, FormulationModel, testing::Range(0, 5));
-
-// Notes which problems it was called for.
-class NotingHandler : public zelsvm::AbstractBuildHandler<double> {
- public:
-  void build(GenericModel<double>& model, zelsvm::SvmData<double>& data) override {
-    EXPECT_FALSE(model.hasVectors());
-    samples.push_back(data.sampleCount());
-  }
-  [[nodiscard]] std::unique_ptr<AbstractBuildHandler<double>> sibling(
-      const SvmContext<double>& /*context*/) const override {
-    return std::make_unique<NotingHandler>();
-  }
-  [[nodiscard]] std::uint64_t randomNumbers(std::uint64_t /*samples*/) const override { return 0; }
-  std::vector<std::uint64_t> samples;
-};
+INSTANTIATE_TEST_SUITE_P(All, FormulationModel, testing::ValuesIn(zeltest::allTypes));
 
 }  // namespace

@@ -66,7 +66,8 @@ Samples tenClasses(unsigned seed) {
 
 TEST(PairThreads, GiveTheOutcomeOfOne) {
   for (const SvmParameters& parameters :
-       {SvmParameters{.C = 10}, {.svmType = 1, .nu = 0.3, .sparse = false}}) {
+       {SvmParameters{.C = 10},
+        {.svmType = zelsvm::SVM_TYPE_NU_CLASSIFICATION, .nu = 0.3, .sparse = false}}) {
     Outcome outcomes[2];
     for (const int threads : {1, 2}) {
       const ThreadLimit limit(threads);

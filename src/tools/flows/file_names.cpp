@@ -15,7 +15,7 @@ void requireOtherFile(const NamedFile& written, const NamedFile& read) {
 
 void requireTwoFiles(const NamedFile& written, const NamedFile& other) {
   if (zel::leadToSameFile(written.path, other.path))
-    zel::throwAppException("The %s must not be the %s: %s", written.role, other.role,
+    zel::throwAppException("The %s must not be the %s: %s.", written.role, other.role,
                            written.path.c_str());
 }
 

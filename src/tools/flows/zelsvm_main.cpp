@@ -102,8 +102,7 @@ template <typename T>
 void ZelSvmMain<T>::requireFoldCount() const {
   constexpr std::uint64_t mostFolds = 1000000;
   if (options->foldCount > mostFolds)
-    zel::throwAppException("Cross-validation takes at most %lu folds, not %lu.", mostFolds,
-                           options->foldCount);
+    zel::throwAppException("Cross-validation takes at most %lu folds.", mostFolds);
 }
 
 template <typename T>

@@ -38,7 +38,7 @@ class ZelSvmMain {
   void selectMachine();
   void seedRandom() const;
   void createContext();
-  // Throws AppException for more folds than anybody reads about.
+  // Throws AppException for more folds than a report can sensibly list.
   void requireFoldCount() const;
   // Reads the samples; there are at least minimumCols columns afterwards.
   void loadData(const std::string& path, std::uint64_t minimumCols = 0);

@@ -24,8 +24,8 @@ struct GivenOption {
 // path if it holds another one or names a file that is there.
 class OptionParser {
  public:
-  // The warnings, a sentence for each argument that is ignored or was hardly meant as what it is
-  // taken for, must outlive the parser.
+  // The warnings receive a sentence for each argument that is ignored or that hardly means what it
+  // is taken for. They must outlive the parser.
   OptionParser(Tool tool, std::span<const char* const> arguments,
                std::vector<std::string>& warnings)
       : tool(tool), arguments(arguments), warnings(warnings) {}

@@ -6,8 +6,8 @@
 
 namespace zelsvm_opt {
 
-// The name that the text begins, or else the one that takes the fewest changes of a letter, as far
-// as those are few; empty where there is none.
+// The first name that begins with the text, else the one that the fewest changes of a letter make
+// of it. Empty where even that takes many.
 std::string_view nearName(std::string_view text, std::span<const std::string_view> names);
 
 }  // namespace zelsvm_opt

@@ -9,6 +9,7 @@
 #include "platform/cuda/machine/cuda_machine.h"
 #include "platform/cuda/runtime/launch.h"
 #include "platform/device/solver_walk.h"
+#include "support/samples.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ constexpr int radial = zelsvm::SVM_KERNEL_RADIAL;
 
 TEST(CudaSolver, EveryKernelFunctionSparseAndDense) {
   const CudaMachine machine(0);
-  for (int kernel = 0; kernel < 4; ++kernel)
+  for (const int kernel : zeltest::allKernels)
     for (const bool sparse : {false, true})
       for (const bool twoGroups : {false, true})
         for (const bool twice : {false, true}) {
@@ -113,17 +114,6 @@ TEST(CudaSolver, SolvesTakeTurns) {
   std::thread other(solve, radial);
   solve(linear);
   other.join();
-}
-
-TEST(CudaSolver, BeginsAnewAfterAnySolve) {
-  const CudaMachine machine(0);
-  const auto solver = machine.makeSolver(zelsvm::SVM_KERNEL_RADIAL, false);
-  for (const std::size_t samples :
-       {60, 700, 30, 2000}) {  // larger than the memory it has, and less
-    SolverWalk(*solver, {.samples = samples, .kernel = radial, .fromZero = samples > 1000}, 4)
-        .run(2);
-    if (samples != 700) solver->end();  // left by an exception
-  }
 }
 
 }  // namespace

@@ -18,17 +18,15 @@ using zellas::SparseContext;
 using zeltest::failureOf;
 
 TEST(LinearAlgebraErrors, NameTheLibraryTheTextAndThePlace) {
-  const char* const texts[] = {
-      "",        "not initialized",  "unknown",        "alloc failed", "unknown", "unknown",
-      "unknown", "invalid value",    "arch mismatch",  "unknown",      "unknown", "mapping error",
-      "unknown", "execution failed", "internal error", "unknown",      "unknown"};
-  for (int status = 0; status <= 16; ++status) {
-    const auto call = [status] { zellas::zelSafeBlasCall(static_cast<cublasStatus_t>(status)); };
+  EXPECT_EQ(failureOf([] { zellas::zelSafeBlasCall(CUBLAS_STATUS_SUCCESS); }), "");
+  for (const auto& [status, reason] : {std::pair{CUBLAS_STATUS_NOT_INITIALIZED, "not initialized"},
+                                       {static_cast<cublasStatus_t>(2), "unknown"}}) {
+    const auto call = [status = status] { zellas::zelSafeBlasCall(status); };
     const std::string line = std::to_string(__LINE__ - 1);
     const std::string text = failureOf<RuntimeException>(call);
-    const std::string expected = "platform/device/linear_algebra_test\\(" + line +
-                                 "\\): CUBLAS runtime error - " + texts[status] + "\n\n";
-    EXPECT_TRUE(status == 0 ? text.empty() : zeltest::matches(text, "(.*/)?" + expected)) << text;
+    EXPECT_TRUE(zeltest::matches(text, "(.*/)?platform/device/linear_algebra_test\\(" + line +
+                                           "\\): CUBLAS runtime error - " + reason + "\n\n"))
+        << text;
   }
   for (const auto status : {CUSPARSE_STATUS_INVALID_VALUE, CUSPARSE_STATUS_NOT_INITIALIZED}) {
     const std::string text =

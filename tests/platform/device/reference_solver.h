@@ -7,7 +7,8 @@
 #include <random>
 #include <vector>
 
-#include "platform/device/reference_kernel.h"
+#include "platform/device/sample_rows.h"
+#include "support/samples.h"
 
 namespace zeltest {
 
@@ -44,7 +45,7 @@ struct ReferenceSolver {
     matrixOfKernel.assign(shape.samples, std::vector<double>(shape.samples));
     for (std::size_t a = 0; a < shape.samples; ++a)
       for (std::size_t b = 0; b < shape.samples; ++b)
-        matrixOfKernel[a][b] = referenceKernel(kernel, rows[a], rows[b]);
+        matrixOfKernel[a][b] = kernelValue(kernel, rows[a].data(), rows[b].data(), shape.cols);
     updateGradient();
   }
 

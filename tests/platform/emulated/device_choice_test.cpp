@@ -7,7 +7,6 @@
 #include "platform/cuda/machine/cuda_machine.h"
 #include "platform/device/solver_walk.h"
 #include "platform/emulated/runtime/device_setup.h"
-#include "support/allocation_fault.h"
 #include "support/temp_file.h"
 
 namespace {
@@ -101,29 +100,6 @@ TEST(DeviceMemory, AStartGradientTakesABoundedPartOfIt) {
   std::vector<double> gradient(60);
   solver->read({}, gradient);
   for (const double value : gradient) EXPECT_EQ(value, 0.5 * (60 * 0.25 + 0.25));
-}
-
-// Wherever memory runs out, the next solve finds nothing of the failed one in its way.
-TEST(DeviceMemory, ASolveBeginsAfterOneThatFailed) {
-  const CudaMachine machine(0);
-  const auto solver = machine.makeSolver(zelsvm::SVM_KERNEL_RADIAL, false);
-  SolverWalk(*solver, {.samples = 60, .kernel = radial}, 1).run(1);
-  const zeltest::ReferenceSolver larger({.samples = 1200, .kernel = radial, .fromZero = true}, 2);
-  for (std::uint64_t nth = 1;; ++nth) {
-    bool failed = false;
-    {
-      const zeltest::AllocationFault fault(nth);
-      try {
-        solver->begin(larger.task(), [] {});
-      } catch (const zel::RuntimeException&) {
-        failed = true;
-      }
-    }
-    SolverWalk(*solver, {.samples = 70, .kernel = radial, .sparse = true}, 3).run(2);
-    if (failed) continue;
-    EXPECT_GT(nth, 4U);
-    break;
-  }
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // Where the device in software refuses what the vendor's might not notice.
 #include <cublas_v2.h>
-#include <cuda.h>
 #include <cusparse.h>
 #include <gtest/gtest.h>
 
@@ -8,7 +7,6 @@
 #include <vector>
 
 #include "platform/device/device_array.h"
-#include "platform/emulated/runtime/device_setup.h"
 #include "platform/emulated/runtime/textures.h"
 
 namespace {
@@ -48,20 +46,6 @@ TEST(EmulatedMemory, TellsManyAllocationsApart) {
     EXPECT_EQ(cudaMemset(arrays[i], 0, i + 2), cudaErrorInvalidValue) << i;
     EXPECT_EQ(cudaFree(arrays[i]), alive ? cudaSuccess : cudaErrorInvalidValue) << i;
   }
-}
-
-TEST(EmulatedMemory, IsAsMuchAsTheDeviceHas) {
-  const zel::DeviceSetup setup(std::vector<zel::DeviceTraits>{{.memoryBytes = 10'000}});
-  void* first = nullptr;
-  void* second = nullptr;
-  ASSERT_EQ(cudaMalloc(&first, 6000), cudaSuccess);
-  std::size_t free = 0;
-  std::size_t total = 0;
-  ASSERT_EQ(cuMemGetInfo_v2(&free, &total), CUDA_SUCCESS);
-  EXPECT_EQ(free, 4000U);
-  EXPECT_EQ(total, 10'000U);
-  EXPECT_EQ(cudaMalloc(&second, 4001), cudaErrorMemoryAllocation);
-  EXPECT_EQ(cudaFree(first), cudaSuccess);
 }
 
 double symbol[4];

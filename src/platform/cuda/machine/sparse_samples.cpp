@@ -26,7 +26,7 @@ bool SparseSamples::isFullRow(const int* columns, std::uint64_t count) const {
   return count == source->cols() && ascends(columns, count);
 }
 
-// A scatter has no order that says which of two entries of a column stays, so that rows which may
+// A scatter has no order, so it cannot say which of two entries of a column stays. Rows that may
 // repeat columns are laid out by the host.
 double* SparseSamples::denseRow(std::uint64_t sample) {
   const auto begin = static_cast<std::uint64_t>(source->rowOffsets()[sample]);

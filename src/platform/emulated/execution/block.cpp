@@ -123,8 +123,8 @@ void Block::fence() {
   if (active->lastCounter != nullptr) observe(placeOf(active->lastCounter));
 }
 
-// The counter itself is none of the race detector's: who sees its last value comes behind all
-// others, which no call can tell it.
+// The race detector does not watch the counter itself. A thread that sees its last value comes
+// behind all others, and no call could tell the detector so.
 unsigned Block::increment(unsigned* counter, unsigned limit) {
   if (active->hasFenced) publish(placeOf(counter));
   active->lastCounter = counter;

@@ -35,7 +35,7 @@ struct Coordinates {
 // Those of the device thread that runs on this thread of the process.
 extern constinit thread_local const Coordinates* current;
 
-// Not for the race detector, to which nothing has told this thread what it reads here.
+// Hidden from the race detector, which has not been told when these values were set.
 template <auto index, auto axis>
 struct Coordinate {
   __attribute__((no_sanitize("thread"))) operator unsigned() const { return current->*index.*axis; }

@@ -1,5 +1,5 @@
 // What orders device threads, told to the thread sanitizer. In other builds nothing is told. What
-// runs device threads is itself compiled without the sanitizer: its own data are none of theirs.
+// runs device threads is compiled without the sanitizer, which so sees their accesses only.
 #pragma once
 
 #ifdef ZEL_RACES_SOUGHT

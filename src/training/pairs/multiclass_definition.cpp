@@ -1,4 +1,4 @@
-#include "training/multiclass_definition.h"
+#include "training/pairs/multiclass_definition.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,7 +27,7 @@ void MulticlassDefinition<T>::requireMemory() const {
   const std::uint64_t available = zel::availableHostMemory();
   std::uint64_t bytes = zelsvm::pairCount(k) * sizeof(Solution) +
                         (k - 1) * data->matrix().rows() * sizeof(T);  // the coefficients
-  // So many pairs that adding them up would take long do not fit before the first is added.
+  // Very many pairs exceed the memory before the first is added, so adding up never takes long.
   for (std::uint64_t a = 0; a < k && bytes <= available; ++a)
     for (std::uint64_t b = a + 1; b < k; ++b)
       bytes += zel::roundedCapacity(classifier.count(a) + classifier.count(b)) * sizeof(T);

@@ -1,4 +1,4 @@
-#include "training/pair_training.h"
+#include "training/pairs/pair_training.h"
 
 #include <algorithm>
 #include <memory>

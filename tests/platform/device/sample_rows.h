@@ -1,4 +1,4 @@
-// Kernel values the textbook's way, and samples to have them of.
+// Samples to have kernel values of.
 #pragma once
 
 #include <cmath>
@@ -12,28 +12,6 @@
 namespace zeltest {
 
 using Rows = std::vector<std::vector<double>>;
-
-inline double referenceKernel(const zelsvm::KernelSettings& kernel, const std::vector<double>& u,
-                              const std::vector<double>& v) {
-  double product = 0;
-  double distance = 0;
-  for (std::size_t j = 0; j < std::max(u.size(), v.size()); ++j) {
-    const double a = j < u.size() ? u[j] : 0;
-    const double b = j < v.size() ? v[j] : 0;
-    product += a * b;
-    distance += (a - b) * (a - b);
-  }
-  switch (kernel.type) {
-    case zelsvm::SVM_KERNEL_POLYNOMIAL:
-      return std::pow(kernel.gamma * product + kernel.coef0, std::trunc(kernel.degree));
-    case zelsvm::SVM_KERNEL_RADIAL:
-      return std::exp(-kernel.gamma * distance);
-    case zelsvm::SVM_KERNEL_SIGMOID:
-      return std::tanh(kernel.gamma * product + kernel.coef0);
-    default:
-      return product;
-  }
-}
 
 inline zelsvm::KernelSettings kernelSettings(int type) {
   return {static_cast<zelsvm::SVM_KERNEL>(type), 0.3, 0.2, 3.7};

@@ -12,7 +12,7 @@
 #include "base/console.h"
 #include "training/build_handler.h"
 #include "training/classifier.h"
-#include "training/multiclass_definition.h"
+#include "training/pairs/multiclass_definition.h"
 
 namespace zelsvm {
 
