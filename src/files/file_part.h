@@ -5,8 +5,6 @@
 #include <vector>
 
 #include "base/line_reader.h"
-#include "threads/first_failure.h"
-#include "threads/parallel.h"
 
 namespace zelsvm {
 
@@ -25,16 +23,5 @@ struct FilePart {
   std::uint64_t rowsBefore = 0;
   std::uint64_t pairsBefore = 0;
 };
-
-// Calls body(i) for each of the parts, in any order and on any thread. Of exceptions the first
-// part's is thrown. The nanoseconds are an estimate for one part.
-template <typename Body>
-void forEachPart(std::uint64_t parts, double nanoseconds, const Body& body) {
-  zel::FirstFailure failure;
-  zel::forEachChunk(parts, 1, nanoseconds, [&](std::uint64_t i, std::uint64_t /*next*/) {
-    failure.guard(i, [&] { body(i); });
-  });
-  failure.rethrow();
-}
 
 }  // namespace zelsvm

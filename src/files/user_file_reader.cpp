@@ -80,8 +80,8 @@ void UserFileReader<T>::countRows(std::uint64_t minimumCols, Counting counting) 
     for (const zel::FileRange& range : file.cutAtLines(file.lineBegin(), partLength))
       parts.emplace_back().range = range;
   const PartCounter counter(this->baseIndex, classCount(), modelFile);
-  forEachPart(parts.size(), partNanoseconds(0.2),
-              [&](std::uint64_t i) { counter.count(file, counting, parts[i]); });
+  zel::forEachGuarded(parts.size(), partNanoseconds(0.2),
+                      [&](std::uint64_t i) { counter.count(file, counting, parts[i]); });
   file.close();
   addUpParts();
   colCount = std::uint64_t{maxIndex} + 1 - this->baseIndex;

@@ -19,6 +19,7 @@
 #include "files/part_counter.h"
 #include "files/repeated_features.h"
 #include "files/sample_line.h"
+#include "threads/first_failure.h"
 
 namespace zelsvm {
 
@@ -134,7 +135,7 @@ bool UserFileReader<T>::loadParts(T* leading, const StoreOf& storeOf) {
   for (const FilePart& part : parts) found.emplace_back(path, part.linesBefore);
   std::vector<std::uint64_t> cols(parts.size());
   try {
-    forEachPart(parts.size(), partNanoseconds(1.2), [&](std::uint64_t i) {
+    zel::forEachGuarded(parts.size(), partNanoseconds(1.2), [&](std::uint64_t i) {
       const FilePart& part = parts[i];
       cols[i] = loadPart(file, part, leading + part.rowsBefore * (classCount() - 1), storeOf(part),
                          found[i]);

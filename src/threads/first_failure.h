@@ -8,6 +8,8 @@
 #include <mutex>
 #include <utility>
 
+#include "threads/parallel.h"
+
 namespace zel {
 
 // Keeps the exception of the lowest item, which is the one that a loop on one thread would end
@@ -42,5 +44,16 @@ class FirstFailure {
   std::exception_ptr failure;
   std::mutex lock;
 };
+
+// forEachChunk for single items and a body(item) that may throw: the exception of the lowest item
+// that throws comes out.
+template <typename Body>
+void forEachGuarded(std::uint64_t count, double nanosecondsPerItem, const Body& body) {
+  FirstFailure failure;
+  forEachChunk(count, 1, nanosecondsPerItem, [&](std::uint64_t item, std::uint64_t /*next*/) {
+    failure.guard(item, [&] { body(item); });
+  });
+  failure.rethrow();
+}
 
 }  // namespace zel
