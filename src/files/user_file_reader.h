@@ -101,9 +101,9 @@ class UserFileReader : public AbstractFileBase<T> {
   void readHeader(zel::CTextFile& file, std::string_view line);
   void addUpParts();
   // Returns the number of columns in use.
-  template <typename Store>
-  std::uint64_t loadPart(const zel::CTextFile& file, const FilePart& part, T* leading, Store store,
-                         zel::FileWarnings& found) const;
+  template <typename StoreOf>
+  std::uint64_t loadPart(const zel::CTextFile& file, const FilePart& part, T* leading,
+                         const StoreOf& storeOf, zel::FileWarnings& found) const;
   void warnOfSkipped(std::string_view line, zel::FileWarnings& found) const;
   // Reads the numbers before the pairs; false for a line without any token.
   bool readLeading(SampleLine& line, T* numbers) const;
@@ -137,8 +137,8 @@ bool UserFileReader<T>::loadParts(T* leading, const StoreOf& storeOf) {
   try {
     zel::forEachGuarded(parts.size(), partNanoseconds(1.2), [&](std::uint64_t i) {
       const FilePart& part = parts[i];
-      cols[i] = loadPart(file, part, leading + part.rowsBefore * (classCount() - 1), storeOf(part),
-                         found[i]);
+      cols[i] =
+          loadPart(file, part, leading + part.rowsBefore * (classCount() - 1), storeOf, found[i]);
     });
   } catch (const NotAsCounted&) {
     return false;
@@ -150,10 +150,12 @@ bool UserFileReader<T>::loadParts(T* leading, const StoreOf& storeOf) {
 }
 
 template <typename T>
-template <typename Store>
+template <typename StoreOf>
 std::uint64_t UserFileReader<T>::loadPart(const zel::CTextFile& file, const FilePart& part,
-                                          T* leading, Store store, zel::FileWarnings& found) const {
+                                          T* leading, const StoreOf& storeOf,
+                                          zel::FileWarnings& found) const {
   zel::LineReader lines = file.linesIn(part.range);
+  auto store = storeOf(part);
   const std::uint64_t leadingCount = classCount() - 1;
   HostVector<T> lineLeading(leadingCount);
   const auto base = static_cast<std::uint32_t>(this->baseIndex);
@@ -184,7 +186,7 @@ std::uint64_t UserFileReader<T>::loadPart(const zel::CTextFile& file, const File
     }
     pairsLeft -= pairs;
     cols = std::max(cols, lineCols);
-    if (!ascending) warnOfRepeats(line, leadingCount, Store::fateOfRepeats, found);
+    if (!ascending) warnOfRepeats(line, leadingCount, store.fateOfRepeats, found);
     store.endRow();
     std::copy_n(lineLeading.data(), leadingCount, leading + row * leadingCount);
     ++row;
