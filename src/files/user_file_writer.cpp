@@ -1,20 +1,14 @@
 #include "files/user_file_writer.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
-#include <vector>
 
 #include "base/numbers.h"
 #include "files/kernel_parameters.h"
-#include "threads/first_failure.h"
+#include "files/row_output.h"
 
 namespace zelsvm {
 namespace {
-
-// Threads format this much at a time. Rows of more numbers than all that are not held as text.
-constexpr std::uint64_t pieceNumbers = 2048;
-constexpr std::uint64_t mostPieces = 16;
 
 // To the nearest limit where 32 bits do not hold it; a NaN gives the lower one.
 std::int32_t truncated(double value) {
@@ -33,51 +27,29 @@ template <typename T>
 void UserFileWriter<T>::writeRows(const zelmag::AbstractMatrix<T>& matrix, const T* leading,
                                   std::uint64_t k, double leadingResolution) {
   const std::uint64_t leadingCount = leading != nullptr && k >= 2 ? k - 1 : 0;
-  const auto writeRow = [&](std::uint64_t row, zel::TextOutput& target) {
+  const std::uint64_t rowNumbers = leadingCount + matrix.valueCount() / matrix.rows() + 1;
+  putRows(matrix.rows(), rowNumbers, output, [&](std::uint64_t row, zel::TextOutput& text) {
     for (std::uint64_t i = 0; i < leadingCount; ++i)
-      target.put(leading[row * leadingCount + i], leadingResolution).put(" ");
-    writePairs(matrix, row, target);
-  };
-  const std::uint64_t rows = matrix.rows();
-  const std::uint64_t rowNumbers = leadingCount + matrix.valueCount() / rows + 1;
-  const std::uint64_t pieceRows = std::max<std::uint64_t>(1, pieceNumbers / rowNumbers);
-  std::vector<std::string> pieces(
-      std::min(mostPieces, mostPieces * pieceNumbers / (pieceRows * rowNumbers)));
-  if (pieces.size() < 2) {
-    for (std::uint64_t row = 0; row < rows; ++row) writeRow(row, output);
-    return;
-  }
-  for (std::uint64_t first = 0; first < rows; first += pieceRows * pieces.size()) {
-    const std::uint64_t left = (rows - first - 1) / pieceRows + 1;
-    const std::uint64_t count = std::min<std::uint64_t>(pieces.size(), left);
-    const double nanoseconds = 40.0 * static_cast<double>(pieceRows * rowNumbers);
-    zel::forEachGuarded(count, nanoseconds, [&](std::uint64_t piece) {
-      pieces[piece].clear();
-      zel::TextOutput text(pieces[piece]);
-      const std::uint64_t begin = first + piece * pieceRows;
-      for (std::uint64_t row = begin; row < std::min(rows, begin + pieceRows); ++row)
-        writeRow(row, text);
-      text.flush();
-    });
-    for (std::uint64_t piece = 0; piece < count; ++piece) output.put(pieces[piece]);
-  }
+      text.put(leading[row * leadingCount + i], leadingResolution).put(" ");
+    putPairs(matrix, row, text);
+  });
 }
 
 template <typename T>
-void UserFileWriter<T>::writePairs(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row,
-                                   zel::TextOutput& target) const {
-  const auto writePair = [&](std::uint64_t column, double value) {
-    target.put(matrix.features()[column] + this->baseIndex).put(":").put(value).put(" ");
+void UserFileWriter<T>::putPairs(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row,
+                                 zel::TextOutput& text) const {
+  const auto putPair = [&](std::uint64_t column, double value) {
+    text.put(matrix.features()[column] + this->baseIndex).put(":").put(value).put(" ");
   };
   if (matrix.isSparse()) {
     for (int i = matrix.rowOffsets()[row]; i < matrix.rowOffsets()[row + 1]; ++i)
-      writePair(static_cast<std::uint64_t>(matrix.columnIndices()[i]), matrix.values()[i]);
+      putPair(static_cast<std::uint64_t>(matrix.columnIndices()[i]), matrix.values()[i]);
   } else {
     const T* const values = matrix.values() + row * matrix.cols();
     for (std::uint64_t column = 0; column < matrix.cols(); ++column)
-      if (values[column] != 0) writePair(column, values[column]);
+      if (values[column] != 0) putPair(column, values[column]);
   }
-  target.put("\n");
+  text.put("\n");
 }
 
 template <typename T>
