@@ -48,7 +48,16 @@ std::string countOf(std::uint64_t count) {
 
 void FileWarnings::clear() {
   kinds.clear();
-  rewind();
+  lineNumber = 0;
+}
+
+void FileWarnings::append(const FileWarnings& later) {
+  for (const Kind& kind : later.kinds) {
+    if (Kind* const known = find(kind.what, kind.fate))
+      known->count += kind.count;
+    else
+      kinds.push_back(kind);
+  }
 }
 
 void FileWarnings::forgetLine() {
@@ -57,12 +66,16 @@ void FileWarnings::forgetLine() {
   std::erase_if(kinds, [](const Kind& kind) { return kind.count == 0; });
 }
 
-FileWarnings::Kind& FileWarnings::kindOf(std::string_view part, std::string_view what,
-                                         std::string_view fate) {
+FileWarnings::Kind* FileWarnings::find(std::string_view what, std::string_view fate) {
   const auto found = std::find_if(kinds.begin(), kinds.end(), [&](const Kind& kind) {
     return kind.what == what && kind.fate == fate;
   });
-  if (found != kinds.end()) return *found;
+  return found == kinds.end() ? nullptr : &*found;
+}
+
+FileWarnings::Kind& FileWarnings::kindOf(std::string_view part, std::string_view what,
+                                         std::string_view fate) {
+  if (Kind* const known = find(what, fate)) return *known;
   std::string first = place(part) + ": ";
   first.append(what).append(" ").append(quoted(part)).append(" ").append(fate);
   return kinds.emplace_back(Kind{what, fate, std::move(first)});

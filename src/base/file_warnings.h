@@ -14,12 +14,14 @@ namespace zel {
 // and the number of all. The words that name a kind ("label", "is no number") must outlive this.
 class FileWarnings {
  public:
-  explicit FileWarnings(std::string path) : path(std::move(path)) {}
+  // The first line to begin stands behind so many others.
+  explicit FileWarnings(std::string path, std::uint64_t linesBefore = 0)
+      : path(std::move(path)), lineNumber(linesBefore) {}
 
   // Forgets everything; the file is read from its start again.
   void clear();
-  // Goes back to the file's start and keeps what was found.
-  void rewind() { lineNumber = 0; }
+  // Adds what was found in lines behind these.
+  void append(const FileWarnings& later);
   // What is added from now on stands in this line, which comes behind the last one.
   void beginLine(std::string_view line) {
     ++lineNumber;
@@ -55,10 +57,12 @@ class FileWarnings {
     std::uint64_t inLine = 0;  // of the count
   };
 
+  // Null where it was not yet found.
+  Kind* find(std::string_view what, std::string_view fate);
   Kind& kindOf(std::string_view part, std::string_view what, std::string_view fate);
 
   std::string path;
-  std::uint64_t lineNumber = 0;
+  std::uint64_t lineNumber;
   const char* lineStart = nullptr;
   std::vector<Kind> kinds;
 };

@@ -3,13 +3,15 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "base/descriptor.h"
+#include "base/line_reader.h"
 #include "base/output_file.h"
-#include "base/vectors.h"
 
 namespace zel {
 
@@ -39,28 +41,27 @@ class CFile {
   // Finishes a written file and puts it in its place; throws AppException when that fails.
   void close();
 
-  // The next line, without its LF or CR LF, whatever its length; false at the end of the file. A
-  // byte-order mark at the file's start is passed over. The view lasts until the next call. Throws
-  // AppException when the file cannot be read or holds a NUL character.
-  bool readLine(std::string_view& line);
+  // LineReader::readLine, for the lines from the file's start.
+  bool readLine(std::string_view& line) { return lines->readLine(line); }
+  [[nodiscard]] bool lastLineEnded() const { return lines->lastLineEnded(); }
+  [[nodiscard]] std::uint64_t lineBegin() const { return lines->lineBegin(); }
 
-  // Did the last line that was read end with a line feed?
-  [[nodiscard]] bool lastLineEnded() const { return lineEnded; }
+  // For a file that can be read at any place, whatever else is read of it. LineReader of a range;
+  // the file must stay open.
+  [[nodiscard]] LineReader linesIn(const FileRange& range) const { return {input, path, range}; }
+  // zel::cutAtLines.
+  [[nodiscard]] std::vector<FileRange> cutAtLines(std::uint64_t begin, std::uint64_t length) const {
+    return zel::cutAtLines(input, path, begin, length);
+  }
 
  private:
   void requireArrival(bool arrived) const;
-  bool readBlock();
-  void makeRoom();
 
   FileMode mode;
   std::string path;
   std::unique_ptr<OutputFile> output;  // where it is written
-  HVector<char> block;  // what was read and not handed out is block[position, filled)
-  std::size_t position = 0;
-  std::size_t filled = 0;
-  bool begun = false;  // something was read
-  bool lineEnded = false;
-  std::ifstream stream;
+  Descriptor input;                    // from where it is read
+  std::optional<LineReader> lines;
 };
 
 class CTextFile : public CFile {

@@ -119,8 +119,9 @@ inline const char* readExponent(const char* text, const char* end, int& exponent
 
 inline const char* parseShortDecimal(const char* text, const char* end, double& value) {
   if (text == end) return nullptr;
+  // Signs are hard to predict, so nothing branches on them.
   const bool negative = *text == '-';
-  if (negative || *text == '+') ++text;
+  text += static_cast<int>(negative) | static_cast<int>(*text == '+');
   std::uint64_t mantissa = 0;
   const char* after = detail::readDigits(text, end, mantissa);
   auto digitCount = after - text;
@@ -141,7 +142,8 @@ inline const char* parseShortDecimal(const char* text, const char* end, double& 
   const auto exact = static_cast<double>(mantissa);
   const double magnitude =
       exponent < 0 ? exact / detail::exactPowers[-exponent] : exact * detail::exactPowers[exponent];
-  value = negative ? -magnitude : magnitude;
+  const std::uint64_t sign = std::uint64_t{negative} << 63;
+  value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) | sign);
   return after;
 }
 

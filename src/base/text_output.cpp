@@ -9,7 +9,7 @@ namespace zel {
 TextOutput& TextOutput::put(std::string_view text) {
   if (text.size() > buffer.size() - used) flush();
   if (text.size() > buffer.size()) {
-    file.write(text.data(), text.size());
+    arrive(text);
   } else {
     std::memcpy(buffer.data() + used, text.data(), text.size());
     used += text.size();
@@ -34,7 +34,14 @@ TextOutput& TextOutput::put(std::uint64_t value) {
 void TextOutput::flush() {
   const std::size_t length = used;
   used = 0;
-  file.write(buffer.data(), length);
+  arrive({buffer.data(), length});
+}
+
+void TextOutput::arrive(std::string_view text) {
+  if (file != nullptr)
+    file->write(text.data(), text.size());
+  else
+    string->append(text);
 }
 
 char* TextOutput::roomForNumber() {

@@ -1,9 +1,10 @@
-// Formatted output to a file, gathered so that small pieces cost little.
+// Formatted output to a file or a string, gathered so that small pieces cost little.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "base/files.h"
@@ -11,11 +12,12 @@
 namespace zel {
 
 // Text of any length, and numbers as "%g", "%d" and "%lu" in the C locale. What is gathered reaches
-// the file with flush() at the latest. All operations throw AppException when a write fails.
+// its target with flush() at the latest. All operations throw AppException when a write fails.
 class TextOutput {
  public:
-  // The file must outlive the output.
-  explicit TextOutput(CFile& file) : file(file) {}
+  // The target must outlive the output.
+  explicit TextOutput(CFile& file) : file(&file) {}
+  explicit TextOutput(std::string& string) : string(&string) {}
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
   ~TextOutput() = default;
@@ -29,10 +31,12 @@ class TextOutput {
   void flush();
 
  private:
+  void arrive(std::string_view text);
   char* roomForNumber();
   TextOutput& usedUpTo(const char* end);
 
-  CFile& file;
+  CFile* file = nullptr;
+  std::string* string = nullptr;  // where there is no file
   std::array<char, 8192> buffer;
   std::size_t used = 0;
 };

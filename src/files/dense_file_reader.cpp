@@ -1,5 +1,6 @@
 #include "files/dense_file_reader.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <new>
 
@@ -37,7 +38,11 @@ class RowsDoNotFit : public std::bad_alloc {
 template <typename T>
 bool DenseFileReader<T>::loadRows(T* values, int* /*columnIndices*/, int* /*rowOffsets*/,
                                   T* leading) {
-  return this->loadLines(leading, DenseStore<T>{values, this->cols()});
+  return this->loadParts(leading, [&, cols = this->cols()](const FilePart& part) {
+    T* const rows = values + part.rowsBefore * cols;
+    std::fill_n(rows, part.rows * cols, T{0});
+    return DenseStore<T>{rows, cols};
+  });
 }
 
 template <typename T>
@@ -48,7 +53,6 @@ bool DenseFileReader<T>::loadArrays() {
   } catch (const std::bad_alloc&) {
     throw RowsDoNotFit(this->cols() - 1 + this->baseIndex);
   }
-  this->values().fill(0);
   return loadRows(this->valueData(), nullptr, nullptr, this->leadingData());
 }
 

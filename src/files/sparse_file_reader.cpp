@@ -17,7 +17,7 @@ struct SparseStore {
   T* values;
   int* columnIndices;
   int* rowEnds;
-  int stored = 0;
+  int stored;
 
   void pair(std::uint64_t column, double value) {
     values[stored] = value;
@@ -44,7 +44,10 @@ HostVector<int>& SparseFileReader<T>::rowOffsets() {
 template <typename T>
 bool SparseFileReader<T>::loadRows(T* values, int* columnIndices, int* rowOffsets, T* leading) {
   rowOffsets[0] = 0;
-  return this->loadLines(leading, SparseStore<T>{values, columnIndices, rowOffsets + 1});
+  return this->loadParts(leading, [&](const FilePart& part) {
+    return SparseStore<T>{values, columnIndices, rowOffsets + 1 + part.rowsBefore,
+                          static_cast<int>(part.pairsBefore)};
+  });
 }
 
 template <typename T>

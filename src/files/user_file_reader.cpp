@@ -73,13 +73,38 @@ bool UserFileReader<T>::loadIfItFits() {
 
 template <typename T>
 void UserFileReader<T>::countRows(std::uint64_t minimumCols, Counting counting) {
-  modelHeader = {};
-  rowCount = pairCount = headerLines = 0;
-  maxIndex = 0;
-  skippedLines.clear();
-  warnings.clear();
   zel::CTextFile file(zel::FileMode::read);
   openFile(file);
+  parts.clear();
+  if (readHead(file))
+    for (const zel::FileRange& range : file.cutAtLines(file.lineBegin(), partLength))
+      parts.emplace_back().range = range;
+  const PartCounter counter(this->baseIndex, classCount(), modelFile);
+  zel::forEachGuarded(parts.size(), partNanoseconds(0.2),
+                      [&](std::uint64_t i) { counter.count(file, counting, parts[i]); });
+  file.close();
+  addUpParts();
+  colCount = std::uint64_t{maxIndex} + 1 - this->baseIndex;
+  if (colCount == 0 || rowCount == 0) return;
+  // The writer ends every line, so this one may have lost the end of its last number.
+  if (modelFile && !parts.back().lastLineEnded)
+    throw zel::AppException("The last line of the model is cut short.");
+  colCount = std::max(colCount, minimumCols);
+  if (!modelFile) return;
+  std::vector<std::uint64_t> skipped;
+  std::uint64_t vectors = 0;
+  for (const FilePart& part : parts) {
+    for (const std::uint64_t place : part.skipped) skipped.push_back(vectors + place);
+    vectors += part.rows + part.skipped.size();
+  }
+  settleClassSizes(modelHeader, vectors, skipped);
+}
+
+template <typename T>
+bool UserFileReader<T>::readHead(zel::CTextFile& file) {
+  modelHeader = {};
+  headerLines = 0;
+  warnings.clear();
   std::string_view line;
   bool more = file.readLine(line);
   while (more && SampleLine(line).token().empty()) {
@@ -88,20 +113,9 @@ void UserFileReader<T>::countRows(std::uint64_t minimumCols, Counting counting) 
     more = file.readLine(line);
   }
   modelFile = more && SampleLine(line).token() == keywords::svmType;
-  if (modelFile) {
-    readHeader(file, line);
-    more = file.readLine(line);
-  }
-  for (; more; more = file.readLine(line))
-    if (counting == Counting::exact || !countLineQuickly(line)) countLine(line);
-  file.close();
-  colCount = std::uint64_t{maxIndex} + 1 - this->baseIndex;
-  if (colCount == 0 || rowCount == 0) return;
-  // The writer ends every line, so this one may have lost the end of its last number.
-  if (modelFile && !file.lastLineEnded())
-    throw zel::AppException("The last line of the model is cut short.");
-  colCount = std::max(colCount, minimumCols);
-  if (modelFile) settleClassSizes(modelHeader, rowCount + skippedLines.size(), skippedLines);
+  if (!modelFile) return more;
+  readHeader(file, line);
+  return file.readLine(line);
 }
 
 template <typename T>
@@ -115,36 +129,19 @@ void UserFileReader<T>::readHeader(zel::CTextFile& file, std::string_view line) 
 }
 
 template <typename T>
-void UserFileReader<T>::countLine(std::string_view line) {
-  SampleLine tokens(line);
-  std::uint64_t leadingCount = 0;
-  while (leadingCount + 1 < classCount() && !tokens.token().empty()) ++leadingCount;
-  std::uint64_t pairs = 0;
-  std::uint32_t largest = maxIndex;
-  for (std::uint32_t index = 0; tokens.nextIndex(index); ++pairs) {
-    if (index < this->baseIndex)
-      throw zel::RuntimeException("Base index underflow detected in sparse data");
-    largest = std::max(largest, index);
+void UserFileReader<T>::addUpParts() {
+  std::uint64_t lines = headerLines;
+  rowCount = pairCount = 0;
+  maxIndex = 0;
+  for (FilePart& part : parts) {
+    part.linesBefore = lines;
+    part.rowsBefore = rowCount;
+    part.pairsBefore = pairCount;
+    lines += part.lines;
+    rowCount += part.rows;
+    pairCount += part.pairs;
+    maxIndex = std::max(maxIndex, part.maxIndex);
   }
-  maxIndex = largest;
-  pairCount += pairs;
-  if (pairs > 0)
-    ++rowCount;
-  else if (modelFile && !SampleLine(line).token().empty())
-    skippedLines.push_back(rowCount + skippedLines.size());
-}
-
-// False for a line that does not end in a pair of ordinary form, or that may have its pairs behind
-// more than one number.
-template <typename T>
-bool UserFileReader<T>::countLineQuickly(std::string_view line) {
-  const SampleLine pairs(line);
-  std::uint32_t index = 0;
-  if (classCount() != 2 || !pairs.lastIndex(index)) return false;
-  maxIndex = std::max(maxIndex, index);
-  pairCount += pairs.colonCount();
-  ++rowCount;
-  return true;
 }
 
 template <typename T>
@@ -155,13 +152,13 @@ void UserFileReader<T>::allocateRows() {
 
 // Takes a line that has leading numbers and no pair.
 template <typename T>
-void UserFileReader<T>::warnOfSkipped(std::string_view line) {
+void UserFileReader<T>::warnOfSkipped(std::string_view line, zel::FileWarnings& found) const {
   const std::string_view token = SampleLine(line).token();
-  warnings.forgetLine();
+  found.forgetLine();
   if (modelFile)
-    warnings.add(token, "support vector", "has no feature and is left out");
+    found.add(token, "support vector", "has no feature and is left out");
   else
-    warnings.add(token, "line", "has no feature and is skipped");
+    found.add(token, "line", "has no feature and is skipped");
 }
 
 template <typename T>

@@ -14,9 +14,12 @@
 #include "base/vectors.h"
 #include "data/matrix.h"
 #include "files/file_base.h"
+#include "files/file_part.h"
 #include "files/model_header.h"
+#include "files/part_counter.h"
 #include "files/repeated_features.h"
 #include "files/sample_line.h"
+#include "threads/first_failure.h"
 
 namespace zelsvm {
 
@@ -38,6 +41,10 @@ class UserFileReader : public AbstractFileBase<T> {
   // read as something else than it says goes to zel::warn at the end. Throws AppException (file) or
   // RuntimeException (content), and std::bad_alloc.
   void read(std::uint64_t minimumCols = 0);
+
+  // Cuts the file at the line ends behind every so many bytes into the parts that threads read side
+  // by side. What is read does not depend on it.
+  void setPartLength(std::uint64_t bytes) { partLength = bytes; }
 
   // Number of values to allocate for what was counted.
   [[nodiscard]] virtual std::uint64_t valueCount() const = 0;
@@ -73,29 +80,36 @@ class UserFileReader : public AbstractFileBase<T> {
   [[nodiscard]] T* valueData() { return valueVector.data(); }
   [[nodiscard]] T* leadingData() { return leadingVector.data(); }
 
-  // Second pass: hands every pair to store.pair(column, value) and the end of every row to
-  // store.endRow(), never more of them and no larger columns than were counted.
-  // Store::fateOfRepeats says what becomes of a feature that stands in a line again. False where
-  // the count is not met.
-  template <typename Store>
-  bool loadLines(T* leading, Store store);
+  // Second pass: storeOf(part) gives a store for each part, to whose pair(column, value) every pair
+  // is handed and to whose endRow() the end of every row, never more of them and no larger columns
+  // than were counted. Its fateOfRepeats says what becomes of a feature that stands in a line
+  // again. False where the count is not met.
+  template <typename StoreOf>
+  bool loadParts(T* leading, const StoreOf& storeOf);
 
  private:
-  // Looking at every index takes half as long as reading. The quick count takes every colon for a
-  // pair and a line's last index for its largest, as they nearly always are; the second pass tells.
-  enum class Counting { quick, exact };
+  // Thrown where a part does not hold what was counted.
+  struct NotAsCounted {};
 
   void openFile(zel::CTextFile& file) const;
   // A quick count may ask for more memory than an exact one.
   bool loadIfItFits();
   // First pass: counts rows, pairs and columns, and reads the header of a model file.
   void countRows(std::uint64_t minimumCols, Counting counting);
+  // Reads up to the first sample line; false where there is none.
+  bool readHead(zel::CTextFile& file);
   void readHeader(zel::CTextFile& file, std::string_view line);
-  void countLine(std::string_view line);
-  bool countLineQuickly(std::string_view line);
-  void warnOfSkipped(std::string_view line);
+  void addUpParts();
+  // Returns the number of columns in use.
+  template <typename StoreOf>
+  std::uint64_t loadPart(const zel::CTextFile& file, const FilePart& part, T* leading,
+                         const StoreOf& storeOf, zel::FileWarnings& found) const;
+  void warnOfSkipped(std::string_view line, zel::FileWarnings& found) const;
   // Reads the numbers before the pairs; false for a line without any token.
   bool readLeading(SampleLine& line, T* numbers) const;
+  [[nodiscard]] double partNanoseconds(double perByte) const {
+    return perByte * static_cast<double>(partLength);
+  }
 
   std::string path;
   zel::FileWarnings warnings;
@@ -105,56 +119,82 @@ class UserFileReader : public AbstractFileBase<T> {
   std::uint64_t pairCount = 0;
   std::uint32_t maxIndex = 0;  // among the counted ones
   bool modelFile = false;
-  std::uint64_t headerLines = 0;            // the one that ends the header included
-  std::vector<std::uint64_t> skippedLines;  // support-vector lines without pairs
+  std::uint64_t headerLines = 0;  // the one that ends the header included
+  std::uint64_t partLength = std::uint64_t{256} << 10;
+  std::vector<FilePart> parts;
   HostVector<T> valueVector;
   HostVector<T> leadingVector;
 };
 
 template <typename T>
-template <typename Store>
-bool UserFileReader<T>::loadLines(T* leading, Store store) {
+template <typename StoreOf>
+bool UserFileReader<T>::loadParts(T* leading, const StoreOf& storeOf) {
   zel::CTextFile file(zel::FileMode::read);
   openFile(file);
-  warnings.rewind();
+  std::vector<zel::FileWarnings> found;
+  for (const FilePart& part : parts) found.emplace_back(path, part.linesBefore);
+  std::vector<std::uint64_t> cols(parts.size());
+  try {
+    zel::forEachGuarded(parts.size(), partNanoseconds(1.2), [&](std::uint64_t i) {
+      const FilePart& part = parts[i];
+      cols[i] =
+          loadPart(file, part, leading + part.rowsBefore * (classCount() - 1), storeOf, found[i]);
+    });
+  } catch (const NotAsCounted&) {
+    return false;
+  }
+  for (const zel::FileWarnings& warningsOfPart : found) warnings.append(warningsOfPart);
+  file.close();
+  return *std::max_element(cols.begin(), cols.end()) ==
+         std::uint64_t{maxIndex} + 1 - this->baseIndex;
+}
+
+template <typename T>
+template <typename StoreOf>
+std::uint64_t UserFileReader<T>::loadPart(const zel::CTextFile& file, const FilePart& part,
+                                          T* leading, const StoreOf& storeOf,
+                                          zel::FileWarnings& found) const {
+  zel::LineReader lines = file.linesIn(part.range);
+  auto store = storeOf(part);
   const std::uint64_t leadingCount = classCount() - 1;
   HostVector<T> lineLeading(leadingCount);
-  std::string_view line;
-  for (std::uint64_t i = 0; i < headerLines && file.readLine(line); ++i) warnings.beginLine(line);
-  std::uint64_t pairsLeft = pairCount;
-  std::uint64_t row = 0;
   const auto base = static_cast<std::uint32_t>(this->baseIndex);
   const std::uint32_t lastColumn = maxIndex - base;
-  std::uint64_t fileCols = 0;
-  while (file.readLine(line)) {
-    warnings.beginLine(line);
-    SampleLine tokens(line, &warnings);
+  std::uint64_t lineCount = 0;
+  std::uint64_t pairsLeft = part.pairs;
+  std::uint64_t row = 0;
+  std::uint64_t cols = 0;
+  for (std::string_view line; lines.readLine(line); ++lineCount) {
+    found.beginLine(line);
+    SampleLine tokens(line, &found);
     if (!readLeading(tokens, lineLeading.data())) continue;
-    const std::uint64_t most = row == rowCount ? 0 : pairsLeft;
+    const std::uint64_t most = row == part.rows ? 0 : pairsLeft;
     std::uint64_t pairs = 0;
     bool ascending = true;
     std::uint64_t lineCols = 0;
     std::uint32_t index = 0;
     for (double value = 0; tokens.nextPair(index, value); ++pairs) {
       const std::uint32_t column = index - base;
-      if (column > lastColumn || pairs == most) return false;
+      if (column > lastColumn || pairs == most) throw NotAsCounted{};
       ascending &= column >= lineCols;
       lineCols = std::max(lineCols, std::uint64_t{column} + 1);
       store.pair(column, value);
     }
     if (pairs == 0) {
-      warnOfSkipped(line);
+      warnOfSkipped(line, found);
       continue;
     }
     pairsLeft -= pairs;
-    fileCols = std::max(fileCols, lineCols);
-    if (!ascending) warnOfRepeats(line, leadingCount, Store::fateOfRepeats, warnings);
+    cols = std::max(cols, lineCols);
+    if (!ascending) warnOfRepeats(line, leadingCount, store.fateOfRepeats, found);
     store.endRow();
     std::copy_n(lineLeading.data(), leadingCount, leading + row * leadingCount);
     ++row;
   }
-  file.close();
-  return row == rowCount && pairsLeft == 0 && fileCols == std::uint64_t{lastColumn} + 1;
+  if (row != part.rows || pairsLeft > 0 || lineCount != part.lines ||
+      lines.lastLineEnded() != part.lastLineEnded)
+    throw NotAsCounted{};
+  return cols;
 }
 
 }  // namespace zelsvm

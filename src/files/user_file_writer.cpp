@@ -5,6 +5,7 @@
 
 #include "base/numbers.h"
 #include "files/kernel_parameters.h"
+#include "files/row_output.h"
 
 namespace zelsvm {
 namespace {
@@ -26,22 +27,29 @@ template <typename T>
 void UserFileWriter<T>::writeRows(const zelmag::AbstractMatrix<T>& matrix, const T* leading,
                                   std::uint64_t k, double leadingResolution) {
   const std::uint64_t leadingCount = leading != nullptr && k >= 2 ? k - 1 : 0;
-  const auto writePair = [&](std::uint64_t column, double value) {
-    output.put(matrix.features()[column] + this->baseIndex).put(":").put(value).put(" ");
-  };
-  for (std::uint64_t row = 0; row < matrix.rows(); ++row) {
+  const std::uint64_t rowNumbers = leadingCount + matrix.valueCount() / matrix.rows() + 1;
+  putRows(matrix.rows(), rowNumbers, output, [&](std::uint64_t row, zel::TextOutput& text) {
     for (std::uint64_t i = 0; i < leadingCount; ++i)
-      output.put(leading[row * leadingCount + i], leadingResolution).put(" ");
-    if (matrix.isSparse()) {
-      for (int i = matrix.rowOffsets()[row]; i < matrix.rowOffsets()[row + 1]; ++i)
-        writePair(static_cast<std::uint64_t>(matrix.columnIndices()[i]), matrix.values()[i]);
-    } else {
-      const T* const values = matrix.values() + row * matrix.cols();
-      for (std::uint64_t column = 0; column < matrix.cols(); ++column)
-        if (values[column] != 0) writePair(column, values[column]);
-    }
-    output.put("\n");
+      text.put(leading[row * leadingCount + i], leadingResolution).put(" ");
+    putPairs(matrix, row, text);
+  });
+}
+
+template <typename T>
+void UserFileWriter<T>::putPairs(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row,
+                                 zel::TextOutput& text) const {
+  const auto putPair = [&](std::uint64_t column, double value) {
+    text.put(matrix.features()[column] + this->baseIndex).put(":").put(value).put(" ");
+  };
+  if (matrix.isSparse()) {
+    for (int i = matrix.rowOffsets()[row]; i < matrix.rowOffsets()[row + 1]; ++i)
+      putPair(static_cast<std::uint64_t>(matrix.columnIndices()[i]), matrix.values()[i]);
+  } else {
+    const T* const values = matrix.values() + row * matrix.cols();
+    for (std::uint64_t column = 0; column < matrix.cols(); ++column)
+      if (values[column] != 0) putPair(column, values[column]);
   }
+  text.put("\n");
 }
 
 template <typename T>

@@ -38,6 +38,8 @@ class UserFileWriter : public AbstractFileBase<T> {
   void close();
 
  private:
+  void putPairs(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row,
+                zel::TextOutput& text) const;
   void writeScale(const ModelHeader& header, std::uint64_t featureCount);
   void writeBounds(std::uint64_t feature, const zel::Interval& bounds);
   void writePair(std::string_view keyword, const zel::Interval& pair);

@@ -5,6 +5,7 @@
 
 #include "base/files.h"
 #include "base/text_output.h"
+#include "files/row_output.h"
 
 namespace zelsvm {
 namespace {
@@ -33,11 +34,11 @@ void writePredictions(const std::string& path, const HostVector<T>& predictions,
     output.put("\n");
   }
   const double resolution = resolutionOf(model);
-  for (std::uint64_t s = 0; s < predictions.size(); ++s) {
-    output.put(predictions[s], resolution).put(" ");
-    for (std::uint64_t c = 0; c < k; ++c) output.put(probabilities[s * k + c]).put(" ");
-    output.put("\n");
-  }
+  putRows(predictions.size(), 1 + k, output, [&](std::uint64_t s, zel::TextOutput& text) {
+    text.put(predictions[s], resolution).put(" ");
+    for (std::uint64_t c = 0; c < k; ++c) text.put(probabilities[s * k + c]).put(" ");
+    text.put("\n");
+  });
   output.flush();
   file.close();
 }

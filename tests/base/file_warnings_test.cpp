@@ -33,8 +33,6 @@ TEST(FileWarnings, TellKindsWithTheirFirstPlaceAndCount) {
                               "in:2:1: label \"cat\" is no number and counts as 0",
                               "in:2:13: text \"dog\" is ignored", "in: no line: it counts as 0"};
   EXPECT_EQ(told(warnings), expected);
-  warnings.rewind();
-  EXPECT_EQ(told(warnings), expected);
   warnings.clear();
   EXPECT_EQ(told(warnings), Sentences{});
 }
@@ -52,6 +50,20 @@ TEST(FileWarnings, ForgetALine) {
   }
   EXPECT_EQ(told(warnings), (Sentences{"in:1:1: line \"a\" is odd (the first of 4)",
                                        "in:2:1: line \"b c\" is long"}));
+}
+
+TEST(FileWarnings, AppendWhatLaterLinesHave) {
+  zel::FileWarnings warnings("in");
+  zel::FileWarnings later("in", 7);
+  for (zel::FileWarnings* const part : {&warnings, &later}) {
+    const std::string_view line = "a b";
+    part->beginLine(line);
+    part->add(line.substr(2), "line", "is odd");
+    if (part == &later) part->add(line, "line", "is long");
+  }
+  warnings.append(later);
+  EXPECT_EQ(told(warnings), (Sentences{"in:1:3: line \"b\" is odd (the first of 2)",
+                                       "in:8:1: line \"a b\" is long"}));
 }
 
 TEST(FileWarnings, QuoteTextThatATerminalTakes) {
