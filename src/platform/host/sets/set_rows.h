@@ -1,0 +1,41 @@
+// Sums over kernel rows of all samples, through a cache.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "base/vectors.h"
+#include "platform/host/rows/kernel_rows.h"
+#include "platform/host/sets/row_keeper.h"
+#include "platform/set_machine.h"
+
+namespace zelsvm {
+
+class SetRows {
+ public:
+  // The task's samples must outlive the solve. Throws std::bad_alloc.
+  void assign(const SetTask& task, const HostKernel& kernel);
+  // SetMachine::addRows. Rows asked for the first time come before the others, in both cases in
+  // the order given, so that what the cache holds changes no bit.
+  void add(std::span<const WeightedRow> rows, std::span<double> sums);
+  [[nodiscard]] std::uint64_t made() const { return madeCount; }
+
+ private:
+  static constexpr std::uint64_t mostTogether = 32;
+
+  void addBatch(std::span<const WeightedRow> rows, std::span<double> sums);
+  [[nodiscard]] double* slot(std::uint64_t number) { return cache.data() + number * pitch; }
+
+  KernelRows kernelRows;
+  std::uint64_t pitch = 0;
+  RowKeeper keeper;
+  HostVector<double> cache;    // of the slots; touched as they are filled
+  HostVector<double> scratch;  // rows that are not kept
+  std::vector<bool> asked;     // by sample
+  std::vector<WeightedRow> ordered;
+  std::vector<RowTarget> targets;
+  std::uint64_t madeCount = 0;
+};
+
+}  // namespace zelsvm

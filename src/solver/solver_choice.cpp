@@ -1,0 +1,17 @@
+#include "solver/solver_choice.h"
+
+#include <algorithm>
+
+namespace zelsvm {
+
+bool worksBySets(SVM_TYPE type, std::uint64_t samples) {
+  const bool isRegression = type == SVM_TYPE_EPSILON_REGRESSION || type == SVM_TYPE_NU_REGRESSION;
+  return samples >= (isRegression ? 1000 : 1500);
+}
+
+std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables) {
+  const std::uint64_t usual = std::clamp<std::uint64_t>(samples / 10, 512, 4096);
+  return std::min(samples, std::clamp<std::uint64_t>(freeVariables, usual, 4096));
+}
+
+}  // namespace zelsvm

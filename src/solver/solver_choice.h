@@ -1,0 +1,17 @@
+// Which solver a problem gets, and how large its working sets are. Both follow from the problem
+// alone, so that results are the same with any threads, cache and machine.
+#pragma once
+
+#include <cstdint>
+
+#include "parameters/svm_context.h"
+
+namespace zelsvm {
+
+// Whether working sets solve a problem of so many samples faster than the two-variable method.
+bool worksBySets(SVM_TYPE type, std::uint64_t samples);
+
+// Samples of a working set while so many variables are free.
+std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables);
+
+}  // namespace zelsvm
