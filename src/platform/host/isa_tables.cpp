@@ -1,6 +1,7 @@
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
 #include "platform/host/rows/row_products.h"
+#include "platform/host/sets/set_sweeps.h"
 #include "platform/host/sweeps/sigmoid_sweeps.h"
 #include "platform/host/sweeps/smo_sweeps.h"
 #include "platform/host/sweeps/transform_sweeps.h"
@@ -32,6 +33,11 @@ const RowProducts& rowProducts() {
   return zel::tableForProcessor(baseline::rowProductTable, avx2::rowProductTable,
                                 avx512::rowProductTable);
 }
+
+const SetSweepTable& setSweeps() {
+  return zel::tableForProcessor(baseline::setSweepTable, avx2::setSweepTable,
+                                avx512::setSweepTable);
+}
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
@@ -42,6 +48,8 @@ const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
 const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
 
 const RowProducts& rowProducts() { return baseline::rowProductTable; }
+
+const SetSweepTable& setSweeps() { return baseline::setSweepTable; }
 #endif
 
 }  // namespace zelsvm

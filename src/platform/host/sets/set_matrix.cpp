@@ -10,7 +10,7 @@ void SetMatrix::make(const zelmag::AbstractMatrix<double>& samples, const HostKe
                      std::span<const unsigned> chosen, SetPrecision precision) {
   count = chosen.size();
   single = precision == SetPrecision::single;
-  rowPitch = (count + rowGrain - 1) / rowGrain * rowGrain;
+  rowPitch = (count + setLanes - 1) / setLanes * setLanes;
   single ? singles.resize(count * rowPitch) : doubles.resize(count * rowPitch);
   zel::IndexList<> selection(count);
   for (std::uint64_t r = 0; r < count; ++r) selection[r] = chosen[r];

@@ -8,17 +8,15 @@
 #include "base/vectors.h"
 #include "data/matrix.h"
 #include "platform/host/rows/kernel_rows.h"
+#include "platform/host/sets/set_sweeps.h"
 #include "platform/set_machine.h"
 
 namespace zelsvm {
 
-// Symmetric, in single precision or in full; rows lie pitch() elements behind each other and end in
-// zeros.
+// Symmetric, in single precision or in full. Rows lie pitch() elements behind each other, a multiple
+// of setLanes, and end in zeros.
 class SetMatrix {
  public:
-  // Lanes of the sweeps over a row: the pitch is a multiple.
-  static constexpr std::uint64_t rowGrain = 16;
-
   void make(const zelmag::AbstractMatrix<double>& samples, const HostKernel& kernel,
             std::span<const unsigned> chosen, SetPrecision precision);
   // SetMachine::addSetRows.

@@ -11,9 +11,9 @@ SetSteps SetSolver::solve(const SetMatrix& matrix, const SetVariables& variables
                           std::span<double> sums, double tolerance, std::uint64_t mostSteps) {
   load(matrix, variables, sums);
   const SetSteps steps = matrix.isSingle()
-                             ? run<float>(variables, tolerance, mostSteps,
+                             ? run(setSweeps().single, variables, tolerance, mostSteps,
                                           [&](unsigned r) { return matrix.singleRow(r); })
-                             : run<double>(variables, tolerance, mostSteps,
+                             : run(setSweeps().full, variables, tolerance, mostSteps,
                                            [&](unsigned r) { return matrix.fullRow(r); });
   std::copy_n(arrays.sums, sums.size(), sums.begin());
   return steps;
@@ -52,14 +52,13 @@ void SetSolver::refresh(const SetVariables& variables, std::uint64_t sample) {
 }
 
 template <typename K, typename RowOf>
-SetSteps SetSolver::run(const SetVariables& variables, double tolerance, std::uint64_t mostSteps,
-                        RowOf rowOf) {
-  const SetSweeps<K>& sweeps = setSweeps<K>();
+SetSteps SetSolver::run(const SetSweeps<K>& sweeps, const SetVariables& variables,
+                        double tolerance, std::uint64_t mostSteps, RowOf rowOf) {
   Step step{0, 0, 0, 0};
   for (std::uint64_t count = 0;; ++count) {
     const SetExtremes extremes =
         sweeps.findFirst(arrays, rowOf(step.i), step.stepI, rowOf(step.j), step.stepJ);
-    const auto [up, low] = extremes.beta[extremes.group];
+    const auto [up, low] = extremes.beta;
     if (!(up - low > tolerance)) return {count, true};
     if (count == mostSteps) return {count, false};
     const unsigned i = extremes.index;

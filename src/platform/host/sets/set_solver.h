@@ -29,8 +29,8 @@ class SetSolver {
   void load(const SetMatrix& matrix, const SetVariables& variables, std::span<const double> sums);
   void refresh(const SetVariables& variables, std::uint64_t sample);
   template <typename K, typename RowOf>
-  SetSteps run(const SetVariables& variables, double tolerance, std::uint64_t mostSteps,
-               RowOf rowOf);
+  SetSteps run(const SetSweeps<K>& sweeps, const SetVariables& variables, double tolerance,
+               std::uint64_t mostSteps, RowOf rowOf);
   Step move(const SetVariables& variables, unsigned group, unsigned i, unsigned j, double k) const;
 
   HostVector<double> memory;  // of the arrays

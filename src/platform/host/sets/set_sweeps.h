@@ -1,4 +1,4 @@
-// Sweeps over the samples of a working set.
+// Sweeps over the samples of a working set, built once per instruction set.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,10 @@
 
 namespace zelsvm {
 
-// Arrays of size elements, a multiple of setLanes. What fills them up beyond the set's samples has
-// offsets -inf and inf.
+// Arrays have a multiple of so many elements.
+inline constexpr std::uint64_t setLanes = 16;
+
+// What fills them up beyond the set's samples has offsets -inf and inf.
 struct SetArrays {
   std::uint64_t size;
   unsigned groups;
@@ -18,27 +20,43 @@ struct SetArrays {
   const double* falls[2];  // and of those that may fall
 };
 
-inline constexpr std::uint64_t setLanes = 16;
-
-// sums += step K of two rows, then the extremes of offset - sum of each group; index is that of the
-// first that has the largest, in the group with the largest gap alone.
+// Of the group with the larger gap between the largest offset - sum that may rise and the smallest
+// that may fall: both, and the first sample that has the largest.
 struct SetExtremes {
-  SmoUpperBeta<double> beta[2];
+  SmoUpperBeta<double> beta;
   unsigned group;
   unsigned index;
 };
 
 template <typename K>
 struct SetSweeps {
+  // First adds two rows, times their steps, to the sums.
   SetExtremes (*findFirst)(const SetArrays& arrays, const K* rowI, double stepI, const K* rowJ,
                            double stepJ);
-  // The first of the group's samples whose pair with i promises most; noIndex where none has a
-  // lower violation.
+  // The first of the group's samples whose pair with i promises most; noIndex where none lies below
+  // up.
   unsigned (*findSecond)(const SetArrays& arrays, unsigned group, const K* rowI, double up,
                          double diagonalI);
 };
 
-template <typename K>
-const SetSweeps<K>& setSweeps();
+struct SetSweepTable {
+  SetSweeps<float> single;
+  SetSweeps<double> full;
+};
+
+// The sweeps for this processor. Not a bit depends on it.
+const SetSweepTable& setSweeps();
+
+#ifdef __x86_64__
+namespace avx512 {
+extern const SetSweepTable setSweepTable;
+}
+namespace avx2 {
+extern const SetSweepTable setSweepTable;
+}
+#endif
+namespace baseline {
+extern const SetSweepTable setSweepTable;
+}
 
 }  // namespace zelsvm
