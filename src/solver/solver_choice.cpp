@@ -14,4 +14,10 @@ std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables) {
   return std::min(samples, std::clamp<std::uint64_t>(freeVariables, usual, 4096));
 }
 
+bool startsFromSubset(SVM_TYPE type) {
+  return type == SVM_TYPE_ONE_CLASS || type == SVM_TYPE_NU_CLASSIFICATION;
+}
+
+bool tiesSets(std::uint32_t sets) { return sets >= 12; }
+
 }  // namespace zelsvm

@@ -14,4 +14,10 @@ bool worksBySets(SVM_TYPE type, std::uint64_t samples);
 // Samples of a working set while so many variables are free.
 std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables);
 
+// Whether the solution of a part of the problem is worth its time as a start.
+bool startsFromSubset(SVM_TYPE type);
+
+// Whether steps in the subspace of the last sets' steps pay after so many sets.
+bool tiesSets(std::uint32_t sets);
+
 }  // namespace zelsvm

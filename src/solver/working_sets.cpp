@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "base/console.h"
+#include "solver/set_start.h"
 #include "solver/solver_choice.h"
 
 namespace zelsvm {
@@ -31,22 +32,29 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
   precision = SetPrecision::single;
   lowestObjective = closestGap = std::numeric_limits<double>::infinity();
   idleSets = distantSets = 0;
+  subspace.clear();
+  isDrifted = isChecked = false;
   machine->begin({.samples = &samples,
                   .kernel = context->kernelSettings(samples.features().count()),
                   .cacheMegabytes = context->cacheSize,
                   .cacheSharers = context->cacheSharers});
   sums.assign(variables.samples, 0);
-  addStart();
+  if (startsFromSubset(context->svmType)) placeStart();
+  addAllRows();
   for (;;) {
     violators.look(variables, sums);
     check(violators.group(0), violators.group(1));
     lookOut();
-    if (violators.gap() <= context->eps) return SetEnding::converged;
+    if (violators.gap() <= context->eps) {
+      if (isExact()) return SetEnding::converged;
+      continue;
+    }
     if (nextBatch() == 0) return SetEnding::limit;
     if (hasStalled()) return SetEnding::left;
     solveSet();
     addChanges();
     watchPrecision();
+    stepInSubspace();
     ++sets;
   }
 }
@@ -58,7 +66,30 @@ void WorkingSets::readGradient(std::span<double> gradient) const {
   }
 }
 
-void WorkingSets::addStart() {
+// Solves a part of the problem and gives each group's sum to the variables that its solution calls
+// the most violating.
+void WorkingSets::placeStart() {
+  set.samples = startSubset(variables);
+  set.take(variables);
+  SetVariables inner = set.variables();
+  spreadTotals(variables, inner);
+  machine->chooseSet(set.samples, precision);
+  std::vector<double> weights;
+  for (std::size_t r = 0; r < set.samples.size(); ++r) weights.push_back(inner.weight(r));
+  set.sums.assign(set.samples.size(), 0);
+  machine->addSetRows(weights, set.sums);
+  constexpr double roughly = 10;
+  runSet(roughly * context->eps);
+  rows.clear();
+  for (std::size_t r = 0; r < set.samples.size(); ++r)
+    if (const double weight = inner.weight(r); weight != 0)
+      rows.push_back({set.samples[r], false, weight});
+  addRows();
+  fillLowest(variables, sums);
+}
+
+void WorkingSets::addAllRows() {
+  std::fill(sums.begin(), sums.end(), 0.0);
   rows.clear();
   for (unsigned s = 0; s < variables.samples; ++s)
     if (const double weight = variables.weight(s); weight != 0) rows.push_back({s, false, weight});
@@ -69,31 +100,22 @@ void WorkingSets::addStart() {
 
 // Chooses a set and moves its multipliers; the sums follow by addChanges().
 void WorkingSets::solveSet() {
-  violators.choose(variables, sums, context->eps, setSize(variables.samples, violators.freeCount()),
-                   sets, set);
-  machine->chooseSet(set, precision);
-  const std::uint64_t n = variables.samples;
-  setSigns.clear();
-  setTerms.clear();
-  setMultipliers.clear();
-  setSums.clear();
-  for (std::uint64_t first = 0; first < variables.count(); first += n)
-    for (const unsigned s : set) {
-      setSigns.push_back(variables.signs[first + s]);
-      setTerms.push_back(variables.linearTerm[first + s]);
-      setMultipliers.push_back(variables.multipliers[first + s]);
-    }
-  for (const unsigned s : set) setSums.push_back(sums[s]);
-  SetVariables inner = variables;
-  inner.samples = set.size();
-  inner.signs = setSigns;
-  inner.linearTerm = setTerms;
-  inner.multipliers = setMultipliers;
+  violators.choose(variables, sums, context->eps,
+                   setSize(variables.samples, violators.freeCount()), sets, set.samples);
+  machine->chooseSet(set.samples, precision);
+  set.take(variables);
+  set.sums.clear();
+  for (const unsigned s : set.samples) set.sums.push_back(sums[s]);
   innerTolerance = std::max(context->eps / 2, innerShare * violators.gap());
-  std::uint64_t left = stepsPerSample * set.size();
+  runSet(innerTolerance);
+}
+
+void WorkingSets::runSet(double tolerance) {
+  const SetVariables inner = set.variables();
+  std::uint64_t left = stepsPerSample * set.samples.size();
   for (bool isDone = false; !isDone && left > 0 && nextBatch() > 0;) {
     const SetSteps made =
-        machine->solveSet(inner, setSums, innerTolerance, std::min(left, nextBatch()));
+        machine->solveSet(inner, set.sums, tolerance, std::min(left, nextBatch()));
     isDone = made.isDone;
     left -= made.count;
     countSteps(made.count);
@@ -114,18 +136,22 @@ void WorkingSets::countSteps(std::uint64_t count) {
 
 void WorkingSets::addChanges() {
   rows.clear();
-  for (std::size_t r = 0; r < set.size(); ++r) {
-    const unsigned s = set[r];
+  changes.clear();
+  for (std::size_t r = 0; r < set.samples.size(); ++r) {
+    const unsigned s = set.samples[r];
     const double before = variables.weight(s);
     bool isFree = false;
     for (std::uint64_t k = s, t = r; k < variables.count();
-         k += variables.samples, t += set.size()) {
-      variables.multipliers[k] = setMultipliers[t];
+         k += variables.samples, t += set.samples.size()) {
+      const double change = set.multipliers[t] - variables.multipliers[k];
+      if (change != 0) changes.push_back({k, change});
+      variables.multipliers[k] = set.multipliers[t];
       isFree = isFree || variables.isFree(k);
     }
     if (const double change = variables.weight(s) - before; change != 0)
       rows.push_back({s, isFree, change});
   }
+  sumsBefore = sums;
   addRows();
 }
 
@@ -141,9 +167,24 @@ void WorkingSets::addRows() {
 void WorkingSets::watchPrecision() {
   constexpr double bearable = 0.25;
   double worst = 0;
-  for (std::size_t r = 0; r < set.size(); ++r)
-    worst = std::max(worst, std::abs(setSums[r] - sums[set[r]]));
+  for (std::size_t r = 0; r < set.samples.size(); ++r)
+    worst = std::max(worst, std::abs(set.sums[r] - sums[set.samples[r]]));
   if (!(worst <= bearable * innerTolerance)) precision = SetPrecision::full;
+}
+
+void WorkingSets::stepInSubspace() {
+  if (isChecked || !tiesSets(sets)) return;
+  subspace.remember(variables, changes, sumsBefore, sums);
+  isDrifted = subspace.move(variables, sums, *machine) || isDrifted;
+}
+
+// Makes drifted sums anew, which may open the gap again; then without further steps that drift.
+bool WorkingSets::isExact() {
+  if (!isDrifted) return true;
+  isDrifted = false;
+  isChecked = true;
+  addAllRows();
+  return false;
 }
 
 // Kernels that are not positive definite may have sets gain nothing though the gap is open.

@@ -10,6 +10,8 @@
 
 #include "parameters/svm_context.h"
 #include "platform/set_machine.h"
+#include "solver/chosen_set.h"
+#include "solver/subspace_step.h"
 #include "solver/violators.h"
 
 namespace zelsvm {
@@ -39,13 +41,17 @@ class WorkingSets {
   void readGradient(std::span<double> gradient) const;
 
  private:
-  void addStart();
+  void placeStart();
+  void addAllRows();
   void solveSet();
+  void runSet(double tolerance);
   [[nodiscard]] std::uint64_t nextBatch() const;
   void countSteps(std::uint64_t count);
   void addChanges();
   void addRows();
   void watchPrecision();
+  void stepInSubspace();
+  [[nodiscard]] bool isExact();
   [[nodiscard]] bool hasStalled();
   [[nodiscard]] double objective() const;
   void lookOut() const;
@@ -57,16 +63,17 @@ class WorkingSets {
   Violators violators;
   std::uint64_t steps = 0;
   std::uint32_t sets = 0;
+  ChosenSet set;
+  std::vector<WeightedRow> rows;
+
   SetPrecision precision = SetPrecision::single;
   double innerTolerance = 0;
 
-  // Of the present set.
-  std::vector<unsigned> set;
-  std::vector<signed char> setSigns;
-  std::vector<double> setTerms;
-  std::vector<double> setMultipliers;
-  std::vector<double> setSums;
-  std::vector<WeightedRow> rows;
+  SubspaceStep subspace;
+  std::vector<SubspaceStep::Change> changes;  // of the last set
+  std::vector<double> sumsBefore;             // that set
+  bool isDrifted = false;                     // the sums may be, by steps in the subspace
+  bool isChecked = false;                     // they have been made anew
 
   double lowestObjective = 0;
   double closestGap = 0;
