@@ -51,6 +51,8 @@ class SetMachine {
   virtual void addRows(std::span<const WeightedRow> rows, std::span<double> sums) = 0;
   // Kernel rows computed since begin().
   [[nodiscard]] virtual std::uint64_t rowsMade() const = 0;
+  // The part of the rows asked for since then that the cache held; 0 before the first.
+  [[nodiscard]] virtual double cacheHitRate() const = 0;
 
   // Makes the kernel matrix of these samples, which the following calls work with.
   virtual void chooseSet(std::span<const unsigned> samples, SetPrecision precision) = 0;

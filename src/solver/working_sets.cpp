@@ -218,8 +218,10 @@ void WorkingSets::lookOut() const {
   zel::showProgress({.iterations = steps,
                      .gap = violators.gap(),
                      .tolerance = context->eps,
-                     .cacheHitRate = 0,
-                     .supportVectors = static_cast<std::uint64_t>(positive)});
+                     .cacheHitRate = machine->cacheHitRate(),
+                     .supportVectors = static_cast<std::uint64_t>(positive),
+                     .kernelValues = static_cast<double>(machine->rowsMade()) *
+                                     static_cast<double>(variables.samples)});
 }
 
 }  // namespace zelsvm

@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "support/allocation_fault.h"
+#include "support/pair_machine.h"
 #include "support/quiet.h"
 #include "support/solved_problem.h"
 #include "support/temp_file.h"
@@ -45,7 +46,9 @@ TEST(SolverLimits, IterationsAreCountedInBatches) {
 
 TEST(SolverLimits, LargeBatchesHoldAThousandIterations) {
   const std::string text =
-      train(classSamples(1500, 3, {0, 1}, 1), {.C = 100, .eps = 1e-12, .maxIterations = 1001}).text;
+      train(classSamples(1500, 3, {0, 1}, 1), {.C = 100, .eps = 1e-12, .maxIterations = 1001},
+            zeltest::pairMachine())
+          .text;
   EXPECT_EQ(text.substr(0, text.find("nu")),  // a dot for each batch
             "..\nFailed to reach optimization in 2000 iterations\n\n\n");
 }

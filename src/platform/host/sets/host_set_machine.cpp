@@ -22,6 +22,7 @@ class HostSetMachine : public SetMachine {
   }
 
   [[nodiscard]] std::uint64_t rowsMade() const override { return rows.made(); }
+  [[nodiscard]] double cacheHitRate() const override { return rows.hitRate(); }
 
   void chooseSet(std::span<const unsigned> samples, SetPrecision precision) override {
     matrix.make(*task.samples, kernel, samples, precision);

@@ -27,6 +27,7 @@ void SetRows::assign(const SetTask& task, const HostKernel& kernel) {
   asked.assign(n, false);
   kernelRows.assign(*task.samples, kernel);
   madeCount = 0;
+  askedCount = 0;
 }
 
 void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
@@ -34,6 +35,7 @@ void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
   std::stable_partition(ordered.begin(), ordered.end(),
                         [&](const WeightedRow& row) { return !asked[row.sample]; });
   keeper.beginRound();
+  askedCount += rows.size();
   const std::span<const WeightedRow> all = ordered;
   for (std::uint64_t first = 0; first < all.size(); first += mostTogether)
     addBatch(all.subspan(first, std::min(mostTogether, all.size() - first)), sums);

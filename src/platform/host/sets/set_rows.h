@@ -20,6 +20,9 @@ class SetRows {
   // the order given, so that what the cache holds changes no bit.
   void add(std::span<const WeightedRow> rows, std::span<double> sums);
   [[nodiscard]] std::uint64_t made() const { return madeCount; }
+  [[nodiscard]] double hitRate() const {
+    return askedCount == 0 ? 0 : 1 - static_cast<double>(madeCount) / static_cast<double>(askedCount);
+  }
 
  private:
   static constexpr std::uint64_t mostTogether = 32;
@@ -36,6 +39,7 @@ class SetRows {
   std::vector<WeightedRow> ordered;
   std::vector<RowTarget> targets;
   std::uint64_t madeCount = 0;
+  std::uint64_t askedCount = 0;
 };
 
 }  // namespace zelsvm
