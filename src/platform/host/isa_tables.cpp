@@ -1,3 +1,4 @@
+#include "platform/host/block/block_sweeps.h"
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
 #include "platform/host/rows/row_products.h"
@@ -32,6 +33,18 @@ const RowProducts& rowProducts() {
   return zel::tableForProcessor(baseline::rowProductTable, avx2::rowProductTable,
                                 avx512::rowProductTable);
 }
+
+template <>
+const BlockSweeps<double>& blockSweeps() {
+  return zel::tableForProcessor(baseline::blockSweepTable, avx2::blockSweepTable,
+                                avx512::blockSweepTable);
+}
+
+template <>
+const BlockSweeps<float>& blockSweeps() {
+  return zel::tableForProcessor(baseline::floatBlockSweepTable, avx2::floatBlockSweepTable,
+                                avx512::floatBlockSweepTable);
+}
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
@@ -42,6 +55,16 @@ const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
 const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
 
 const RowProducts& rowProducts() { return baseline::rowProductTable; }
+
+template <>
+const BlockSweeps<double>& blockSweeps() {
+  return baseline::blockSweepTable;
+}
+
+template <>
+const BlockSweeps<float>& blockSweeps() {
+  return baseline::floatBlockSweepTable;
+}
 #endif
 
 }  // namespace zelsvm
