@@ -19,8 +19,8 @@ constexpr std::uint64_t rowBatch = 512;
 constexpr double innerShare = 0.1;
 // Steps for each of its samples after which a set has had enough.
 constexpr std::uint64_t stepsPerSample = 100;
-constexpr unsigned mostIdleSets = 5;
-constexpr unsigned mostDistantSets = 400;
+constexpr unsigned mostIdleSets = 20;
+constexpr unsigned mostDistantSets = 200;
 
 }  // namespace
 
@@ -192,9 +192,9 @@ bool WorkingSets::hasStalled() {
   const double now = objective();
   const double rounding = std::numeric_limits<double>::epsilon() * std::abs(lowestObjective);
   const bool gains = !(lowestObjective - now <= rounding);
-  idleSets = gains ? 0 : idleSets + 1;
   lowestObjective = std::min(lowestObjective, now);
   distantSets = violators.gap() < closestGap ? 0 : distantSets + 1;
+  idleSets = gains || distantSets == 0 ? 0 : idleSets + 1;
   closestGap = std::min(closestGap, violators.gap());
   return idleSets == mostIdleSets || distantSets == mostDistantSets;
 }

@@ -77,8 +77,8 @@ class WorkingSets {
 
   double lowestObjective = 0;
   double closestGap = 0;
-  unsigned idleSets = 0;     // since the objective fell
-  unsigned distantSets = 0;  // since the gap was smallest
+  unsigned idleSets = 0;     // since the objective fell or the gap was smallest
+  unsigned distantSets = 0;  // since the latter
 };
 
 }  // namespace zelsvm

@@ -1,3 +1,4 @@
+#include "platform/host/block/block_sweeps.h"
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
 #include "platform/host/rows/row_products.h"
@@ -38,6 +39,18 @@ const SetSweepTable& setSweeps() {
   return zel::tableForProcessor(baseline::setSweepTable, avx2::setSweepTable,
                                 avx512::setSweepTable);
 }
+
+template <>
+const BlockSweeps<double>& blockSweeps() {
+  return zel::tableForProcessor(baseline::blockSweepTable, avx2::blockSweepTable,
+                                avx512::blockSweepTable);
+}
+
+template <>
+const BlockSweeps<float>& blockSweeps() {
+  return zel::tableForProcessor(baseline::floatBlockSweepTable, avx2::floatBlockSweepTable,
+                                avx512::floatBlockSweepTable);
+}
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
@@ -50,6 +63,16 @@ const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
 const RowProducts& rowProducts() { return baseline::rowProductTable; }
 
 const SetSweepTable& setSweeps() { return baseline::setSweepTable; }
+
+template <>
+const BlockSweeps<double>& blockSweeps() {
+  return baseline::blockSweepTable;
+}
+
+template <>
+const BlockSweeps<float>& blockSweeps() {
+  return baseline::floatBlockSweepTable;
+}
 #endif
 
 }  // namespace zelsvm

@@ -11,8 +11,7 @@ class HostSetMachine : public SetMachine {
  public:
   void begin(const SetTask& newTask) override {
     task = newTask;
-    kernel = HostKernel(task.kernel);
-    rows.assign(task, kernel);
+    rows.assign(task);
   }
 
   void end() override { task = {}; }
@@ -25,7 +24,7 @@ class HostSetMachine : public SetMachine {
   [[nodiscard]] double cacheHitRate() const override { return rows.hitRate(); }
 
   void chooseSet(std::span<const unsigned> samples, SetPrecision precision) override {
-    matrix.make(*task.samples, kernel, samples, precision);
+    matrix.make(task, samples, precision);
   }
 
   void addSetRows(std::span<const double> weights, std::span<double> sums) override {
@@ -39,7 +38,6 @@ class HostSetMachine : public SetMachine {
 
  private:
   SetTask task{};
-  HostKernel kernel;
   SetRows rows;
   SetMatrix matrix;
   SetSolver solver;

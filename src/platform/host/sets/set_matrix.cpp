@@ -2,47 +2,34 @@
 
 #include <algorithm>
 
+#include "platform/host/sets/set_sweeps.h"
 #include "rules/kernel_rules.h"
 
 namespace zelsvm {
 
-void SetMatrix::make(const zelmag::AbstractMatrix<double>& samples, const HostKernel& kernel,
-                     std::span<const unsigned> chosen, SetPrecision precision) {
-  count = chosen.size();
+void SetMatrix::make(const SetTask& task, std::span<const unsigned> chosen,
+                     SetPrecision precision) {
+  numbers.assign(chosen.begin(), chosen.end());
+  rowPitch = (size() + setLanes - 1) / setLanes * setLanes;
   single = precision == SetPrecision::single;
-  rowPitch = (count + setLanes - 1) / setLanes * setLanes;
-  single ? singles.resize(count * rowPitch) : doubles.resize(count * rowPitch);
-  zel::IndexList<> selection(count);
-  for (std::uint64_t r = 0; r < count; ++r) selection[r] = chosen[r];
-  const auto subset = samples.subset(selection);
-  rows.assign(*subset, kernel);
-  constexpr std::uint64_t together = 32;
-  const std::uint64_t batchPitch = zel::roundedCapacity(count);
-  batch.resize(together * batchPitch);
-  std::vector<RowTarget> targets;
-  for (std::uint64_t first = 0; first < count; first += together) {
-    const std::uint64_t last = std::min(count, first + together);
-    targets.clear();
-    for (std::uint64_t r = first; r < last; ++r)
-      targets.push_back({r, batch.data() + (r - first) * batchPitch});
-    rows.compute(targets.data(), static_cast<unsigned>(targets.size()));
-    for (std::uint64_t r = first; r < last; ++r)
-      for (std::uint64_t c = 0; c < rowPitch; ++c) {
-        const double value = c < count ? targets[r - first].values[c] : 0;
-        if (single)
-          singles.data()[r * rowPitch + c] = static_cast<float>(value);
-        else
-          doubles.data()[r * rowPitch + c] = value;
-      }
-  }
+  single ? fill(task, singleBlock, singles) : fill(task, fullBlock, doubles);
+}
+
+template <typename T>
+void SetMatrix::fill(const SetTask& task, KernelBlock<T>& block, HostVector<T>& values) {
+  values.resize(size() * rowPitch);
+  block.assign(SampleChoice(*task.samples, numbers), task.kernel);
+  block.computeAll(values.data(), rowPitch);
+  for (std::uint64_t r = 0; r < size(); ++r)
+    std::fill(values.data() + r * rowPitch + size(), values.data() + (r + 1) * rowPitch, T{});
 }
 
 void SetMatrix::addRows(std::span<const double> weights, std::span<double> sums) const {
-  for (std::uint64_t c = 0; c < count; ++c)
-    if (weights[c] != 0)
-      for (std::uint64_t r = 0; r < count; ++r)
-        sums[r] = fusedMultiplyAdd(
-            weights[c], single ? static_cast<double>(singleRow(c)[r]) : fullRow(c)[r], sums[r]);
+  for (std::uint64_t c = 0; c < size(); ++c) {
+    if (weights[c] == 0) continue;
+    for (std::uint64_t r = 0; r < size(); ++r)
+      sums[r] = fusedMultiplyAdd(weights[c], value(c, r), sums[r]);
+  }
 }
 
 }  // namespace zelsvm

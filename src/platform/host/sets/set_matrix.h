@@ -6,9 +6,7 @@
 #include <vector>
 
 #include "base/vectors.h"
-#include "data/matrix.h"
-#include "platform/host/rows/kernel_rows.h"
-#include "platform/host/sets/set_sweeps.h"
+#include "platform/host/block/kernel_block.h"
 #include "platform/set_machine.h"
 
 namespace zelsvm {
@@ -17,13 +15,13 @@ namespace zelsvm {
 // of setLanes, and end in zeros.
 class SetMatrix {
  public:
-  void make(const zelmag::AbstractMatrix<double>& samples, const HostKernel& kernel,
-            std::span<const unsigned> chosen, SetPrecision precision);
+  // Throws std::bad_alloc.
+  void make(const SetTask& task, std::span<const unsigned> chosen, SetPrecision precision);
   // SetMachine::addSetRows.
   void addRows(std::span<const double> weights, std::span<double> sums) const;
 
   [[nodiscard]] bool isSingle() const { return single; }
-  [[nodiscard]] std::uint64_t size() const { return count; }
+  [[nodiscard]] std::uint64_t size() const { return numbers.size(); }
   [[nodiscard]] std::uint64_t pitch() const { return rowPitch; }
   [[nodiscard]] const float* singleRow(std::uint64_t r) const {
     return singles.data() + r * rowPitch;
@@ -31,18 +29,21 @@ class SetMatrix {
   [[nodiscard]] const double* fullRow(std::uint64_t r) const {
     return doubles.data() + r * rowPitch;
   }
-  [[nodiscard]] double diagonal(std::uint64_t r) const {
-    return single ? static_cast<double>(singleRow(r)[r]) : fullRow(r)[r];
+  [[nodiscard]] double value(std::uint64_t r, std::uint64_t c) const {
+    return single ? static_cast<double>(singleRow(r)[c]) : fullRow(r)[c];
   }
 
  private:
+  template <typename T>
+  void fill(const SetTask& task, KernelBlock<T>& block, HostVector<T>& values);
+
   bool single = true;
-  std::uint64_t count = 0;
   std::uint64_t rowPitch = 0;
+  std::vector<std::uint64_t> numbers;
+  KernelBlock<float> singleBlock;
+  KernelBlock<double> fullBlock;
   HostVector<float> singles;
   HostVector<double> doubles;
-  HostVector<double> batch;
-  KernelRows rows;
 };
 
 }  // namespace zelsvm

@@ -3,71 +3,106 @@
 #include <algorithm>
 
 #include "base/memory.h"
+#include "platform/host/sets/set_sweeps.h"
 #include "platform/row_slots.h"
 #include "threads/parallel.h"
 
 namespace zelsvm {
 namespace {
 
-// Columns that stay in the first-level cache while the rows of a batch are added to them.
+// Columns whose sums stay in the first-level cache while rows are added to them.
 constexpr std::uint64_t columnGrain = 1024;
-constexpr double nanosecondsPerEntry = 0.3;
+constexpr double nanosecondsPerEntry = 0.2;
 
 }  // namespace
 
-void SetRows::assign(const SetTask& task, const HostKernel& kernel) {
-  const std::uint64_t n = task.samples->rows();
+void SetRows::assign(const SetTask& task) {
+  samples = task.samples;
+  const std::uint64_t n = samples->rows();
   pitch = zel::roundedCapacity(n);
   const std::uint64_t obtainable = zel::obtainableMemory() + cache.capacity() * sizeof(double);
-  const std::uint64_t slots = rowSlotCount(
-      n, pitch * sizeof(double), rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
+  const std::uint64_t slots =
+      rowSlotCount(n, pitch * sizeof(double),
+                   rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
   keeper.assign(n, slots);
   cache.resize(slots * pitch);
-  scratch.resize(mostTogether * pitch);
+  scratch.resize(mixed * pitch);
+  work.resize(pitch);
   asked.assign(n, false);
-  kernelRows.assign(*task.samples, kernel);
+  block.assign(SampleChoice(*samples), task.kernel);
   madeCount = 0;
   askedCount = 0;
 }
 
 void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
   ordered.assign(rows.begin(), rows.end());
-  std::stable_partition(ordered.begin(), ordered.end(),
-                        [&](const WeightedRow& row) { return !asked[row.sample]; });
+  const auto known =
+      std::stable_partition(ordered.begin(), ordered.end(),
+                            [&](const WeightedRow& row) { return !asked[row.sample]; });
   keeper.beginRound();
   askedCount += rows.size();
-  const std::span<const WeightedRow> all = ordered;
-  for (std::uint64_t first = 0; first < all.size(); first += mostTogether)
-    addBatch(all.subspan(first, std::min(mostTogether, all.size() - first)), sums);
+  std::copy(sums.begin(), sums.end(), work.data());
+  addNew({ordered.begin(), known});
+  for (std::span<const WeightedRow> rest(known, ordered.end()); !rest.empty();) {
+    const std::size_t count = std::min(mixed, rest.size());
+    addKnown(rest.first(count));
+    rest = rest.subspan(count);
+  }
+  std::copy_n(work.data(), sums.size(), sums.begin());
 }
 
-// A row is worth its memory, whose first touch costs more than the row, when it is asked for again.
-void SetRows::addBatch(std::span<const WeightedRow> rows, std::span<double> sums) {
-  const double* values[mostTogether] = {};
+void SetRows::addNew(std::span<const WeightedRow> rows) {
+  numbers.clear();
+  weights.clear();
+  targets.clear();
+  for (const WeightedRow& row : rows) {
+    asked[row.sample] = true;
+    const std::uint32_t place = row.keep ? keeper.grab(row.sample) : RowKeeper::noSlot;
+    numbers.push_back(row.sample);
+    weights.push_back(row.weight);
+    targets.push_back(place == RowKeeper::noSlot ? nullptr : slot(place));
+  }
+  make(true);
+}
+
+void SetRows::addKnown(std::span<const WeightedRow> rows) {
+  const double* values[mixed] = {};
+  numbers.clear();
+  weights.clear();
   targets.clear();
   for (std::size_t r = 0; r < rows.size(); ++r) {
-    const WeightedRow& row = rows[r];
-    std::uint32_t place = keeper.find(row.sample, row.keep);
+    weights.push_back(rows[r].weight);
+    std::uint32_t place = keeper.find(rows[r].sample, rows[r].keep);
     if (place != RowKeeper::noSlot) {
       values[r] = slot(place);
       continue;
     }
-    if (row.keep && asked[row.sample]) place = keeper.grab(row.sample);
-    double* const target =
-        place != RowKeeper::noSlot ? slot(place) : scratch.data() + targets.size() * pitch;
-    targets.push_back({row.sample, target});
-    values[r] = target;
-    asked[row.sample] = true;
+    if (rows[r].keep) place = keeper.grab(rows[r].sample);
+    numbers.push_back(rows[r].sample);
+    targets.push_back(place != RowKeeper::noSlot ? slot(place) : scratch.data() + r * pitch);
+    values[r] = targets.back();
   }
-  if (!targets.empty()) kernelRows.compute(targets.data(), static_cast<unsigned>(targets.size()));
-  madeCount += targets.size();
-  zel::forEachChunk(sums.size(), columnGrain,
+  const bool allMade = numbers.size() == rows.size();
+  make(allMade);
+  if (allMade) return;
+  zel::forEachChunk(samples->rows(), columnGrain,
                     nanosecondsPerEntry * static_cast<double>(rows.size()),
                     [&](std::uint64_t begin, std::uint64_t end) {
-                      for (std::size_t r = 0; r < rows.size(); ++r)
-                        for (std::uint64_t s = begin; s < end; ++s)
-                          sums[s] = fusedMultiplyAdd(rows[r].weight, values[r][s], sums[s]);
+                      setSweeps().addRows(values, weights.data(), rows.size(), begin, end,
+                                          work.data());
                     });
+}
+
+void SetRows::make(bool add) {
+  if (numbers.empty()) return;
+  double* const sums[] = {work.data()};
+  BlockUse<double> use{.stored = targets};
+  if (add) {
+    use.weights = weights;
+    use.sums = sums;
+  }
+  block.compute(SampleChoice(*samples, numbers), use);
+  madeCount += numbers.size();
 }
 
 }  // namespace zelsvm

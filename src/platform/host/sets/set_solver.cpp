@@ -39,7 +39,7 @@ void SetSolver::load(const SetMatrix& matrix, const SetVariables& variables,
   std::fill(std::copy(sums.begin(), sums.end(), arrays.sums), arrays.sums + size, 0.0);
   std::fill_n(diagonal, size, 0.0);
   for (std::uint64_t r = 0; r < matrix.size(); ++r) {
-    diagonal[r] = matrix.diagonal(r);
+    diagonal[r] = matrix.value(r, r);
     refresh(variables, r);
   }
 }
