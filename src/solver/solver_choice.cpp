@@ -10,7 +10,7 @@ bool worksBySets(SVM_TYPE type, std::uint64_t samples) {
 }
 
 std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables) {
-  const std::uint64_t usual = std::clamp<std::uint64_t>(samples / 10, 512, 4096);
+  const std::uint64_t usual = std::clamp<std::uint64_t>(samples / 10, 1024, 4096);
   return std::min(samples, std::clamp<std::uint64_t>(freeVariables, usual, 4096));
 }
 

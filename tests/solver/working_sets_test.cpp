@@ -33,8 +33,11 @@ bool hasTwoGroups(const SvmParameters& parameters) {
 }
 
 Samples samplesFor(const SvmParameters& parameters, std::uint64_t rows) {
-  return isRegression(parameters) ? zeltest::targetSamples(rows, 3, 11)
-                                  : zeltest::classSamples(rows, 3, {-1, 1}, 11);
+  if (isRegression(parameters)) return zeltest::targetSamples(rows, 3, 11);
+  Samples samples = zeltest::classSamples(rows, 3, {-1, 1}, 11);
+  // So many errors that a margin is above 0 for the nu of these tests.
+  for (std::uint64_t s = 0; s < rows; s += 4) samples.labels[s] *= -1;
+  return samples;
 }
 
 // Violations of optimality by exact kernel values, each sum in ascending order of the samples.
@@ -178,8 +181,7 @@ class WatchingSink : public zel::MessageSink {
   void write(std::string_view) override {}
   bool wantsProgress() override { return true; }
   void showProgress(const zel::SolveProgress& progress) override {
-    EXPECT_GE(progress.iterations, seen);
-    EXPECT_GE(progress.kernelValues, made);
+    EXPECT_TRUE(progress.iterations >= seen && progress.kernelValues >= made);
     seen = progress.iterations;
     made = progress.kernelValues;
     if (seen >= stopAt) throw std::string("enough");
@@ -192,7 +194,7 @@ class WatchingSink : public zel::MessageSink {
 
 TEST(WorkingSetLimits, TheSinkMayEndThem) {
   const Samples samples = zeltest::classSamples(usualSize, 3, {0, 1}, 1);
-  const SvmParameters parameters{.C = 100, .eps = 1e-9};
+  const SvmParameters parameters{.C = 100, .eps = 1e-6};
   const zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training,
                                            zeltest::testedMachine());
   zeltest::DataSet set(samples, context);
@@ -204,13 +206,15 @@ TEST(WorkingSetLimits, TheSinkMayEndThem) {
     static_cast<zelsvm::AbstractTrainer<double>&>(trainer).train(model, set.data());
     return model.rho()[0];
   };
-  WatchingSink all(std::numeric_limits<std::uint64_t>::max());
+  constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
+  WatchingSink all(never);
   const double rho = trainWith(all);
   EXPECT_GE(all.made, static_cast<double>(usualSize));
   WatchingSink some(3000);
   EXPECT_THROW(trainWith(some), std::string);
   EXPECT_LT(some.seen, 4001u);
-  EXPECT_EQ(trainWith(all), rho);  // nothing is left of what was interrupted
+  WatchingSink again(never);
+  EXPECT_EQ(trainWith(again), rho);  // nothing is left of what was interrupted
 }
 
 }  // namespace
