@@ -80,12 +80,14 @@ SetSolver::Step SetSolver::move(const SetVariables& variables, unsigned group, u
   const bool sameSign = positiveI == positiveJ;
   const double gradientI = violation(positiveI, rise.offset - arrays.sums[i]);
   const double gradientJ = violation(positiveJ, fall.offset - arrays.sums[j]);
-  const double delta =
-      pairStep(sameSign, gradientI, gradientJ, pairCurvature(diagonal[i] + diagonal[j], k));
+  const PairValues bounds{variables.bound(rise.variable), variables.bound(fall.variable)};
+  const double delta = pairStep(sameSign, gradientI, gradientJ,
+                                pairCurvature(diagonal[i] + diagonal[j], k));
+  // A longer step would end at the same bound and lose the pair's sum to rounding on its way.
+  const double most = bounds.i + bounds.j;
   double& a = variables.multipliers[rise.variable];
   double& b = variables.multipliers[fall.variable];
-  const PairValues next = clippedPair(
-      sameSign, {a, b}, delta, {variables.bound(rise.variable), variables.bound(fall.variable)});
+  const PairValues next = clippedPair(sameSign, {a, b}, std::clamp(delta, -most, most), bounds);
   const double deltaI = next.i - a;
   const double deltaJ = next.j - b;
   a = next.i;
