@@ -10,7 +10,9 @@ namespace zelsvm {
 void SetMatrix::make(const SetTask& task, std::span<const unsigned> chosen,
                      SetPrecision precision) {
   numbers.assign(chosen.begin(), chosen.end());
-  rowPitch = (size() + setLanes - 1) / setLanes * setLanes;
+  // An odd number of cache lines: rows at powers of two would push each other out.
+  rowPitch = (size() / setLanes | 1) * setLanes;
+  if (rowPitch < size()) rowPitch += 2 * setLanes;
   single = precision == SetPrecision::single;
   single ? fill(task, singleBlock, singles) : fill(task, fullBlock, doubles);
 }
