@@ -55,8 +55,8 @@ void spreadTotals(const SetVariables& whole, const SetVariables& part) {
   for (const int sign : signs) {
     const std::uint64_t count = countOf(whole, sign);
     if (count == 0) continue;
-    double left = total(whole, sign) * static_cast<double>(countOf(part, sign)) /
-                  static_cast<double>(count);
+    double left =
+        total(whole, sign) * static_cast<double>(countOf(part, sign)) / static_cast<double>(count);
     for (std::uint64_t k = 0; k < part.count(); ++k)
       if (part.signs[k] == sign) part.multipliers[k] = takeUpTo(part.bound(k), left);
   }

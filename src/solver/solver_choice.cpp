@@ -18,8 +18,6 @@ bool startsFromSubset(SVM_TYPE type) {
   return type == SVM_TYPE_ONE_CLASS || type == SVM_TYPE_NU_CLASSIFICATION;
 }
 
-bool tiesSets(std::uint32_t sets) {
-  return sets >= 30;
-}
+bool tiesSets(std::uint32_t sets) { return sets >= 30; }
 
 }  // namespace zelsvm

@@ -100,8 +100,8 @@ void WorkingSets::addAllRows() {
 
 // Chooses a set and moves its multipliers; the sums follow by addChanges().
 void WorkingSets::solveSet() {
-  violators.choose(variables, sums, context->eps,
-                   setSize(variables.samples, violators.freeCount()), sets, set.samples);
+  violators.choose(variables, sums, context->eps, setSize(variables.samples, violators.freeCount()),
+                   sets, set.samples);
   machine->chooseSet(set.samples, precision);
   set.take(variables);
   set.sums.clear();

@@ -8,8 +8,8 @@ namespace zeltest {
 class PairMachine : public zelsvm::Machine {
  public:
   [[nodiscard]] std::string name() const override { return whole.name(); }
-  [[nodiscard]] std::unique_ptr<zelsvm::SolverMachine> makeSolver(
-      zelsvm::SVM_KERNEL kernel, bool twoGroups) const override {
+  [[nodiscard]] std::unique_ptr<zelsvm::SolverMachine> makeSolver(zelsvm::SVM_KERNEL kernel,
+                                                                  bool twoGroups) const override {
     return whole.makeSolver(kernel, twoGroups);
   }
   [[nodiscard]] std::unique_ptr<zelsvm::PredictorMachine> makePredictor(

@@ -49,8 +49,8 @@ struct Update {
   Pack stepJ;
 
   ZEL_RULE Pack apply(double* sums, std::uint64_t r) const {
-    const Pack sum = hn::Add(load(sums + r), hn::Add(hn::Mul(stepI, load(rowI + r)),
-                                                     hn::Mul(stepJ, load(rowJ + r))));
+    const Pack sum = hn::Add(
+        load(sums + r), hn::Add(hn::Mul(stepI, load(rowI + r)), hn::Mul(stepJ, load(rowJ + r))));
     hn::Store(sum, Lanes(), sums + r);
     return sum;
   }
@@ -119,13 +119,12 @@ unsigned findSecond(const SetArrays& arrays, unsigned group, const K* rowI, doub
     if (gain < best.value) best = {gain, static_cast<unsigned>(r)};
   };
   for (std::uint64_t r = 0; r < arrays.size; r += lanes) {
-    const Pack b = hn::Max(hn::Sub(hn::Set(d, up), hn::Sub(load(arrays.falls[group] + r),
-                                                           load(arrays.sums + r))),
-                           hn::Zero(d));
+    const Pack b = hn::Max(
+        hn::Sub(hn::Set(d, up), hn::Sub(load(arrays.falls[group] + r), load(arrays.sums + r))),
+        hn::Zero(d));
     const Pack curvature = hn::Sub(hn::Add(hn::Set(d, diagonalI), load(arrays.diagonal + r)),
                                    hn::Mul(hn::Set(d, 2.0), load(rowI + r)));
-    const auto passes =
-        hn::Gt(hn::Mul(hn::Mul(b, b), hn::Set(d, margin)), hn::Mul(bar, curvature));
+    const auto passes = hn::Gt(hn::Mul(hn::Mul(b, b), hn::Set(d, margin)), hn::Mul(bar, curvature));
     if (HWY_LIKELY(hn::AllFalse(d, passes))) continue;
     for (std::uint64_t lane = 0; lane < lanes; ++lane) consider(r + lane);
     bar = hn::Set(d, -best.value);
@@ -140,7 +139,8 @@ ZEL_RULE void addToPacks(const double* const* rows, const double* weights, std::
   for (std::uint64_t u = 0; u < packs; ++u) totals[u] = load(sums + c + u * lanes);
   for (std::uint64_t r = 0; r < count; ++r)
     for (std::uint64_t u = 0; u < packs; ++u)
-      totals[u] = hn::MulAdd(hn::Set(Lanes(), weights[r]), load(rows[r] + c + u * lanes), totals[u]);
+      totals[u] =
+          hn::MulAdd(hn::Set(Lanes(), weights[r]), load(rows[r] + c + u * lanes), totals[u]);
   for (std::uint64_t u = 0; u < packs; ++u) hn::Store(totals[u], Lanes(), sums + c + u * lanes);
 }
 
@@ -156,8 +156,7 @@ void addRows(const double* const* rows, const double* weights, std::uint64_t cou
 }  // namespace
 
 extern const SetSweepTable setSweepTable;
-const SetSweepTable setSweepTable{{findFirst<float>, findSecond<float>},
-                                  {findFirst<double>, findSecond<double>},
-                                  addRows};
+const SetSweepTable setSweepTable{
+    {findFirst<float>, findSecond<float>}, {findFirst<double>, findSecond<double>}, addRows};
 
 }  // namespace zelsvm::ZEL_ISA

@@ -11,8 +11,8 @@
 
 namespace zelsvm {
 
-// Symmetric, in single precision or in full. Rows lie pitch() elements behind each other, a multiple
-// of setLanes, and end in zeros.
+// Symmetric, in single precision or in full. Rows lie pitch() elements behind each other, a
+// multiple of setLanes, and end in zeros.
 class SetMatrix {
  public:
   // Throws std::bad_alloc.

@@ -21,9 +21,8 @@ void SetRows::assign(const SetTask& task) {
   const std::uint64_t n = samples->rows();
   pitch = zel::roundedCapacity(n);
   const std::uint64_t obtainable = zel::obtainableMemory() + cache.capacity() * sizeof(double);
-  const std::uint64_t slots =
-      rowSlotCount(n, pitch * sizeof(double),
-                   rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
+  const std::uint64_t slots = rowSlotCount(
+      n, pitch * sizeof(double), rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
   keeper.assign(n, slots);
   cache.resize(slots * pitch);
   scratch.resize(mixed * pitch);
@@ -36,9 +35,8 @@ void SetRows::assign(const SetTask& task) {
 
 void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
   ordered.assign(rows.begin(), rows.end());
-  const auto known =
-      std::stable_partition(ordered.begin(), ordered.end(),
-                            [&](const WeightedRow& row) { return !asked[row.sample]; });
+  const auto known = std::stable_partition(
+      ordered.begin(), ordered.end(), [&](const WeightedRow& row) { return !asked[row.sample]; });
   keeper.beginRound();
   askedCount += rows.size();
   std::copy(sums.begin(), sums.end(), work.data());
@@ -85,12 +83,11 @@ void SetRows::addKnown(std::span<const WeightedRow> rows) {
   const bool allMade = numbers.size() == rows.size();
   make(allMade);
   if (allMade) return;
-  zel::forEachChunk(samples->rows(), columnGrain,
-                    nanosecondsPerEntry * static_cast<double>(rows.size()),
-                    [&](std::uint64_t begin, std::uint64_t end) {
-                      setSweeps().addRows(values, weights.data(), rows.size(), begin, end,
-                                          work.data());
-                    });
+  zel::forEachChunk(
+      samples->rows(), columnGrain, nanosecondsPerEntry * static_cast<double>(rows.size()),
+      [&](std::uint64_t begin, std::uint64_t end) {
+        setSweeps().addRows(values, weights.data(), rows.size(), begin, end, work.data());
+      });
 }
 
 void SetRows::make(bool add) {

@@ -12,9 +12,9 @@ SetSteps SetSolver::solve(const SetMatrix& matrix, const SetVariables& variables
   load(matrix, variables, sums);
   const SetSteps steps = matrix.isSingle()
                              ? run(setSweeps().single, variables, tolerance, mostSteps,
-                                          [&](unsigned r) { return matrix.singleRow(r); })
+                                   [&](unsigned r) { return matrix.singleRow(r); })
                              : run(setSweeps().full, variables, tolerance, mostSteps,
-                                           [&](unsigned r) { return matrix.fullRow(r); });
+                                   [&](unsigned r) { return matrix.fullRow(r); });
   std::copy_n(arrays.sums, sums.size(), sums.begin());
   return steps;
 }
@@ -52,8 +52,8 @@ void SetSolver::refresh(const SetVariables& variables, std::uint64_t sample) {
 }
 
 template <typename K, typename RowOf>
-SetSteps SetSolver::run(const SetSweeps<K>& sweeps, const SetVariables& variables,
-                        double tolerance, std::uint64_t mostSteps, RowOf rowOf) {
+SetSteps SetSolver::run(const SetSweeps<K>& sweeps, const SetVariables& variables, double tolerance,
+                        std::uint64_t mostSteps, RowOf rowOf) {
   Step step{0, 0, 0, 0};
   for (std::uint64_t count = 0;; ++count) {
     const SetExtremes extremes =
@@ -81,8 +81,8 @@ SetSolver::Step SetSolver::move(const SetVariables& variables, unsigned group, u
   const double gradientI = violation(positiveI, rise.offset - arrays.sums[i]);
   const double gradientJ = violation(positiveJ, fall.offset - arrays.sums[j]);
   const PairValues bounds{variables.bound(rise.variable), variables.bound(fall.variable)};
-  const double delta = pairStep(sameSign, gradientI, gradientJ,
-                                pairCurvature(diagonal[i] + diagonal[j], k));
+  const double delta =
+      pairStep(sameSign, gradientI, gradientJ, pairCurvature(diagonal[i] + diagonal[j], k));
   // A longer step would end at the same bound and lose the pair's sum to rounding on its way.
   const double most = bounds.i + bounds.j;
   double& a = variables.multipliers[rise.variable];
