@@ -26,8 +26,10 @@ struct BlockTask {
   const T* weights;
   std::uint64_t functions;
   T* const* sums;
-  // Row r is the block's row firstRow + r. Those behind a panel's last column may be left out.
-  bool upperTriangle;
+  // Where rows and columns are the same and K(firstRow + r, c) is stored: the matrix, its rows
+  // mirrorPitch apart, in which K(c, firstRow + r) is to be stored, too. Else null.
+  T* mirror;
+  std::uint64_t mirrorPitch;
   std::uint64_t firstRow;
 };
 

@@ -20,11 +20,9 @@ constexpr std::uint64_t packedBytes = std::uint64_t{1} << 19;
 constexpr std::uint64_t cachedBytes = std::uint64_t{4} << 20;
 constexpr double chunkNanoseconds = 20000;
 // From this share of stored elements on, dense columns are the faster ones (measured).
-constexpr double denseShare = 0.3;
+constexpr double denseShare = 0.4;
 // They may take this part of what memory is left.
 constexpr std::uint64_t memoryPart = 4;
-// Mirrored together: tiles of both triangles stay in the first-level cache.
-constexpr std::uint64_t mirrored = 32;
 
 // Absent elements are 0, but their products with an infinity would not be.
 bool storesFiniteValues(const zelmag::AbstractMatrix<double>& matrix) {
@@ -51,17 +49,6 @@ std::uint64_t panelsTogether(double nanosecondsPerPanel) {
   return 1 + static_cast<std::uint64_t>(chunkNanoseconds / nanosecondsPerPanel);
 }
 
-template <typename T>
-void mirror(T* values, std::uint64_t pitch, std::uint64_t count) {
-  zel::forEachChunk(count, mirrored, static_cast<double>(count) / 2,
-                    [&](std::uint64_t begin, std::uint64_t end) {
-                      for (std::uint64_t left = 0; left < end; left += mirrored)
-                        for (std::uint64_t r = begin; r < end; ++r)
-                          for (std::uint64_t c = left; c < std::min(left + mirrored, r); ++c)
-                            values[r * pitch + c] = values[c * pitch + r];
-                    });
-}
-
 }  // namespace
 
 template <typename T>
@@ -79,20 +66,19 @@ void KernelBlock<T>::assign(const SampleChoice& columns, const KernelSettings& k
 
 template <typename T>
 void KernelBlock<T>::compute(const SampleChoice& rows, const BlockUse<T>& use) {
-  computeBatches(rows, use, false);
+  computeBatches(rows, use, nullptr, 0);
 }
 
 template <typename T>
 void KernelBlock<T>::computeAll(T* values, std::uint64_t pitch) {
   std::vector<T*> stored(columns());
   for (std::uint64_t r = 0; r < stored.size(); ++r) stored[r] = values + r * pitch;
-  computeBatches(*chosen, {stored, {}, {}}, true);
-  mirror(values, pitch, columns());
+  computeBatches(*chosen, {stored, {}, {}}, values, pitch);
 }
 
 template <typename T>
-void KernelBlock<T>::computeBatches(const SampleChoice& rows, const BlockUse<T>& use,
-                                    bool upperTriangle) {
+void KernelBlock<T>::computeBatches(const SampleChoice& rows, const BlockUse<T>& use, T* mirror,
+                                    std::uint64_t mirrorPitch) {
   const std::uint64_t together =
       isDense ? rowsTogether(rows.matrix().cols() * sizeof(T)) : groupRows;
   const std::uint64_t functions = use.sums.size();
@@ -108,7 +94,8 @@ void KernelBlock<T>::computeBatches(const SampleChoice& rows, const BlockUse<T>&
                       use.weights.data() + first * functions,
                       functions,
                       use.sums.data(),
-                      upperTriangle,
+                      mirror,
+                      mirrorPitch,
                       first};
     isDense ? computeDense(rows.part(first, count), task)
             : computeSparse(rows.part(first, count), task);
@@ -134,7 +121,7 @@ void KernelBlock<T>::computeDense(const SampleChoice& batch, BlockTask<T>& task)
 
 template <typename T>
 void KernelBlock<T>::computeSparse(const SampleChoice& batch, BlockTask<T>& task) {
-  if (task.rows == 1 && task.functions == 0 && !task.upperTriangle && task.stored != nullptr &&
+  if (task.rows == 1 && task.functions == 0 && task.mirror == nullptr && task.stored != nullptr &&
       computeSingle(batch, task))
     return;
   sparseRows.assign(batch);

@@ -54,7 +54,8 @@ class KernelBlock {
   void computeAll(T* values, std::uint64_t pitch);
 
  private:
-  void computeBatches(const SampleChoice& rows, const BlockUse<T>& use, bool upperTriangle);
+  void computeBatches(const SampleChoice& rows, const BlockUse<T>& use, T* mirror,
+                      std::uint64_t mirrorPitch);
   void computeDense(const SampleChoice& batch, BlockTask<T>& task);
   void computeSparse(const SampleChoice& batch, BlockTask<T>& task);
   bool computeSingle(const SampleChoice& row, const BlockTask<T>& task);

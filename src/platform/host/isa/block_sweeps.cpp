@@ -3,6 +3,7 @@
 #include <hwy/cache_control.h>
 
 #include "platform/host/isa/tiles.h"
+#include "platform/host/isa/transpose.h"
 #include "platform/host/isa/vector_math.h"
 
 namespace zelsvm::ZEL_ISA {
@@ -42,9 +43,10 @@ HWY_INLINE void streamLanes(const T* from, T* to, std::uint64_t count) {
     hn::Stream(Lanes<T>::load(from + c).v, typename Lanes<T>::Tag(), to + c);
 }
 
+// Of a symmetric block, rows behind a panel's last column are left out: they are mirrored.
 template <typename T>
 HWY_INLINE std::uint64_t rowsFor(const BlockTask<T>& task, std::uint64_t panel) {
-  if (!task.upperTriangle) return task.rows;
+  if (task.mirror == nullptr) return task.rows;
   const std::uint64_t end = (panel + 1) * tileColumns<T>;
   return end <= task.firstRow ? 0 : least(task.rows, end - task.firstRow);
 }
@@ -63,40 +65,40 @@ HWY_INLINE void multiply(const DenseFactors<T>& factors, std::uint64_t panel,
   });
 }
 
-// Sums of one column with all rows of the group, as many vectors as there are registers for.
-template <typename T>
+// Products of one column with rows firstRow … firstRow + vectors * lanes - 1.
+template <typename T, std::uint64_t vectors>
 HWY_INLINE void multiplySparseColumn(const SparseFactors<T>& factors, std::uint64_t column,
-                                     T* products) {
+                                     std::uint64_t firstRow, T* products) {
   constexpr std::uint64_t lanes = Lanes<T>::count;
-  constexpr std::uint64_t all = groupRows / lanes;
-  constexpr std::uint64_t together = all < 8 ? all : 8;
-  for (std::uint64_t v = 0; v < all; v += together) {
-    Lanes<T> sums[together];
-    ZEL_UNROLLED for (Lanes<T>& sum : sums) sum = Lanes<T>(0.0);
-    for (std::uint64_t p = factors.begins[column]; p < factors.ends[column]; ++p) {
-      const Lanes<T> value = Lanes<T>::all(static_cast<T>(factors.values[p]));
-      const T* const line =
-          factors.lines + factors.places[factors.features[p]] * groupRows + v * lanes;
-      ZEL_UNROLLED for (std::uint64_t u = 0; u < together; ++u) sums[u] =
-          fusedMultiplyAdd(value, Lanes<T>::load(line + u * lanes), sums[u]);
-    }
-    ZEL_UNROLLED for (std::uint64_t u = 0; u < together; ++u) sums[u].store(products +
-                                                                            (v + u) * lanes);
+  Lanes<T> sums[vectors];
+  ZEL_UNROLLED for (std::uint64_t v = 0; v < vectors; ++v) sums[v] = Lanes<T>(0.0);
+  const std::uint64_t end = factors.ends[column];
+  for (std::uint64_t p = factors.begins[column]; p < end; ++p) {
+    const Lanes<T> value = Lanes<T>::all(static_cast<T>(factors.values[p]));
+    const T* const line = factors.lines + factors.places[factors.features[p]] * groupRows;
+    ZEL_UNROLLED for (std::uint64_t v = 0; v < vectors; ++v) sums[v] =
+        fusedMultiplyAdd(value, Lanes<T>::load(line + firstRow + v * lanes), sums[v]);
   }
+  ZEL_UNROLLED for (std::uint64_t v = 0; v < vectors; ++v) sums[v].store(products + v * lanes);
 }
 
-template <typename T>
+// As many rows at a time as there are registers for.
+template <typename T, std::uint64_t vectors>
 HWY_INLINE void multiplySparse(const BlockTask<T>& task, const SparseFactors<T>& factors,
                                const Place<T>& place, Group<T>& group) {
-  alignas(64) T products[groupRows];
-  const std::uint64_t end = least(place.first + tileColumns<T>, task.columns);
-  for (std::uint64_t column = place.first; column < end; ++column) {
-    multiplySparseColumn(factors, column, products);
-    T* const to = group.values + (column - place.first);
-    ZEL_UNROLLED for (std::uint64_t r = 0; r < groupRows; ++r) to[r * tileColumns<T>] = products[r];
+  constexpr std::uint64_t lanes = Lanes<T>::count;
+  constexpr std::uint64_t together = vectors * lanes;
+  alignas(64) T products[tileColumns<T> * together];
+  const std::uint64_t count = least(tileColumns<T>, task.columns - place.first);
+  for (std::uint64_t c = count * together; c < tileColumns<T> * together; ++c) products[c] = 0;
+  for (std::uint64_t row = 0; row < task.rows; row += together) {
+    for (std::uint64_t c = 0; c < count; ++c)
+      multiplySparseColumn<T, vectors>(factors, place.first + c, row, products + c * together);
+    ZEL_UNROLLED for (unsigned v = 0; v < tileVectors; ++v) for (std::uint64_t r = 0; r < together;
+                                                                 r += lanes)
+        transpose(products + v * lanes * together + r, together, group.row(row + r) + v * lanes,
+                  tileColumns<T>);
   }
-  for (std::uint64_t c = end - place.first; c < tileColumns<T>; ++c)
-    for (std::uint64_t r = 0; r < groupRows; ++r) group.row(r)[c] = 0;
 }
 
 template <typename Function, typename T>
@@ -144,10 +146,30 @@ HWY_INLINE void addToSums(const T* weights, std::uint64_t functions, std::uint64
   for (unsigned f = 0; f < height; ++f) copyLanes(out[f], sums[f] + place.first, place.columns);
 }
 
+// The group turned over, as far as its rows stand before the panel's columns; those within the
+// panel have been stored as they are.
+template <typename T>
+HWY_INLINE void mirrorGroup(const BlockTask<T>& task, const Place<T>& place, std::uint64_t firstRow,
+                            std::uint64_t rows, const Group<T>& group) {
+  constexpr std::uint64_t lanes = Lanes<T>::count;
+  alignas(64) T turned[lanes * lanes];
+  const std::uint64_t before = task.firstRow + firstRow;
+  if (before >= place.first) return;
+  const std::uint64_t end = least(rows, place.first - before);
+  for (std::uint64_t c = 0; c < tileColumns<T>; c += lanes)
+    for (std::uint64_t r = 0; r < end; r += lanes) {
+      transpose(group.values + r * tileColumns<T> + c, tileColumns<T>, turned, lanes);
+      for (std::uint64_t k = 0; k < lanes && place.first + c + k < task.columns; ++k)
+        copyLanes(turned + k * lanes,
+                  task.mirror + (place.first + c + k) * task.mirrorPitch + before + r, lanes);
+    }
+}
+
 template <typename Function, typename T>
 HWY_INLINE void useGroup(const BlockTask<T>& task, const Place<T>& place, std::uint64_t firstRow,
                          std::uint64_t rows, Group<T>& group) {
   finish<Function>(task, place, firstRow, rows, group);
+  if (task.mirror != nullptr) mirrorGroup(task, place, firstRow, rows, group);
   forEachTile(task.functions, [&]<unsigned height>(std::uint64_t first) HWY_ATTR {
     addToSums<T, height>(task.weights + firstRow * task.functions + first, task.functions, rows,
                          place, group, task.sums + first);
@@ -178,7 +200,7 @@ template <typename Function, typename T>
 void makeDense(const BlockTask<T>& task, const DenseFactors<T>& factors, std::uint64_t begin,
                std::uint64_t end) {
   Group<T> group;
-  if (task.rows == 1 && !task.upperTriangle)
+  if (task.rows == 1 && task.mirror == nullptr)
     begin = makeSingleRow<Function>(task, factors, begin, end);
   for (std::uint64_t panel = begin; panel < end; ++panel) {
     const Place<T> place(task, panel);
@@ -196,11 +218,17 @@ void makeDense(const BlockTask<T>& task, const DenseFactors<T>& factors, std::ui
 template <typename Function, typename T>
 void makeSparse(const BlockTask<T>& task, const SparseFactors<T>& factors, std::uint64_t begin,
                 std::uint64_t end) {
+  // Rows that registers hold sums of.
+  constexpr std::uint64_t most = least(groupRows, 8 * Lanes<T>::count);
+  constexpr std::uint64_t few = most / 4 < Lanes<T>::count ? Lanes<T>::count : most / 4;
   Group<T> group;
   for (std::uint64_t panel = begin; panel < end; ++panel) {
     if (rowsFor(task, panel) == 0) continue;
     const Place<T> place(task, panel);
-    multiplySparse(task, factors, place, group);
+    if (task.rows <= few)
+      multiplySparse<T, few / Lanes<T>::count>(task, factors, place, group);
+    else
+      multiplySparse<T, most / Lanes<T>::count>(task, factors, place, group);
     useGroup<Function>(task, place, 0, task.rows, group);
   }
   if (task.streamed) hwy::FlushStream();

@@ -21,6 +21,16 @@ inline constexpr unsigned tallTile = 4;
 template <typename T>
 inline constexpr std::uint64_t tileColumns = tileVectors* Lanes<T>::count;
 
+// Columns are fetched so many bytes ahead of their use.
+inline constexpr std::uint64_t fetchedAhead = 4096;
+
+template <typename T>
+HWY_INLINE void fetch(const T* columns) {
+  const char* const ahead = reinterpret_cast<const char*>(columns) + fetchedAhead;
+  for (std::uint64_t at = 0; at < tileColumns<T> * sizeof(T); at += 64)
+    __builtin_prefetch(ahead + at);
+}
+
 enum class Sums { fromZero, continued };
 
 // out[r][c] = or += sum of a[k * stride + r] b[k * tileColumns + c], k < length, for `height` rows
@@ -35,6 +45,7 @@ HWY_INLINE void multiplyTile(const T* HWY_RESTRICT a, std::uint64_t stride, cons
       ZEL_UNROLLED for (unsigned v = 0; v < width; ++v) sums[r][v] =
           start == Sums::fromZero ? Lanes<T>(0.0) : Lanes<T>::load(out[r] + v * lanes);
   for (std::uint64_t k = 0; k < length; ++k) {
+    fetch(b);
     Lanes<T> column[width];
     ZEL_UNROLLED for (unsigned v = 0; v < width; ++v) column[v] =
         Lanes<T>::load(b + v / tileVectors * panelSize + v % tileVectors * lanes);
