@@ -112,7 +112,7 @@ TEST_P(WorkingSets, EndWhereNothingViolatesOptimality) {
 
 TEST_P(WorkingSets, ReachTheObjectiveOfPairs) {
   if (parameters.kernelType == 3) return;  // it has several stationary points
-  parameters.eps = 1e-6;
+  parameters.eps = 1e-5;
   const Samples samples = samplesFor(parameters, usualSize);
   const auto sets = train(samples, parameters).only().solution;
   const auto pairs = train(samples, parameters, zeltest::pairMachine()).only().solution;
@@ -122,6 +122,7 @@ TEST_P(WorkingSets, ReachTheObjectiveOfPairs) {
   EXPECT_NEAR(sets.r, pairs.r, 1e-4 * (1 + std::abs(pairs.r)));
 }
 
+// And with any instruction set but the first, which has no fused multiply-adds.
 TEST_P(WorkingSets, GiveTheSameBitsWithAnyThreadsAndCache) {
   const Samples samples = samplesFor(parameters, usualSize);
   const SolvedProblem first = train(samples, parameters).only();
@@ -136,7 +137,7 @@ TEST_P(WorkingSets, GiveTheSameBitsWithAnyThreadsAndCache) {
     compare();
   }
   for (const zeltest::PlatformSetting& setting : zeltest::platformSettings())
-    if (setting.equalBits) setting.apply(compare);
+    if (setting.equalBits || setting.name != "instruction set 0") setting.apply(compare);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formulations, WorkingSets,
