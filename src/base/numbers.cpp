@@ -83,6 +83,11 @@ ParsedNumber<double> readDouble(std::string_view text) {
   return {negative ? -value : value, extentBefore({result.ptr, end})};
 }
 
+std::string_view withoutClosingQuotes(std::string_view text) {
+  const std::size_t last = text.find_last_not_of("'\"");
+  return last == std::string_view::npos ? std::string_view() : text.substr(0, last + 1);
+}
+
 ParsedNumber<std::uint32_t> readUnsigned(std::string_view text) {
   constexpr std::uint32_t limit = std::numeric_limits<std::uint32_t>::max();
   text = skipSpace(text);

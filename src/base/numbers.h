@@ -26,6 +26,9 @@ struct ParsedNumber {
 ParsedNumber<double> readDouble(std::string_view text);
 inline double parseDouble(std::string_view text) { return readDouble(text).value; }
 
+// A number's text without the quotes behind it.
+std::string_view withoutClosingQuotes(std::string_view text);
+
 // As strtoul in base 10 with a 32-bit result: larger numbers give 4294967295, a minus sign negates
 // modulo 2^32.
 ParsedNumber<std::uint32_t> readUnsigned(std::string_view text);

@@ -120,7 +120,7 @@ void putPair(zel::TextOutput& output, const zel::Interval& pair) {
 
 // The number at the start of an end of the interval.
 double readEnd(std::string_view end, const std::string& text) {
-  const auto [value, extent] = zel::readDouble(end.substr(0, end.find_last_not_of("'\"") + 1));
+  const auto [value, extent] = zel::readDouble(zel::withoutClosingQuotes(end));
   if (extent != zel::NumberExtent::all)
     zel::warn(("scale parameter " + zel::quoted(text) + ": " + zel::quoted(end) + " ")
                   .append(zel::fateOf(extent)));

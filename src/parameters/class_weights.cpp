@@ -26,8 +26,7 @@ void warn(std::string_view part, std::string_view fate) {
 
 // What stands behind the number is ignored, but a quote there closes one that was skipped.
 double readNumber(std::string_view text) {
-  const std::string_view bare = text.substr(0, text.find_last_not_of("'\"") + 1);
-  const auto [value, extent] = zel::readDouble(bare);
+  const auto [value, extent] = zel::readDouble(zel::withoutClosingQuotes(text));
   if (extent != zel::NumberExtent::all) warn(text, zel::fateOf(extent));
   return value;
 }
