@@ -15,6 +15,7 @@ struct SolveProgress {
   std::uint64_t supportVectors;
   std::uint64_t pairs = 1;      // of labels, each with a solver run of its own
   std::uint64_t pairsDone = 0;  // of those
+  double kernelValues = 0;      // made so far by working sets; 0 without them
 };
 
 // Receives messages as they are made, piece by piece, and progress.

@@ -11,19 +11,13 @@
 #include <vector>
 
 #include "data/matrix.h"
+#include "platform/kernel_settings.h"
+#include "platform/set_machine.h"
 #include "rules/kernel_type.h"
 #include "rules/sigmoid_hessian.h"
 #include "rules/smo_records.h"
 
 namespace zelsvm {
-
-// A kernel function with its parameters; gamma is above 0 and as the formulas have it.
-struct KernelSettings {
-  SVM_KERNEL type;
-  double gamma;
-  double coef0;
-  double degree;
-};
 
 // min ½ α'Qα + p'α subject to sums of y_k α_k and 0 <= α_k <= C_k, with Q_kj = y_k y_j K(x_k, x_j).
 // The arrays have an entry per variable; where there are twice as many variables as samples,
@@ -150,6 +144,8 @@ class Machine {
   // twoGroups: the two signs are searched apart.
   [[nodiscard]] virtual std::unique_ptr<SolverMachine> makeSolver(SVM_KERNEL kernel,
                                                                   bool twoGroups) const = 0;
+  // Null where the machine has none: there the two-variable method solves problems of any size.
+  [[nodiscard]] virtual std::unique_ptr<SetMachine> makeSetMachine() const { return nullptr; }
   [[nodiscard]] virtual std::unique_ptr<PredictorMachine> makePredictor(
       const DecisionTask& task) const = 0;
   [[nodiscard]] virtual std::unique_ptr<SigmoidSums> makeSigmoidSums() const = 0;

@@ -19,8 +19,8 @@ struct KernelConstants {
 // name: what model files call it. takesGamma, takesCoef0, takesDegree: parameters that it has, and
 // model files with it. isProduct: it is the dot product itself. readsNorms: the argument
 // takes the squared norms, which else may be anything. unitDiagonal: K(x, x) is always 1.
-// isArithmetic: the function calls none of the C library's; then it takes vectors of lanes, too,
-// with `one` as their unit. nanoseconds: what a value costs one thread, the product apart.
+// isArithmetic: the function calls none of the C library's. nanoseconds: what a value costs one
+// thread, the product apart. V is double, or on the host a vector of lanes with `one` as its unit.
 template <SVM_KERNEL K>
 struct KernelFunction;
 
@@ -36,8 +36,8 @@ struct KernelFunction<SVM_KERNEL_LINEAR> {
   static constexpr bool isArithmetic = true;
   static constexpr double nanoseconds = 0;
 
-  ZEL_RULE static double argument(const KernelConstants& /*c*/, double product, double /*normA*/,
-                                  double /*normB*/) {
+  template <typename V>
+  ZEL_RULE static V argument(const KernelConstants& /*c*/, V product, V /*normA*/, V /*normB*/) {
     return product;
   }
   template <typename V>
@@ -58,9 +58,9 @@ struct KernelFunction<SVM_KERNEL_POLYNOMIAL> {
   static constexpr bool isArithmetic = true;
   static constexpr double nanoseconds = 1.5;
 
-  ZEL_RULE static double argument(const KernelConstants& c, double product, double /*normA*/,
-                                  double /*normB*/) {
-    return fusedMultiplyAdd(c.gamma, product, c.coef0);
+  template <typename V>
+  ZEL_RULE static V argument(const KernelConstants& c, V product, V /*normA*/, V /*normB*/) {
+    return fusedMultiplyAdd(V(c.gamma), product, V(c.coef0));
   }
   template <typename V>
   ZEL_RULE static V function(const KernelConstants& c, V t, V one) {
@@ -80,11 +80,12 @@ struct KernelFunction<SVM_KERNEL_RADIAL> {
   static constexpr bool isArithmetic = false;
   static constexpr double nanoseconds = 1.5;
 
-  ZEL_RULE static double argument(const KernelConstants& c, double product, double normA,
-                                  double normB) {
-    return radialExponent(-c.gamma, normA, normB, product);
+  template <typename V>
+  ZEL_RULE static V argument(const KernelConstants& c, V product, V normA, V normB) {
+    return radialExponent(V(-c.gamma), normA, normB, product);
   }
-  ZEL_RULE static double function(const KernelConstants& /*c*/, double t, double /*one*/) {
+  template <typename V>
+  ZEL_RULE static V function(const KernelConstants& /*c*/, V t, V /*one*/) {
     return exp(t);
   }
 };
@@ -101,11 +102,12 @@ struct KernelFunction<SVM_KERNEL_SIGMOID> {
   static constexpr bool isArithmetic = false;
   static constexpr double nanoseconds = 1.5;
 
-  ZEL_RULE static double argument(const KernelConstants& c, double product, double /*normA*/,
-                                  double /*normB*/) {
-    return fusedMultiplyAdd(c.gamma, product, c.coef0);
+  template <typename V>
+  ZEL_RULE static V argument(const KernelConstants& c, V product, V /*normA*/, V /*normB*/) {
+    return fusedMultiplyAdd(V(c.gamma), product, V(c.coef0));
   }
-  ZEL_RULE static double function(const KernelConstants& /*c*/, double t, double /*one*/) {
+  template <typename V>
+  ZEL_RULE static V function(const KernelConstants& /*c*/, V t, V /*one*/) {
     return tanh(t);
   }
 };

@@ -33,8 +33,9 @@ ZEL_RULE V binaryPower(V t, unsigned d, V one) {
 }
 
 // Exponent of the radial kernel; g is -gamma, x the dot product, the norms are squared.
-ZEL_RULE double radialExponent(double g, double normA, double normB, double x) {
-  return g * ((normA + normB) - 2 * x);
+template <typename V>
+ZEL_RULE V radialExponent(V g, V normA, V normB, V x) {
+  return g * ((normA + normB) - V(2) * x);
 }
 
 }  // namespace zelsvm

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <limits>
 #include <span>
+#include <utility>
 
 #include "base/console.h"
 #include "base/errors.h"
+#include "solver/solver_choice.h"
 
 namespace zelsvm {
 namespace {
@@ -39,7 +41,10 @@ T sumOfBounds(const SolverProblem<T>& problem) {
 
 template <typename T>
 SmoBaseSolver<T>::SmoBaseSolver(const SvmContext<T>& context, bool nu)
-    : context(&context), machine(context.machine.makeSolver(context.kernelType, nu)) {
+    : context(&context),
+      nu(nu),
+      machine(context.machine.makeSolver(context.kernelType, nu)),
+      setMachine(context.machine.makeSetMachine()) {
   if (!(context.C > 0)) throw zel::AppException("Invalid regularization/weight constants.");
 }
 
@@ -49,16 +54,13 @@ SmoSolution SmoBaseSolver<T>::solve(SolverProblem<T>& problem,
   if (problem.signs.size() >= noIndex)
     throw zel::RuntimeException("There are too many variables to optimize.");
   variableCount = problem.signs.size();
-  begin(problem, samples);
+  gradient.resize(variableCount);
   Progress progress;
-  progress.active = variableCount;
-  progress.shrinking = context->shrinking && variableCount > shrinkingThreshold;
-  iterate(progress, problem);
+  if (!goesBySets(samples) || !solveBySets(progress, problem, samples))
+    solveByPairs(progress, problem, samples);
   zel::printMessage("\n%s optimization in %lu iterations\n\n\n",
                     progress.converged ? "Finished" : "Failed to reach",
                     progress.iterations & 0xFFFFFFFFu);
-  readBack(problem);
-  machine->end();
   if (!std::all_of(gradient.data(), gradient.data() + variableCount,
                    [](T g) { return std::isfinite(g); }))
     throw zel::AppException(overflowText);
@@ -66,11 +68,54 @@ SmoSolution SmoBaseSolver<T>::solve(SolverProblem<T>& problem,
 }
 
 template <typename T>
+bool SmoBaseSolver<T>::goesBySets(const zelmag::AbstractMatrix<T>& samples) const {
+  return setMachine && worksBySets(context->svmType, samples.rows());
+}
+
+// False where the two-variable method is to go on from what the problem holds then.
+template <typename T>
+bool SmoBaseSolver<T>::solveBySets(Progress& progress, SolverProblem<T>& problem,
+                                   const zelmag::AbstractMatrix<T>& samples) {
+  const SetVariables variables{.samples = samples.rows(),
+                               .signs = spanOf(std::as_const(problem.signs)),
+                               .linearTerm = spanOf(std::as_const(problem.p)),
+                               .multipliers = spanOf(problem.alpha),
+                               .Cp = problem.Cp,
+                               .Cn = problem.Cn,
+                               .twoGroups = nu};
+  WorkingSets sets(*context, *setMachine);
+  const SetEnding ending =
+      sets.solve(variables, samples, [this](const GroupState& first, const GroupState& second) {
+        const auto selected = [](const GroupState& state) {
+          return SmoSelection<T>{0, {state.up, state.low}};
+        };
+        if (!std::isfinite(violationOf(selected(first), selected(second))))
+          throw zel::AppException(overflowText);
+      });
+  progress.iterations = sets.iterations();
+  progress.converged = ending == SetEnding::converged;
+  problem.startsAtZero = problem.startsAtZero && progress.iterations == 0;
+  sets.readGradient(spanOf(gradient));
+  setMachine->end();
+  return ending != SetEnding::left;
+}
+
+template <typename T>
+void SmoBaseSolver<T>::solveByPairs(Progress& progress, SolverProblem<T>& problem,
+                                    const zelmag::AbstractMatrix<T>& samples) {
+  begin(problem, samples);
+  progress.active = variableCount;
+  progress.shrinking = context->shrinking && variableCount > shrinkingThreshold;
+  iterate(progress, problem);
+  readBack(problem);
+  machine->end();
+}
+
+template <typename T>
 void SmoBaseSolver<T>::begin(const SolverProblem<T>& problem,
                              const zelmag::AbstractMatrix<T>& samples) {
   marks.resize(variableCount);
   active.resize(variableCount);
-  gradient.resize(variableCount);
   machine->begin({.samples = &samples,
                   .kernel = context->kernelSettings(samples.features().count()),
                   .signs = spanOf(problem.signs),

@@ -13,6 +13,7 @@
 #include "platform/machine.h"
 #include "rules/smo_records.h"
 #include "solver/stall_watch.h"
+#include "solver/working_sets.h"
 
 namespace zelsvm {
 
@@ -87,6 +88,11 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
     bool shrinking = false;
   };
 
+  [[nodiscard]] bool goesBySets(const zelmag::AbstractMatrix<T>& samples) const;
+  bool solveBySets(Progress& progress, SolverProblem<T>& problem,
+                   const zelmag::AbstractMatrix<T>& samples);
+  void solveByPairs(Progress& progress, SolverProblem<T>& problem,
+                    const zelmag::AbstractMatrix<T>& samples);
   void begin(const SolverProblem<T>& problem, const zelmag::AbstractMatrix<T>& samples);
   void iterate(Progress& progress, SolverProblem<T>& problem);
   std::uint64_t runBatch(Progress& progress);
@@ -101,7 +107,9 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   [[nodiscard]] SmoSolution collectSolution(const SolverProblem<T>& problem) const;
 
   const SvmContext<T>* context;
+  bool nu;
   std::unique_ptr<SolverMachine> machine;
+  std::unique_ptr<SetMachine> setMachine;  // null where there is none
   std::uint64_t variableCount = 0;
   SmoSelection<T> selection{};
   SmoSelection<T> second{};

@@ -80,13 +80,17 @@ void TerminalSink::showProgress(const zel::SolveProgress& progress) {
   char pairs[64] = "";
   if (progress.pairs > 1)
     std::snprintf(pairs, sizeof pairs, "%lu of %lu pairs, ", progress.pairsDone, progress.pairs);
+  char rows[64];
+  if (progress.kernelValues > 0)
+    std::snprintf(rows, sizeof rows, "%.2g kernel values", progress.kernelValues);
+  else
+    std::snprintf(rows, sizeof rows, "cache hits %.0f %%", 100 * progress.cacheHitRate);
   char line[256];
   // A narrow terminal cuts off what matters least.
   const int length = std::snprintf(
-      line, sizeof line,
-      "%.0f s, %s%lu iterations, gap %.2g (ends at %g), cache hits %.0f %%, %lu SV",
+      line, sizeof line, "%.0f s, %s%lu iterations, gap %.2g (ends at %g), %s, %lu SV",
       std::chrono::duration<double>(now - start).count(), pairs, progress.iterations, progress.gap,
-      progress.tolerance, 100 * progress.cacheHitRate, progress.supportVectors);
+      progress.tolerance, rows, progress.supportVectors);
   const auto fitting = std::min(static_cast<std::size_t>(length), terminalWidth() - 1);
   draw(std::string_view(line, fitting));
   shown = true;

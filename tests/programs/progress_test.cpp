@@ -39,7 +39,7 @@ TEST(Progress, IsShownAfterTwoSecondsUnlessTurnedOff) {
   EXPECT_TRUE(shown.timedOut) << "the problem is too easy: " << testing::PrintToString(shown);
   EXPECT_TRUE(zeltest::matches(shown.err,
                                "(\r[2-4] s, [0-9]+ iterations, gap [0-9.e+]+ \\(ends at 1e-06\\), "
-                               "cache hits [0-9]+ %, [0-9]+ SV\033\\[K)+"))
+                               "[0-9.e+]+ kernel values, [0-9]+ SV\033\\[K)+"))
       << testing::PrintToString(shown.err);
   EXPECT_EQ(shown.out.find("SV"), std::string::npos);
   EXPECT_EQ(quiet.get().err, "");

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "support/pair_machine.h"
 #include "support/platform_settings.h"
 #include "support/solved_problem.h"
 
@@ -97,9 +98,9 @@ TEST_P(SolverInvariance, Shrinking) {
   parameters.eps = 1e-6;
   const Samples samples =
       samplesFor(GetParam(), zeltest::isRegression(GetParam()) ? 2100 : 4200, 4, 3);
-  const Training shrunk = train(samples, parameters);
+  const Training shrunk = train(samples, parameters, zeltest::pairMachine());
   parameters.shrinking = false;
-  const Training whole = train(samples, parameters);
+  const Training whole = train(samples, parameters, zeltest::pairMachine());
   EXPECT_NE(shrunk.text.find('*'), std::string::npos);
   EXPECT_EQ(whole.text.find('*'), std::string::npos);
   EXPECT_NE(shrunk.text.find("Finished"), std::string::npos);
@@ -159,7 +160,8 @@ TEST(LargeProblems, TiesGoToTheFirstOfAllChunks) {
     samples.values.push_back(i % 2 == 0 ? 1 : -1);
     samples.labels.push_back(i % 2 == 0 ? 1 : -1);
   }
-  const SolvedProblem problem = train(samples, {.kernelType = zelsvm::SVM_KERNEL_LINEAR}).only();
+  const SolvedProblem problem =
+      train(samples, {.kernelType = zelsvm::SVM_KERNEL_LINEAR}, zeltest::pairMachine()).only();
   EXPECT_EQ(problem.alpha[0], 0.5);
   EXPECT_EQ(problem.alpha[1], 0.5);
   EXPECT_EQ(problem.solution.nSV, 2);

@@ -108,9 +108,9 @@ inline Training train(const zelsvm::SvmContext<double>& context, zelsvm::SvmData
 }
 
 // One training with parameters of its own; the model is dropped.
-inline Training train(const Samples& samples, const zelsvm::SvmParameters& parameters) {
-  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training,
-                                     zeltest::testedMachine());
+inline Training train(const Samples& samples, const zelsvm::SvmParameters& parameters,
+                      const zelsvm::Machine& machine = testedMachine()) {
+  zelsvm::SvmContext<double> context(parameters, zelsvm::ParameterChecks::training, machine);
   DataSet set(samples, context);
   zelsvm::GenericModel<double> model;
   return train(context, set.data(), model);

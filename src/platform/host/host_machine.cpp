@@ -5,6 +5,7 @@
 #include "platform/host/host_predictor.h"
 #include "platform/host/host_sigmoid_sums.h"
 #include "platform/host/pair_schedule.h"
+#include "platform/host/sets/host_set_machine.h"
 #include "platform/host/solver/host_solver.h"
 #include "platform/system/small_file.h"
 #include "threads/parallel.h"
@@ -32,6 +33,9 @@ class HostMachine : public Machine {
   [[nodiscard]] std::unique_ptr<SolverMachine> makeSolver(SVM_KERNEL kernel,
                                                           bool twoGroups) const override {
     return makeHostSolver(kernel, twoGroups);
+  }
+  [[nodiscard]] std::unique_ptr<SetMachine> makeSetMachine() const override {
+    return makeHostSetMachine();
   }
   [[nodiscard]] std::unique_ptr<PredictorMachine> makePredictor(
       const DecisionTask& task) const override {

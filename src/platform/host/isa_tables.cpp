@@ -1,6 +1,8 @@
+#include "platform/host/block/block_sweeps.h"
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
 #include "platform/host/rows/row_products.h"
+#include "platform/host/sets/set_sweeps.h"
 #include "platform/host/sweeps/sigmoid_sweeps.h"
 #include "platform/host/sweeps/smo_sweeps.h"
 #include "platform/host/sweeps/transform_sweeps.h"
@@ -32,6 +34,23 @@ const RowProducts& rowProducts() {
   return zel::tableForProcessor(baseline::rowProductTable, avx2::rowProductTable,
                                 avx512::rowProductTable);
 }
+
+const SetSweepTable& setSweeps() {
+  return zel::tableForProcessor(baseline::setSweepTable, avx2::setSweepTable,
+                                avx512::setSweepTable);
+}
+
+template <>
+const BlockSweeps<double>& blockSweeps() {
+  return zel::tableForProcessor(baseline::blockSweepTable, avx2::blockSweepTable,
+                                avx512::blockSweepTable);
+}
+
+template <>
+const BlockSweeps<float>& blockSweeps() {
+  return zel::tableForProcessor(baseline::floatBlockSweepTable, avx2::floatBlockSweepTable,
+                                avx512::floatBlockSweepTable);
+}
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
@@ -42,6 +61,18 @@ const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
 const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
 
 const RowProducts& rowProducts() { return baseline::rowProductTable; }
+
+const SetSweepTable& setSweeps() { return baseline::setSweepTable; }
+
+template <>
+const BlockSweeps<double>& blockSweeps() {
+  return baseline::blockSweepTable;
+}
+
+template <>
+const BlockSweeps<float>& blockSweeps() {
+  return baseline::floatBlockSweepTable;
+}
 #endif
 
 }  // namespace zelsvm

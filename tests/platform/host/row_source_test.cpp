@@ -108,21 +108,21 @@ TEST_P(RowSourceTest, RowsOfMostlyEmptySamplesHoldTheKernelFunction) {
   }
 }
 
-TEST_P(RowSourceTest, BlocksHoldTheKernelFunctionAndEmptyTheCache) {
+TEST_P(RowSourceTest, AddsRowsWithWeightsAndKeepsItsCache) {
   Rows kernel(samples, context);
   const Numbers before = kernel.row(3);
-  std::uint64_t next = 0;
-  kernel.source.forEachBlock([&](const zelsvm::KernelColumns& block) {
-    EXPECT_EQ(block.first, next);
-    EXPECT_EQ(block.count, std::min<std::uint64_t>(16, rows - next));
-    next += block.count;
-    for (std::uint64_t c = 0; c < block.count; ++c)
-      for (std::uint64_t r = 0; r < rows; ++r)
-        EXPECT_NEAR(block.values[c * block.pitch + r], expected(block.first + c, r), 1e-13);
-  });
-  EXPECT_EQ(next, rows);
+  Numbers weights(rows, 0.0);
+  weights[1] = -2;
+  weights[rows - 1] = 0.5;
+  zelsvm::HostVector<double> sums(rows + 8);
+  sums.fill(3);
+  std::uint64_t calls = 0;
+  kernel.source.addRows(weights, sums.data(), [&calls] { ++calls; });
+  EXPECT_EQ(calls, (rows + 15) / 16);
+  for (std::uint64_t r = 0; r < rows; ++r)
+    EXPECT_NEAR(sums[r], 3 - 2 * expected(1, r) + 0.5 * expected(rows - 1, r), 1e-13);
   EXPECT_EQ(kernel.row(3), before);
-  EXPECT_EQ(kernel.source.hitRate(), 0);
+  EXPECT_EQ(kernel.source.hitRate(), 0.5);
 }
 
 TEST_P(RowSourceTest, KnowsItsDiagonal) {

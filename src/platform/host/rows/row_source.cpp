@@ -3,20 +3,20 @@
 #include <algorithm>
 
 #include "base/memory.h"
-#include "platform/host/products/block_products.h"
-#include "threads/parallel.h"
+#include "platform/host/block/kernel_block.h"
 
 namespace zelsvm {
 namespace {
 
-// Samples of a block's columns that are transformed together.
-constexpr std::uint64_t blockGrain = 4096;
+// Rows of a start gradient between two signs of life.
+constexpr std::uint64_t rowsAdded = 1024;
 
 }  // namespace
 
 void RowSource::assign(const SolverTask& task, RowForecast& newForecast) {
   samples = task.samples;
-  kernel = HostKernel(task.kernel);
+  settings = task.kernel;
+  kernel = HostKernel(settings);
   forecast = &newForecast;
   const std::uint64_t n = samples->rows();
   slotPitch = zel::roundedCapacity(n);
@@ -70,28 +70,27 @@ const double* RowSource::compute(std::uint64_t sample) {
   return values;
 }
 
-void RowSource::forEachBlock(const std::function<void(const KernelColumns& block)>& use) {
-  slots.clear();
-  DenseRows blockRows(*samples);
-  BlockProducts products(*samples);
-  for (std::uint64_t first = 0; first < samples->rows(); first += slots.count()) {
-    const std::uint64_t count = std::min(slots.count(), samples->rows() - first);
-    products.multiply(blockRows.rows(first, count), samples->cols(), memory.data(), slotPitch,
-                      count);
-    transform(first, count);
-    use({memory.data(), slotPitch, first, count});
+void RowSource::addRows(std::span<const double> weights, double* sums,
+                        const std::function<void()>& passed) const {
+  std::vector<std::uint64_t> weighted;
+  std::vector<double> factors;
+  for (std::uint64_t s = 0; s < weights.size(); ++s) {
+    if (weights[s] == 0) continue;
+    weighted.push_back(s);
+    factors.push_back(weights[s]);
   }
-}
-
-// The products of a block's columns.
-void RowSource::transform(std::uint64_t first, std::uint64_t count) {
-  const double* const norms = samples->rowNorms().data();
-  zel::forEachChunk(samples->rows(), blockGrain, kernel.nanoseconds() * static_cast<double>(count),
-                    [&](std::uint64_t begin, std::uint64_t end) {
-                      for (std::uint64_t c = 0; c < count; ++c)
-                        kernel.transform(slot(c) + begin, norms + begin, end - begin,
-                                         norms[first + c]);
-                    });
+  KernelBlock<double> block;
+  if (!weighted.empty()) block.assign(SampleChoice(*samples), settings);
+  double* const targets[] = {sums};
+  std::uint64_t reported = 0;
+  for (std::uint64_t first = 0; first < weighted.size(); first += rowsAdded) {
+    const std::uint64_t count = std::min(rowsAdded, weighted.size() - first);
+    block.compute(SampleChoice(*samples, std::span(weighted).subspan(first, count)),
+                  {{}, {factors.data() + first, count}, targets});
+    const std::uint64_t seen = weighted[first + count - 1] + 1;
+    for (; reported + slots.count() <= seen; reported += slots.count()) passed();
+  }
+  for (; reported < weights.size(); reported += slots.count()) passed();
 }
 
 }  // namespace zelsvm

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "base/vectors.h"
@@ -29,14 +30,6 @@ class RowForecast {
                              const std::vector<std::uint32_t>& isKnown, KernelRows& kernel) = 0;
 };
 
-// Columns of samples first … first + count - 1, one of them pitch elements behind the other.
-struct KernelColumns {
-  const double* values;
-  std::uint64_t pitch;
-  std::uint64_t first;
-  std::uint64_t count;
-};
-
 class RowSource {
  public:
   // For the task's solve, whose samples must outlive it. Where a row has to be computed, rows that
@@ -45,9 +38,12 @@ class RowSource {
   // The sample's row, one value per sample; valid until its slot is reused, which the next three
   // calls do not do.
   const double* row(std::uint64_t sample);
-  // Calls use with all columns of the kernel matrix, as many at a time as there are slots. All
-  // cached rows are lost.
-  void forEachBlock(const std::function<void(const KernelColumns& block)>& use);
+  // sums[i] += sum of weights[s] K(s, i), one weight per sample; those of weight 0 cost nothing.
+  // The sums have room for blockPitch of the samples. Calls passed whenever as many samples as
+  // there are slots, or the last ones, have been seen to.
+  void addRows(std::span<const double> weights, double* sums,
+               const std::function<void()>& passed) const;
+  [[nodiscard]] std::uint64_t slotCount() const { return slots.count(); }
 
   // K(x, x) by sample; null where it always is 1.
   [[nodiscard]] const double* diagonal() const { return diagonalValues; }
@@ -59,10 +55,10 @@ class RowSource {
  private:
   void makeDiagonal(SVM_KERNEL kernelType);
   const double* compute(std::uint64_t sample);
-  void transform(std::uint64_t first, std::uint64_t count);
   [[nodiscard]] double* slot(std::uint64_t number) { return memory.data() + number * slotPitch; }
 
   const zelmag::AbstractMatrix<double>* samples = nullptr;
+  KernelSettings settings{};
   HostKernel kernel;
   KernelRows rows;
   RowForecast* forecast = nullptr;

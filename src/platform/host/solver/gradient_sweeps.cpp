@@ -79,15 +79,6 @@ void GradientSweeps::forEachChunk(const Body& body) const {
       [&](std::uint64_t begin, std::uint64_t end) { body(begin / grain, begin, end); });
 }
 
-void GradientSweeps::addColumns(const KernelColumns& columns, const double* weights) {
-  zel::forEachChunk(stride, grain, sweepNanoseconds * static_cast<double>(columns.count),
-                    [&](std::uint64_t begin, std::uint64_t end) {
-                      smoSweeps().addColumns(v.data(), columns.values, columns.pitch, weights,
-                                             columns.count, begin, end);
-                    });
-  selected = false;
-}
-
 void GradientSweeps::clearStates() {
   std::fill_n(states.data(), halves * stride, SmoState{0});
   selected = false;

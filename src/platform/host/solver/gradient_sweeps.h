@@ -23,8 +23,9 @@ class GradientSweeps {
   // are to be set then.
   void assign(std::uint64_t samples, std::span<const signed char> signs,
               std::span<const double> gradient);
-  // Adds kernel columns times weights, the multipliers times their signs.
-  void addColumns(const KernelColumns& columns, const double* weights);
+  // v by sample, to be changed before anything is selected; aligned, and longer than the samples by
+  // what a cache line holds.
+  [[nodiscard]] double* values() { return v.data(); }
   // Of all variables: in neither set.
   void clearStates();
   // While nothing is selected, or of a moved pair before its update.

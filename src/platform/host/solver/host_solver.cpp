@@ -107,19 +107,14 @@ class HostSolver : public SolverMachine, private RowForecast {
                                              (positive ? positiveBit : 0)));
   }
 
-  // Adds the kernel columns of all variables, times their multipliers.
+  // Adds the kernel rows of all samples to v, times their multipliers.
   void addStart(const std::function<void()>& columnsAdded) {
-    std::vector<double> weights;
-    for (std::uint64_t offset = 0; offset < alpha.size(); offset += task.samples->rows())
-      rows.forEachBlock([&](const KernelColumns& block) {
-        weights.resize(block.count);
-        for (std::uint64_t c = 0; c < block.count; ++c) {
-          const auto t = static_cast<unsigned>(offset + block.first + c);
-          weights[c] = isPositive(t) ? alpha.data()[t] : -alpha.data()[t];
-        }
-        sweeps.addColumns(block, weights.data());
-        columnsAdded();
-      });
+    std::vector<double> weights(task.samples->rows(), 0.0);
+    for (unsigned t = 0; t < alpha.size(); ++t)
+      weights[sweeps.sampleOf(t)] += isPositive(t) ? -alpha.data()[t] : alpha.data()[t];
+    rows.addRows(weights, sweeps.values(), columnsAdded);
+    // Of a regression's second half, which has been added with the first.
+    for (std::uint64_t t = weights.size(); t < alpha.size(); t += rows.slotCount()) columnsAdded();
   }
 
   // Moves the pair's multipliers to their constrained optimum; k = K of its samples.

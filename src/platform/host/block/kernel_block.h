@@ -1,0 +1,75 @@
+// Kernel values of some samples, the rows, with many others, the columns: how the processor makes
+// all of them. Equal bits for a value whichever rows are computed with it, however its samples are
+// stored, and on every processor that fuses multiply-adds.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "platform/host/block/inverted_samples.h"
+#include "platform/host/block/packed_columns.h"
+#include "platform/host/block/sparse_block.h"
+#include "platform/machine.h"
+
+namespace zelsvm {
+
+// What is made of the values of some rows. Arrays along the columns are aligned to 64 bytes and
+// have room for blockPitch<T>(columns) elements; what is written behind the last column means
+// nothing.
+template <typename T>
+struct BlockUse {
+  // By row: where its values go; null for nowhere. May be left out.
+  std::span<T* const> stored{};
+  // sums[f][c] += sum of weights[r * sums.size() + f] K(row r, column c), in the order of the rows.
+  // May be left out.
+  std::span<const T> weights{};
+  std::span<T* const> sums{};
+};
+
+template <typename T>
+constexpr std::uint64_t blockPitch(std::uint64_t columns) {
+  constexpr std::uint64_t step = 64 / sizeof(T);
+  return (columns + step - 1) / step * step;
+}
+
+// Doubles, or floats where a few digits do. Used by one thread at a time; its loops take threads.
+template <typename T>
+class KernelBlock {
+ public:
+  // Columns, which outlive the use of the block. Memory is kept for the next ones. Throws
+  // std::bad_alloc, as the other functions do.
+  void assign(const SampleChoice& columns, const KernelSettings& kernel);
+
+  [[nodiscard]] std::uint64_t columns() const { return chosen->count(); }
+  // Squared norms of the columns, by which equal samples are at distance 0.
+  [[nodiscard]] const T* norms() const {
+    return isDense ? denseColumns.norms() : sparseColumns.norms();
+  }
+
+  // Any number of rows, of any matrix: features that only one of the two has take part in norms
+  // only. Of a repeated feature a column has the sum, a row the last.
+  void compute(const SampleChoice& rows, const BlockUse<T>& use);
+  // values[i * pitch + j] = K(column i, column j) for all of them; pitch is a blockPitch.
+  void computeAll(T* values, std::uint64_t pitch);
+
+ private:
+  void computeBatches(const SampleChoice& rows, const BlockUse<T>& use, T* mirror,
+                      std::uint64_t mirrorPitch);
+  void computeDense(const SampleChoice& batch, BlockTask<T>& task);
+  void computeSparse(const SampleChoice& batch, BlockTask<T>& task);
+  bool computeSingle(const SampleChoice& row, const BlockTask<T>& task);
+
+  std::optional<SampleChoice> chosen;
+  SVM_KERNEL type = SVM_KERNEL_LINEAR;
+  KernelConstants constants{};
+  double functionNanoseconds = 0;
+  bool isDense = true;
+  PackedColumns<T> denseColumns;
+  PackedRows<T> denseRows;
+  SparseSamples<T> sparseColumns;
+  SparseRows<T> sparseRows;
+  InvertedSamples<T> inverted;  // made for the first row that comes alone
+};
+
+}  // namespace zelsvm

@@ -1,0 +1,105 @@
+#include "platform/host/sets/set_rows.h"
+
+#include <algorithm>
+
+#include "base/memory.h"
+#include "platform/host/sets/set_sweeps.h"
+#include "platform/row_slots.h"
+#include "threads/parallel.h"
+
+namespace zelsvm {
+namespace {
+
+// Columns whose sums stay in the first-level cache while rows are added to them.
+constexpr std::uint64_t columnGrain = 1024;
+constexpr double nanosecondsPerEntry = 0.2;
+
+}  // namespace
+
+void SetRows::assign(const SetTask& task) {
+  samples = task.samples;
+  const std::uint64_t n = samples->rows();
+  pitch = zel::roundedCapacity(n);
+  const std::uint64_t obtainable = zel::obtainableMemory() + cache.capacity() * sizeof(double);
+  const std::uint64_t slots = rowSlotCount(
+      n, pitch * sizeof(double), rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
+  keeper.assign(n, slots);
+  cache.resize(slots * pitch);
+  scratch.resize(mixed * pitch);
+  work.resize(pitch);
+  asked.assign(n, false);
+  block.assign(SampleChoice(*samples), task.kernel);
+  madeCount = 0;
+  askedCount = 0;
+}
+
+void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
+  ordered.assign(rows.begin(), rows.end());
+  const auto known = std::stable_partition(
+      ordered.begin(), ordered.end(), [&](const WeightedRow& row) { return !asked[row.sample]; });
+  keeper.beginRound();
+  askedCount += rows.size();
+  std::copy(sums.begin(), sums.end(), work.data());
+  addNew({ordered.begin(), known});
+  for (std::span<const WeightedRow> rest(known, ordered.end()); !rest.empty();) {
+    const std::size_t count = std::min(mixed, rest.size());
+    addKnown(rest.first(count));
+    rest = rest.subspan(count);
+  }
+  std::copy_n(work.data(), sums.size(), sums.begin());
+}
+
+void SetRows::addNew(std::span<const WeightedRow> rows) {
+  numbers.clear();
+  weights.clear();
+  targets.clear();
+  for (const WeightedRow& row : rows) {
+    asked[row.sample] = true;
+    const std::uint32_t place = row.keep ? keeper.grab(row.sample) : RowKeeper::noSlot;
+    numbers.push_back(row.sample);
+    weights.push_back(row.weight);
+    targets.push_back(place == RowKeeper::noSlot ? nullptr : slot(place));
+  }
+  make(true);
+}
+
+void SetRows::addKnown(std::span<const WeightedRow> rows) {
+  const double* values[mixed] = {};
+  numbers.clear();
+  weights.clear();
+  targets.clear();
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    weights.push_back(rows[r].weight);
+    std::uint32_t place = keeper.find(rows[r].sample, rows[r].keep);
+    if (place != RowKeeper::noSlot) {
+      values[r] = slot(place);
+      continue;
+    }
+    if (rows[r].keep) place = keeper.grab(rows[r].sample);
+    numbers.push_back(rows[r].sample);
+    targets.push_back(place != RowKeeper::noSlot ? slot(place) : scratch.data() + r * pitch);
+    values[r] = targets.back();
+  }
+  const bool allMade = numbers.size() == rows.size();
+  make(allMade);
+  if (allMade) return;
+  zel::forEachChunk(
+      samples->rows(), columnGrain, nanosecondsPerEntry * static_cast<double>(rows.size()),
+      [&](std::uint64_t begin, std::uint64_t end) {
+        setSweeps().addRows(values, weights.data(), rows.size(), begin, end, work.data());
+      });
+}
+
+void SetRows::make(bool add) {
+  if (numbers.empty()) return;
+  double* const sums[] = {work.data()};
+  BlockUse<double> use{.stored = targets};
+  if (add) {
+    use.weights = weights;
+    use.sums = sums;
+  }
+  block.compute(SampleChoice(*samples, numbers), use);
+  madeCount += numbers.size();
+}
+
+}  // namespace zelsvm
