@@ -8,7 +8,7 @@
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
 #include "platform/host/rows/row_products.h"
-#include "platform/host/solver/smo_sweeps.h"
+#include "platform/host/sweeps/smo_sweeps.h"
 #include "platform/host/sweeps/transform_sweeps.h"
 #include "rules/kernel_rules.h"
 

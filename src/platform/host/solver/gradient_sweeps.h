@@ -6,7 +6,7 @@
 
 #include "base/vectors.h"
 #include "platform/host/rows/row_source.h"
-#include "platform/host/solver/smo_sweeps.h"
+#include "platform/host/sweeps/smo_sweeps.h"
 #include "rules/smo_records.h"
 
 namespace zelsvm {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/host/rows/kernel_rows.h"
-#include "platform/host/solver/smo_sweeps.h"
+#include "platform/host/sweeps/smo_sweeps.h"
 
 namespace zelsvm {
 

@@ -74,4 +74,16 @@ struct SmoSweeps {
 // The sweeps for this processor.
 const SmoSweeps& smoSweeps();
 
+#ifdef __x86_64__
+namespace avx512 {
+extern const SmoSweeps smoSweepTable;
+}
+namespace avx2 {
+extern const SmoSweeps smoSweepTable;
+}
+#endif
+namespace baseline {
+extern const SmoSweeps smoSweepTable;
+}
+
 }  // namespace zelsvm

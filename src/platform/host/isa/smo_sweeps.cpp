@@ -1,16 +1,11 @@
-#include "platform/host/solver/smo_sweeps.h"
+#include "platform/host/sweeps/smo_sweeps.h"
 
-#include "rules/smo_rules.h"
-
-#undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "platform/host/solver/smo_sweeps.cpp"
-#include <hwy/foreach_target.h>
-// After the targets.
 #include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
-HWY_BEFORE_NAMESPACE();
-namespace zelsvm::HWY_NAMESPACE {
+#include "rules/smo_rules.h"
+
+namespace zelsvm::ZEL_ISA {
 namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
@@ -332,7 +327,10 @@ void selectLower(const SweptVariables& variables, const LowerQuery& query, std::
   search.run(begin, end, best);
 }
 
-constexpr SmoSweeps table{
+}  // namespace
+
+extern const SmoSweeps smoSweepTable;
+const SmoSweeps smoSweepTable{
     {{selectUpper<Groups::all>, selectUpper<Groups::bySign>},
      {selectUpper<Groups::byHalf>, selectUpper<Groups::byHalf>}},
     {{updateAndSelect<Groups::all>, updateAndSelect<Groups::bySign>},
@@ -343,19 +341,4 @@ constexpr SmoSweeps table{
       {selectLower<true, true, false>, selectLower<true, true, true>}}},
 };
 
-}  // namespace
-
-const SmoSweeps& smoSweepTable() { return table; }
-
-}  // namespace zelsvm::HWY_NAMESPACE
-HWY_AFTER_NAMESPACE();
-
-#if HWY_ONCE
-namespace zelsvm {
-
-HWY_EXPORT(smoSweepTable);
-
-const SmoSweeps& smoSweeps() { return HWY_DYNAMIC_DISPATCH(smoSweepTable)(); }
-
-}  // namespace zelsvm
-#endif
+}  // namespace zelsvm::ZEL_ISA
