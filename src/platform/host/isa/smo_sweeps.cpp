@@ -1,10 +1,23 @@
 #include "platform/host/sweeps/smo_sweeps.h"
 
-#include "platform/host/isa/pack.h"
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
 #include "rules/smo_rules.h"
 
 namespace zelsvm::ZEL_ISA {
 namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Doubles = hn::ScalableTag<double>;
+using Numbers = hn::RebindToSigned<Doubles>;
+using Pack = hn::Vec<Doubles>;
+using Bits = hn::Vec<Numbers>;
+
+constexpr Doubles doubles;
+constexpr Numbers numbers;
+constexpr std::uint64_t lanes = hn::MaxLanes(doubles);
 
 constexpr double infinity = __builtin_inf();
 // Variables whose maximum is taken before anyone asks where it lies.
@@ -14,7 +27,26 @@ constexpr std::uint64_t blockSize = 256;
 constexpr std::uint64_t fetchedAhead = 512;
 constexpr std::uint64_t line = 8;  // elements
 
-ZEL_RULE void fetch(const double* row) { __builtin_prefetch(row + fetchedAhead); }
+HWY_INLINE void fetch(const double* row) { hwy::Prefetch(row + fetchedAhead); }
+HWY_INLINE Pack splat(double value) { return hn::Set(doubles, value); }
+HWY_INLINE Pack load(const double* from) { return hn::LoadU(doubles, from); }
+
+// a where it is larger, else b: what is not a number in a never wins. The processors' own maxima
+// differ in that.
+HWY_INLINE Pack larger(Pack a, Pack b) {
+#if HWY_ARCH_X86
+  return hn::Max(a, b);
+#else
+  return hn::IfThenElse(hn::Gt(a, b), a, b);
+#endif
+}
+HWY_INLINE Pack smaller(Pack a, Pack b) {
+#if HWY_ARCH_X86
+  return hn::Min(a, b);
+#else
+  return hn::IfThenElse(hn::Lt(a, b), a, b);
+#endif
+}
 
 // What selections are made in.
 enum class Groups { all, bySign, byHalf };
@@ -30,15 +62,23 @@ template <Groups groups>
 constexpr std::uint64_t unrolled = std::uint64_t{unroll<groups>} * lanes;
 static_assert(sweepStep % unrolled<Groups::all> == 0 && blockSize % sweepStep == 0);
 
-// A state byte per lane; the sign of a shifted mask tells one bit of it.
+// A state byte per lane. A lane's sign tells one bit of it; only signs are looked at.
 struct States {
-  Mask bytes;
-  ZEL_RULE Mask inUpper() const { return bytes; }
-  ZEL_RULE Mask inLower() const { return bytes << 57; }
-  ZEL_RULE Mask positive() const { return bytes << 63; }
+  Bits bytes;
+
+  static HWY_INLINE States at(const SmoState* states) {
+    const auto narrow = hn::LoadU(hn::Rebind<std::int8_t, Numbers>(),
+                                  reinterpret_cast<const std::int8_t*>(states));
+    return {hn::PromoteTo(numbers, hn::PromoteTo(hn::Rebind<std::int32_t, Numbers>(), narrow))};
+  }
+  [[nodiscard]] HWY_INLINE Bits inUpper() const { return bytes; }
+  [[nodiscard]] HWY_INLINE Bits inLower() const { return hn::ShiftLeft<57>(bytes); }
+  [[nodiscard]] HWY_INLINE Bits positive() const { return hn::ShiftLeft<63>(bytes); }
 };
 
-ZEL_RULE Pack where(Mask sign, Pack a, Pack b) { return sign < 0 ? a : b; }
+HWY_INLINE Pack where(Bits sign, Pack a, Pack b) {
+  return hn::IfNegativeThenElse(hn::BitCast(doubles, sign), a, b);
+}
 
 // Running extremes of one group in one block, lane by lane. What is not a number never wins.
 template <int unroll>
@@ -46,26 +86,22 @@ struct Extremes {
   Pack up[unroll];
   Pack low[unroll];
 
-  ZEL_RULE Extremes() {
+  HWY_INLINE Extremes() {
     for (int u = 0; u < unroll; ++u) {
       up[u] = splat(-infinity);
       low[u] = splat(infinity);
     }
   }
-  ZEL_RULE void take(int u, Mask inUpper, Mask inLower, Pack v) {
-    const Pack candidate = where(inUpper, v, splat(-infinity));
-    const Pack lowest = where(inLower, v, splat(infinity));
-    up[u] = larger(candidate, up[u]);
-    low[u] = smaller(lowest, low[u]);
+  HWY_INLINE void take(int u, Bits inUpper, Bits inLower, Pack v) {
+    up[u] = larger(where(inUpper, v, splat(-infinity)), up[u]);
+    low[u] = smaller(where(inLower, v, splat(infinity)), low[u]);
   }
-  ZEL_RULE double highest() const {
+  [[nodiscard]] HWY_INLINE double highest() const {
     Pack m = up[0];
     for (int u = 1; u < unroll; ++u) m = larger(up[u], m);
-    double best = m[0];
-    for (int k = 1; k < lanes; ++k) best = m[k] > best ? m[k] : best;
-    return best;
+    return hn::GetLane(hn::MaxOfLanes(doubles, m));
   }
-  ZEL_RULE Pack lowest(Pack m) const {
+  [[nodiscard]] HWY_INLINE Pack lowest(Pack m) const {
     for (const Pack& l : low) m = smaller(l, m);
     return m;
   }
@@ -78,32 +114,34 @@ struct Group {
   Pack offset;
   int index;
 
-  ZEL_RULE Group(const SweptVariables& variables, int index)
+  HWY_INLINE Group(const SweptVariables& variables, int index)
       : states(variables.states[groups == Groups::byHalf ? index : 0]),
         offset(splat(variables.offset[groups == Groups::byHalf ? index : 0])),
         index(index) {}
 
-  ZEL_RULE Pack value(Pack v) const { return groups == Groups::byHalf ? v + offset : v; }
-  ZEL_RULE Mask members(const States& s, Mask membership) const {
-    if constexpr (groups != Groups::bySign) return membership;
-    return index == 0 ? membership & s.positive() : membership & ~s.positive();
+  [[nodiscard]] HWY_INLINE Pack value(Pack v) const {
+    return groups == Groups::byHalf ? hn::Add(v, offset) : v;
   }
-  ZEL_RULE States statesAt(std::uint64_t q) const { return {loadBytes(states + q)}; }
+  [[nodiscard]] HWY_INLINE Bits members(const States& s, Bits membership) const {
+    if constexpr (groups != Groups::bySign) return membership;
+    return index == 0 ? hn::And(membership, s.positive()) : hn::AndNot(s.positive(), membership);
+  }
 
   // First position from here where a member of the upper set has this value.
-  ZEL_RULE std::uint64_t firstWith(const double* v, std::uint64_t from, double wanted) const {
+  [[nodiscard]] HWY_INLINE std::uint64_t firstWith(const double* v, std::uint64_t from,
+                                                   double wanted) const {
     for (std::uint64_t k = from;; k += lanes) {
-      const States s = statesAt(k);
-      const Mask found = members(s, s.inUpper()) & (value(load(v + k)) == splat(wanted));
-      if (const unsigned bits = signBits(found); bits != 0)
-        return k + static_cast<std::uint64_t>(__builtin_ctz(bits));
+      const States s = States::at(states + k);
+      const Pack candidates = where(members(s, s.inUpper()), value(load(v + k)), splat(-infinity));
+      const auto found = hn::FindFirstTrue(doubles, hn::Eq(candidates, splat(wanted)));
+      if (found >= 0) return k + static_cast<std::uint64_t>(found);
     }
   }
 };
 
 template <Groups groups, typename Update>
-ZEL_RULE void selectRange(const SweptVariables& variables, std::uint64_t begin, std::uint64_t end,
-                          const Update& update, SelectedUpper* best) {
+HWY_INLINE void selectRange(const SweptVariables& variables, std::uint64_t begin,
+                            std::uint64_t end, const Update& update, SelectedUpper* best) {
   constexpr int count = groupCount<groups>;
   constexpr int together = unroll<groups>;
   const Group<groups> members[2] = {{variables, 0}, {variables, count - 1}};
@@ -116,11 +154,11 @@ ZEL_RULE void selectRange(const SweptVariables& variables, std::uint64_t begin, 
     Extremes<together> extremes[count];
     for (std::uint64_t k = from; k < to; k += unrolled<groups>)
       for (int u = 0; u < together; ++u) {
-        const std::uint64_t q = k + static_cast<std::uint64_t>(u * lanes);
-        const Pack v = update(q);
+        const std::uint64_t q = k + static_cast<std::uint64_t>(u) * lanes;
+        const Pack v = update.at(q);
         for (int g = 0; g < count; ++g) {
           const Group<groups>& group = members[g];
-          const States s = group.statesAt(q);
+          const States s = States::at(group.states + q);
           extremes[g].take(u, group.members(s, s.inUpper()), group.members(s, s.inLower()),
                            group.value(v));
         }
@@ -138,50 +176,62 @@ ZEL_RULE void selectRange(const SweptVariables& variables, std::uint64_t begin, 
     if (better[g])
       best[g].position =
           static_cast<std::int64_t>(members[g].firstWith(variables.v, bestBlock[g], best[g].up));
-    for (int k = 0; k < lanes; ++k) best[g].low = low[g][k] < best[g].low ? low[g][k] : best[g].low;
+    const double lowest = hn::GetLane(hn::MinOfLanes(doubles, low[g]));
+    best[g].low = lowest < best[g].low ? lowest : best[g].low;
   }
 }
+
+struct NoUpdate {
+  const double* v;
+  [[nodiscard]] HWY_INLINE Pack at(std::uint64_t q) const { return load(v + q); }
+};
 
 template <Groups groups>
 void selectUpper(const SweptVariables& variables, std::uint64_t begin, std::uint64_t end,
                  SelectedUpper* best) {
-  const double* const v = variables.v;
-  selectRange<groups>(
-      variables, begin, end, [v](std::uint64_t q) { return load(v + q); }, best);
+  selectRange<groups>(variables, begin, end, NoUpdate{variables.v}, best);
 }
 
-template <Groups groups>
-void updateAndSelect(const SweptVariables& variables, const GradientStep& step, std::uint64_t begin,
-                     std::uint64_t end, SelectedUpper* best) {
-  const Pack stepI = splat(step.stepI);
-  const Pack stepJ = splat(step.stepJ);
-  const double* const rowI = step.rowI;
-  const double* const rowJ = step.rowJ;
-  double* const v = variables.v;
-  const auto update = [=](std::uint64_t q) {
+struct StepUpdate {
+  double* v;
+  const double* rowI;
+  const double* rowJ;
+  Pack stepI;
+  Pack stepJ;
+
+  [[nodiscard]] HWY_INLINE Pack at(std::uint64_t q) const {
     if (q % line == 0) {
       fetch(rowI + q);
       fetch(rowJ + q);
     }
-    const Pack moved = load(v + q) - multiplyAdd(stepI, load(rowI + q), load(rowJ + q) * stepJ);
-    store(v + q, moved);
+    const Pack change = hn::MulAdd(stepI, load(rowI + q), hn::Mul(load(rowJ + q), stepJ));
+    const Pack moved = hn::Sub(load(v + q), change);
+    hn::StoreU(moved, doubles, v + q);
     return moved;
-  };
+  }
+};
+
+template <Groups groups>
+void updateAndSelect(const SweptVariables& variables, const GradientStep& step, std::uint64_t begin,
+                     std::uint64_t end, SelectedUpper* best) {
+  const StepUpdate update{variables.v, step.rowI, step.rowJ, splat(step.stepI), splat(step.stepJ)};
   selectRange<groups>(variables, begin, end, update, best);
 }
 
 // The best pair so far. Candidates that may be better are rare, so only these are looked at
 // closely: the test takes a curvature that is not positive for a tiny one, and its factor keeps
-// rounding from losing one.
+// rounding from losing one. Without any yet, all that gain something are.
 struct GainTest {
   Pack threshold;
 
-  ZEL_RULE explicit GainTest(double best) { raise(best); }
-  ZEL_RULE void raise(double best) { threshold = splat(best * (1 - 0x1p-50)); }
+  HWY_INLINE explicit GainTest(double best) { raise(best); }
+  HWY_INLINE void raise(double best) {
+    threshold = splat(best > 0 ? best * (1 - 0x1p-50) : 0);
+  }
   // What the square of a difference in v is to exceed.
-  ZEL_RULE Pack leastSquare(Pack diagonalSum, Pack k) const {
-    const Pack q = multiplyAdd(k, splat(-2), diagonalSum);
-    return larger(q, splat(0x1p-1022)) * threshold;
+  [[nodiscard]] HWY_INLINE Pack leastSquare(Pack diagonalSum, Pack k) const {
+    const Pack q = hn::MulAdd(k, splat(-2), diagonalSum);
+    return hn::Mul(larger(q, splat(0x1p-1022)), threshold);
   }
 };
 
@@ -192,45 +242,47 @@ struct LowerSearch {
   static constexpr int together = unroll<Groups::all> / count;
   static constexpr std::uint64_t step = std::uint64_t{together} * lanes;
 
-  const SweptVariables variables;
-  const LowerQuery query;
+  const SweptVariables& variables;
+  const LowerQuery& query;
 
-  ZEL_RULE static double most(const SelectedLower* best) {
+  static HWY_INLINE double most(const SelectedLower* best) {
     return best[0].gain > best[count - 1].gain ? best[0].gain : best[count - 1].gain;
   }
 
   // What a variable of this sign and half is paired with.
-  ZEL_RULE static int classOf(bool positive, int half) {
+  static HWY_INLINE int classOf(bool positive, int half) {
     if constexpr (!nu) return 0;
     return (halves ? half == 0 : positive) ? 0 : 1;
   }
 
-  // The lanes, by sign, that may be better.
-  ZEL_RULE Mask lanesAt(std::uint64_t q, int half, const GainTest& test) const {
-    const States s{loadBytes(variables.states[half] + q)};
+  // The lanes that may be better.
+  [[nodiscard]] HWY_INLINE hn::Mask<Doubles> lanesAt(std::uint64_t q, int half,
+                                                     const GainTest& test) const {
+    const States s = States::at(variables.states[half] + q);
     const int cls = halves && nu ? half : 0;
     Pack up = splat(query.up[cls]);
     if constexpr (nu && !halves) up = where(s.positive(), up, splat(query.up[1]));
     const Pack v = load(variables.v + q);
-    const Pack b = up - (halves ? v + splat(variables.offset[half]) : v);
-    const Pack least = test.leastSquare(diagonalSums(q, cls, s), kernelValues(q, cls, s));
-    return s.inLower() & ~reinterpret_cast<Mask>(b) & (b * b > least);
+    Pack b = hn::Sub(up, halves ? hn::Add(v, splat(variables.offset[half])) : v);
+    b = larger(where(s.inLower(), b, splat(0)), splat(0));
+    return hn::Gt(hn::Mul(b, b),
+                  test.leastSquare(diagonalSums(q, cls, s), kernelValues(q, cls, s)));
   }
 
-  ZEL_RULE Pack kernelValues(std::uint64_t q, int cls, const States& s) const {
+  [[nodiscard]] HWY_INLINE Pack kernelValues(std::uint64_t q, int cls, const States& s) const {
     const Pack k = load(query.row[cls] + q);
     if constexpr (nu && !halves) return where(s.positive(), k, load(query.row[1] + q));
     return k;
   }
-  ZEL_RULE Pack diagonalSums(std::uint64_t q, int cls, const States& s) const {
+  [[nodiscard]] HWY_INLINE Pack diagonalSums(std::uint64_t q, int cls, const States& s) const {
     if constexpr (unitDiagonal) return splat(2);
     Pack diagonal = splat(query.diagonal[cls]);
     if constexpr (nu && !halves) diagonal = where(s.positive(), diagonal, splat(query.diagonal[1]));
-    return diagonal + load(query.diagonals + q);
+    return hn::Add(diagonal, load(query.diagonals + q));
   }
 
   // Minus infinity for none.
-  ZEL_RULE double gainAt(std::uint64_t q, int half) const {
+  [[nodiscard]] HWY_INLINE double gainAt(std::uint64_t q, int half) const {
     const int cls = classOf((variables.states[half][q] & positiveBit) != 0, half);
     const double v = variables.v[q];
     const double b = query.up[cls] - (halves ? v + variables.offset[half] : v);
@@ -238,25 +290,27 @@ struct LowerSearch {
     return b > 0 ? -pairGain(b, pairCurvature(diagonals, query.row[cls][q])) : -infinity;
   }
 
-  void run(std::uint64_t begin, std::uint64_t end, SelectedLower* best) const {
+  HWY_INLINE void run(std::uint64_t begin, std::uint64_t end, SelectedLower* best) const {
     GainTest test(most(best));
     for (std::uint64_t k = begin; k < end; k += step) {
       for (std::uint64_t q = k; q < k + step; q += line)
         for (int row = 0; row < (nu ? 2 : 1); ++row) fetch(query.row[row] + q);
-      Mask any{};
+      hn::Mask<Doubles> any = lanesAt(k, 0, test);
+      for (int part = 1; part < together * count; ++part)
+        any = hn::Or(any, lanesAt(k + static_cast<std::uint64_t>(part / count) * lanes,
+                                  part % count, test));
+      if (hn::AllFalse(doubles, any)) continue;
       for (int u = 0; u < together; ++u)
         for (int half = 0; half < count; ++half)
-          any |= lanesAt(k + static_cast<std::uint64_t>(u * lanes), half, test);
-      if (signBits(any) == 0) continue;
-      for (int u = 0; u < together; ++u)
-        for (int half = 0; half < count; ++half)
-          choose(k + static_cast<std::uint64_t>(u * lanes), half, test, best);
+          choose(k + static_cast<std::uint64_t>(u) * lanes, half, test, best);
     }
   }
 
   // Those of a pack that beat the best of their half become it, the first of equals.
-  ZEL_RULE void choose(std::uint64_t q, int half, GainTest& test, SelectedLower* best) const {
-    for (unsigned bits = signBits(lanesAt(q, half, test)); bits != 0; bits &= bits - 1) {
+  HWY_INLINE void choose(std::uint64_t q, int half, GainTest& test, SelectedLower* best) const {
+    std::uint8_t bytes[8] = {};
+    hn::StoreMaskBits(doubles, lanesAt(q, half, test), bytes);
+    for (unsigned bits = bytes[0]; bits != 0; bits &= bits - 1) {
       const std::uint64_t position = q + static_cast<std::uint64_t>(__builtin_ctz(bits));
       const double gain = gainAt(position, half);
       if (!(gain > best[half].gain)) continue;
@@ -273,24 +327,6 @@ void selectLower(const SweptVariables& variables, const LowerQuery& query, std::
   search.run(begin, end, best);
 }
 
-void addColumns(double* v, const double* columns, std::uint64_t ld, const double* weights,
-                std::uint64_t count, std::uint64_t begin, std::uint64_t end) {
-  constexpr std::uint64_t stretch = 512;
-  for (std::uint64_t from = begin; from < end; from += stretch) {
-    const std::uint64_t length = end - from < stretch ? end - from : stretch;
-    double sums[stretch] = {};
-    for (std::uint64_t c = 0; c < count; ++c) {
-      const double* const column = columns + from + c * ld;
-      const double weight = weights[c];
-#pragma omp simd
-      for (std::uint64_t k = 0; k < length; ++k)
-        sums[k] = fusedMultiplyAdd(column[k], weight, sums[k]);
-    }
-#pragma omp simd
-    for (std::uint64_t k = 0; k < length; ++k) v[from + k] -= sums[k];
-  }
-}
-
 }  // namespace
 
 extern const SmoSweeps smoSweepTable;
@@ -303,7 +339,6 @@ const SmoSweeps smoSweepTable{
       {selectLower<false, true, false>, selectLower<false, true, true>}},
      {{selectLower<true, false, false>, selectLower<true, false, true>},
       {selectLower<true, true, false>, selectLower<true, true, true>}}},
-    addColumns,
 };
 
 }  // namespace zelsvm::ZEL_ISA

@@ -1,4 +1,4 @@
-// The solvers' sweeps over the variables, built once per instruction set.
+// The solvers' sweeps over the variables, built for each instruction set.
 #pragma once
 
 #include <cstdint>
@@ -69,9 +69,6 @@ struct SmoSweeps {
   UpdateAndSelect updateAndSelect[2][2];  // [halves][nu]
   // One best for each half; a half may be left without where the other has a better one.
   SelectLower selectLower[2][2][2];  // [halves][nu][unitDiagonal]
-  // v[k] -= sum_c columns[k + c * ld] weights[c].
-  void (*addColumns)(double* v, const double* columns, std::uint64_t ld, const double* weights,
-                     std::uint64_t count, std::uint64_t begin, std::uint64_t end);
 };
 
 // The sweeps for this processor.
