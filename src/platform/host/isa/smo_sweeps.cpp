@@ -77,7 +77,11 @@ struct States {
 };
 
 HWY_INLINE Pack where(Bits sign, Pack a, Pack b) {
+#if HWY_TARGET == HWY_SCALAR  // which would not see the sign of what is no number
+  return hn::IfThenElse(hn::RebindMask(doubles, hn::Lt(sign, hn::Zero(numbers))), a, b);
+#else
   return hn::IfNegativeThenElse(hn::BitCast(doubles, sign), a, b);
+#endif
 }
 
 // Running extremes of one group in one block, lane by lane. What is not a number never wins.

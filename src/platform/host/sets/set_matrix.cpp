@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/host/sets/set_sweeps.h"
-#include "rules/kernel_rules.h"
 
 namespace zelsvm {
 
@@ -30,7 +29,7 @@ void SetMatrix::addRows(std::span<const double> weights, std::span<double> sums)
   for (std::uint64_t c = 0; c < size(); ++c) {
     if (weights[c] == 0) continue;
     for (std::uint64_t r = 0; r < size(); ++r)
-      sums[r] = fusedMultiplyAdd(weights[c], value(c, r), sums[r]);
+      sums[r] += weights[c] * value(c, r);
   }
 }
 
