@@ -25,9 +25,14 @@ constexpr double denseShare = 0.4;
 constexpr std::uint64_t memoryPart = 4;
 
 // Absent elements are 0, but their products with an infinity would not be.
-bool storesFiniteValues(const zelmag::AbstractMatrix<double>& matrix) {
-  return std::all_of(matrix.values(), matrix.values() + matrix.valueCount(),
-                     [](double value) { return std::isfinite(value); });
+bool storesFiniteValues(const SampleChoice& samples) {
+  const zelmag::AbstractMatrix<double>& matrix = samples.matrix();
+  for (std::uint64_t i = 0; i < samples.count(); ++i)
+    if (!std::all_of(matrix.values() + matrix.rowOffsets()[samples[i]],
+                     matrix.values() + matrix.rowOffsets()[samples[i] + 1],
+                     [](double value) { return std::isfinite(value); }))
+      return false;
+  return true;
 }
 
 bool densePays(const SampleChoice& columns, std::uint64_t elementBytes) {
@@ -38,7 +43,7 @@ bool densePays(const SampleChoice& columns, std::uint64_t elementBytes) {
   const double bytes = static_cast<double>(columns.count()) * static_cast<double>(matrix.cols()) *
                        static_cast<double>(elementBytes);
   return bytes <= static_cast<double>(zel::availableHostMemory() / memoryPart) &&
-         storesFiniteValues(matrix);
+         storesFiniteValues(columns);
 }
 
 std::uint64_t rowsTogether(std::uint64_t rowBytes) {
