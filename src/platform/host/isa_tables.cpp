@@ -29,7 +29,6 @@ const CsrSweeps& csrSweeps() {
                                 avx512::csrSweepTable);
 }
 
-
 const SetSweepTable& setSweeps() {
   return zel::tableForProcessor(baseline::setSweepTable, avx2::setSweepTable,
                                 avx512::setSweepTable);
