@@ -1,122 +1,72 @@
 #include "platform/host/host_predictor.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "base/memory.h"
 #include "base/vectors.h"
-#include "platform/host/products/blas.h"
-#include "platform/host/products/block_products.h"
-#include "platform/host/products/dense_product.h"
-#include "platform/host/sweeps/host_kernel.h"
+#include "platform/host/block/kernel_block.h"
 #include "rules/pair_order.h"
-#include "threads/parallel.h"
 
 namespace zelsvm {
 namespace {
 
-constexpr std::uint64_t minBlockSize = 4;
-constexpr std::uint64_t maxBlockSize = 256;
+constexpr std::uint64_t minBlockSize = 64;
+// Vectors are packed for each block, which costs as much as their products with some ten samples.
+constexpr std::uint64_t maxBlockSize = 2048;
 // Decision values of a block, which many functions make large.
 constexpr std::uint64_t maxValueBytes = std::uint64_t{64} << 20;
-// Sparse rows of a block, laid out densely: the data themselves may take less.
+// Samples of a block, laid out densely: sparse ones may take less.
 constexpr std::uint64_t maxDenseBytes = std::uint64_t{16} << 20;
 
-// A tile of kernel values stays in the second-level cache from its transform to its product.
-constexpr std::uint64_t tileSamples = 32;
-constexpr std::uint64_t tileVectors = 512;
-constexpr double nanosecondsPerMultiplication = 0.06;
-
-// A vector has one coefficient per other class, side by side, so that a class's kernel values times
-// its coefficients are its share in the functions of all its pairs.
+// The samples are a block's columns. Its rows are the vectors, class by class: one has a
+// coefficient per other class, so that a class has its share in the functions of all its pairs.
 class HostPredictor : public PredictorMachine {
  public:
   explicit HostPredictor(const DecisionTask& newTask)
-      : task(newTask),
-        kernel(task.kernel),
-        vectorProducts(*task.vectors),
-        pitch(zel::roundedCapacity(task.vectors->rows())),
-        classes(task.classStarts.size() - 1) {}
+      : task(newTask), classes(task.classStarts.size() - 1), shares(classes - 1) {}
 
   std::uint64_t blockSize(const zelmag::AbstractMatrix<double>& test) override {
-    const std::uint64_t available = zel::obtainableMemory() / 2;
-    const std::uint64_t valueBytes = task.rho.size() * sizeof(double);
-    const std::uint64_t bytesPerSample =
-        (pitch + classes - 1) * sizeof(double) + valueBytes + 2 * sizeof(double);
-    const std::uint64_t fitting = (available / bytesPerSample + 3) / 4 * 4;
-    std::uint64_t size = std::clamp(fitting, minBlockSize, maxBlockSize);
-    size = std::clamp(maxValueBytes / valueBytes, minBlockSize, size);
-    if (test.isSparse())
-      size = std::clamp(std::min(available / 4, maxDenseBytes) / (test.cols() * sizeof(double)),
-                        minBlockSize, size);
-    return size;
+    const std::uint64_t available = zel::obtainableMemory() / 4;
+    const std::uint64_t valueBytes = 2 * task.rho.size() * sizeof(double);
+    const std::uint64_t denseBytes = std::max<std::uint64_t>(test.cols(), 1) * sizeof(double);
+    const std::uint64_t fitting = std::min({std::min(available, maxValueBytes) / valueBytes,
+                                            std::min(available, maxDenseBytes) / denseBytes});
+    return std::clamp(fitting, minBlockSize, maxBlockSize);
   }
 
   void decide(const zelmag::AbstractMatrix<double>& test, std::uint64_t first, std::uint64_t count,
               double* values) override {
-    requireBlas();
-    products.resize(count * pitch);
-    DenseRows rows(test);
-    vectorProducts.multiply(rows.rows(first, count), test.cols(), products.data(), pitch, count);
-    const std::uint64_t others = classes - 1;
-    sums.resize(count * others);
-    const Block block{test.rowNorms().data() + first, values, count};
-    const double perVector =
-        kernel.nanoseconds() + nanosecondsPerMultiplication * static_cast<double>(others);
-    zel::forEachChunk(count, tileSamples, perVector * static_cast<double>(task.vectors->rows()),
-                      [&](std::uint64_t begin, std::uint64_t end) {
-                        double* const tile = sums.data() + begin * others;
-                        for (std::uint64_t cls = 0; cls < classes; ++cls) {
-                          addUp(block, cls, begin, end, tile);
-                          share(block, cls, begin, end, tile);
-                        }
-                      });
+    block.assign({test, first, count}, task.kernel);
+    const std::uint64_t functions = task.rho.size();
+    const std::uint64_t pitch = blockPitch<double>(count);
+    sums.resize(functions * pitch);
+    std::fill_n(sums.data(), functions * pitch, 0.0);
+    for (std::uint64_t cls = 0; cls < classes; ++cls) addClass(cls, pitch);
+    for (std::uint64_t f = 0; f < functions; ++f)
+      std::transform(sums.data() + f * pitch, sums.data() + f * pitch + count, values + f * count,
+                     [rho = task.rho[f]](double sum) { return sum - rho; });
   }
 
  private:
-  struct Block {
-    const double* testNorms;
-    double* values;
-    std::uint64_t samples;
-  };
-
-  // tile[c + j * (end - begin)] for samples begin + c and the class's coefficients j.
-  void addUp(const Block& block, std::uint64_t cls, std::uint64_t begin, std::uint64_t end,
-             double* tile) {
-    const std::uint64_t others = classes - 1;
-    const int rows = static_cast<int>(end - begin);
-    const bool pair = others == 1;
-    std::fill_n(tile, (end - begin) * others, 0.0);
-    for (std::uint64_t v = task.classStarts[cls]; v < task.classStarts[cls + 1]; v += tileVectors) {
-      const std::uint64_t count = std::min(tileVectors, task.classStarts[cls + 1] - v);
-      for (std::uint64_t c = begin; c < end; ++c)
-        kernel.transform(products.data() + c * pitch + v, task.vectors->rowNorms().data() + v,
-                         count, block.testNorms[c]);
-      denseProduct({!pair, rows, static_cast<int>(others), static_cast<int>(count),
-                    products.data() + begin * pitch + v, static_cast<int>(pitch),
-                    task.coefficients.data() + v * others, static_cast<int>(pair ? count : others),
-                    1.0, tile, rows});
+  void addClass(std::uint64_t cls, std::uint64_t pitch) {
+    for (std::uint64_t j = 0; j < shares.size(); ++j) {
+      const std::uint64_t f =
+          cls <= j ? pairIndex(cls, j + 1, classes) : pairIndex(j, cls, classes);
+      shares[j] = sums.data() + f * pitch;
     }
-  }
-
-  // The first of a pair's classes starts its sum, the second ends it.
-  void share(const Block& block, std::uint64_t cls, std::uint64_t begin, std::uint64_t end,
-             const double* tile) const {
-    for (std::uint64_t j = 0; j + 1 < classes; ++j, tile += end - begin) {
-      const bool first = cls <= j;
-      const std::uint64_t f = first ? pairIndex(cls, j + 1, classes) : pairIndex(j, cls, classes);
-      double* const target = block.values + f * block.samples + begin;
-      for (std::uint64_t c = 0; c < end - begin; ++c)
-        target[c] = first ? tile[c] : target[c] + tile[c] - task.rho[f];
-    }
+    const std::uint64_t start = task.classStarts[cls];
+    const std::uint64_t count = task.classStarts[cls + 1] - start;
+    block.compute(
+        {*task.vectors, start, count},
+        {{}, task.coefficients.subspan(start * shares.size(), count * shares.size()), shares});
   }
 
   DecisionTask task;
-  HostKernel kernel;
-  BlockProducts vectorProducts;
-  std::uint64_t pitch;
   std::uint64_t classes;
-  HostVector<double> products;
-  HostVector<double> sums;
+  KernelBlock<double> block;
+  HostVector<double> sums;      // by function
+  std::vector<double*> shares;  // of a class, by the pair's other class
 };
 
 }  // namespace

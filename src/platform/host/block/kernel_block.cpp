@@ -25,9 +25,14 @@ constexpr double denseShare = 0.4;
 constexpr std::uint64_t memoryPart = 4;
 
 // Absent elements are 0, but their products with an infinity would not be.
-bool storesFiniteValues(const zelmag::AbstractMatrix<double>& matrix) {
-  return std::all_of(matrix.values(), matrix.values() + matrix.valueCount(),
-                     [](double value) { return std::isfinite(value); });
+bool storesFiniteValues(const SampleChoice& samples) {
+  const zelmag::AbstractMatrix<double>& matrix = samples.matrix();
+  for (std::uint64_t i = 0; i < samples.count(); ++i)
+    if (!std::all_of(matrix.values() + matrix.rowOffsets()[samples[i]],
+                     matrix.values() + matrix.rowOffsets()[samples[i] + 1],
+                     [](double value) { return std::isfinite(value); }))
+      return false;
+  return true;
 }
 
 bool densePays(const SampleChoice& columns, std::uint64_t elementBytes) {
@@ -38,7 +43,7 @@ bool densePays(const SampleChoice& columns, std::uint64_t elementBytes) {
   const double bytes = static_cast<double>(columns.count()) * static_cast<double>(matrix.cols()) *
                        static_cast<double>(elementBytes);
   return bytes <= static_cast<double>(zel::availableHostMemory() / memoryPart) &&
-         storesFiniteValues(matrix);
+         storesFiniteValues(columns);
 }
 
 std::uint64_t rowsTogether(std::uint64_t rowBytes) {
@@ -74,6 +79,16 @@ void KernelBlock<T>::computeAll(T* values, std::uint64_t pitch) {
   std::vector<T*> stored(columns());
   for (std::uint64_t r = 0; r < stored.size(); ++r) stored[r] = values + r * pitch;
   computeBatches(*chosen, {stored, {}, {}}, values, pitch);
+}
+
+template <typename T>
+void KernelBlock<T>::computeDiagonal(T* values) const {
+  withKernel(type, [&]<typename Function>() {
+    static_assert(Function::unitDiagonal || !Function::readsNorms);
+    if (Function::unitDiagonal) return static_cast<void>(std::fill_n(values, columns(), T{1}));
+    std::copy_n(norms(), columns(), values);
+    blockSweeps<T>().transform[type](constants, values, norms(), columns(), T{});
+  });
 }
 
 template <typename T>
