@@ -5,6 +5,7 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/console.h"
 #include "base/random.h"
@@ -105,19 +106,30 @@ int printSets() {
   return 0;
 }
 
-int printRuns(std::string_view name, int threads, unsigned cache, bool sparse) {
+struct Setting {
+  int threads;
+  unsigned cacheMegabytes;
+  bool sparse;
+};
+
+void printRuns(std::vector<zeltest::BitRun> runs, const Setting& setting) {
+  const zeltest::ThreadLimit limit(setting.threads);
+  for (zeltest::BitRun& run : runs) {
+    run.parameters.cacheSize = setting.cacheMegabytes;
+    run.parameters.sparse = setting.sparse;
+    const zelsvm::SvmContext<double> context(run.parameters, zelsvm::ParameterChecks::training,
+                                             zelsvm::hostMachine());
+    zel::seedRandom(1);
+    run.folds > 0 ? printCrossValidation(run, context) : printTraining(run, context);
+  }
+}
+
+int printWith(std::string_view name, const Setting& setting, bool all) {
   for (const InstructionSet& set : sets) {
     if (set.name != name || set.isa > zel::processorIsa()) continue;
-    const zel::IsaLimit isaLimit(set.isa);
-    const zeltest::ThreadLimit threadLimit(threads);
-    for (zeltest::BitRun& run : zeltest::bitRuns()) {
-      run.parameters.cacheSize = cache;
-      run.parameters.sparse = sparse;
-      const zelsvm::SvmContext<double> context(run.parameters, zelsvm::ParameterChecks::training,
-                                               zelsvm::hostMachine());
-      zel::seedRandom(1);
-      run.folds > 0 ? printCrossValidation(run, context) : printTraining(run, context);
-    }
+    const zel::IsaLimit limit(set.isa);
+    printRuns(zeltest::shortRuns(), setting);
+    if (all) printRuns(zeltest::longRuns(), setting);
     return 0;
   }
   std::fprintf(stderr, "no such instruction set here: %s\n", std::string(name).c_str());
@@ -127,14 +139,15 @@ int printRuns(std::string_view name, int threads, unsigned cache, bool sparse) {
 }  // namespace
 
 // Without arguments: the instruction sets, each "here" or "missing". Else: one of them, threads,
-// megabytes of cache, and "sparse" or "dense".
+// megabytes of cache, "sparse" or "dense", and "all" or "short" runs.
 int main(int argc, char** argv) {
   Silence silence;
   const zel::SinkScope scope(silence);
   try {
-    if (argc != 5) return printSets();
-    return printRuns(argv[1], std::atoi(argv[2]), static_cast<unsigned>(std::atoi(argv[3])),
-                     std::string_view(argv[4]) == "sparse");
+    if (argc != 6) return printSets();
+    const Setting setting{std::atoi(argv[2]), static_cast<unsigned>(std::atoi(argv[3])),
+                          std::string_view(argv[4]) == "sparse"};
+    return printWith(argv[1], setting, std::string_view(argv[5]) == "all");
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;

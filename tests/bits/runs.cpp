@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <random>
-#include <utility>
 
 #include "rules/kernel_names.h"
 
@@ -70,29 +69,38 @@ BitRun withFolds(BitRun run, std::uint64_t folds) {
 
 }  // namespace
 
-std::vector<BitRun> bitRuns() {
+std::vector<BitRun> shortRuns() {
   std::vector<BitRun> runs;
-  const auto add = [&](BitRun run) { runs.push_back(std::move(run)); };
   for (const int type : allTypes) {
     for (const int kernel : allKernels)
       for (const Shape& shape : {Shape{23, 1}, Shape{24, 7}, Shape{25, 24}, Shape{100, 100}})
-        add(training(shape, {.svmType = type, .kernelType = kernel, .coef0 = 0.1}));
+        runs.push_back(training(shape, {.svmType = type, .kernelType = kernel, .coef0 = 0.1}));
+    const SvmParameters radial{.svmType = type, .C = 10};
+    runs.push_back(withFolds(training({200, 24}, radial), 5));
+    if (type != int{zelsvm::SVM_TYPE_ONE_CLASS})
+      runs.push_back(withProbability(training({200, 24}, radial)));
+  }
+  const Shape labels{300, 24, {1, 2, 3, 4, 5}};
+  runs.push_back(training(labels, {.C = 10}));
+  runs.push_back(withProbability(training(labels, {.kernelType = zelsvm::SVM_KERNEL_LINEAR})));
+  runs.push_back(withFolds(withProbability(training(labels, {})), 3));
+  runs.push_back(training({1050, 24}, {.svmType = zelsvm::SVM_TYPE_EPSILON_REGRESSION}));
+  return runs;
+}
+
+std::vector<BitRun> longRuns() {
+  std::vector<BitRun> runs;
+  for (const int type : allTypes) {
     const SvmParameters radial{.svmType = type, .C = 10};
     const SvmParameters polynomial{
         .svmType = type, .kernelType = zelsvm::SVM_KERNEL_POLYNOMIAL, .coef0 = 1};
-    add(training({1100, 24}, radial));
-    add(training({2100, 7}, polynomial));
-    add(training({2100, 100}, radial));
-    add(training({1100, 200, {-1, 1}, Values::sparse}, radial));
-    add(training({2100, 200, {-1, 1}, Values::sparse}, radial));
-    add(training({1100, 25, {-1, 1}, Values::whole}, radial));
-    add(withFolds(training({200, 24}, radial), 5));
-    if (type != int{zelsvm::SVM_TYPE_ONE_CLASS}) add(withProbability(training({200, 24}, radial)));
+    runs.push_back(training({1100, 24}, radial));
+    runs.push_back(training({2100, 7}, polynomial));
+    runs.push_back(training({2100, 100}, radial));
+    runs.push_back(training({1100, 200, {-1, 1}, Values::sparse}, radial));
+    runs.push_back(training({2100, 200, {-1, 1}, Values::sparse}, radial));
+    runs.push_back(training({1100, 25, {-1, 1}, Values::whole}, radial));
   }
-  const Shape labels{300, 24, {1, 2, 3, 4, 5}};
-  add(training(labels, {.C = 10}));
-  add(withProbability(training(labels, {.kernelType = zelsvm::SVM_KERNEL_LINEAR})));
-  add(withFolds(withProbability(training(labels, {})), 3));
   return runs;
 }
 

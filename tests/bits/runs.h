@@ -19,7 +19,11 @@ struct BitRun {
   std::uint64_t folds = 0;  // 0 for a training
 };
 
-// All formulations and kernels; samples and features around the widths of tiles, batches and sets.
-std::vector<BitRun> bitRuns();
+// All formulations and kernels; samples and features around the widths of tiles and batches. One
+// run goes by working sets.
+std::vector<BitRun> shortRuns();
+
+// As many samples as take a cache and working sets, and sparse and whole numbers.
+std::vector<BitRun> longRuns();
 
 }  // namespace zeltest
