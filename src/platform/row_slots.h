@@ -7,8 +7,7 @@
 
 namespace zelsvm {
 
-// One slot: when it was last used and whose kernel row it holds. A guess is older than any used
-// row.
+// One slot: when it was last used and whose kernel row it holds.
 struct MRUEntry {
   std::uint64_t stamp;
   std::uint64_t row;
@@ -33,30 +32,19 @@ class RowSlots {
   // The slot that a row which has none gets: an unused one or else the least recently used. What it
   // holds is stale.
   std::uint64_t grab(std::uint64_t row);
-  // The same for a row that nobody has asked for yet. Where all slots are filled it takes the place
-  // of the least recently used row, or of the oldest guess once guesses fill a quarter of the
-  // slots.
-  std::uint64_t grabGuess(std::uint64_t row);
   // Forgets all rows.
   void clear();
 
   [[nodiscard]] std::uint64_t count() const { return entries.size(); }
-  // By row: slot + 1 of those that have one, 0 for the others.
-  [[nodiscard]] const std::vector<std::uint32_t>& cachedRows() const { return slotOfRow; }
-  // Guesses whose row was asked for while a slot still held it.
-  [[nodiscard]] std::uint64_t usedGuesses() const { return guessesUsed; }
 
  private:
-  [[nodiscard]] std::uint64_t oldest(std::uint64_t leastStamp) const;
-  std::uint64_t fill(std::uint64_t slot, std::uint64_t row, std::uint64_t stamp);
+  // Of the filled slots the one least recently used.
+  [[nodiscard]] std::uint64_t oldest() const;
 
   std::vector<MRUEntry> entries;
-  std::vector<std::uint32_t> slotOfRow;
+  std::vector<std::uint32_t> slotOfRow;  // slot + 1 of those that have one, 0 for the others
   std::uint64_t used = 0;
   std::uint64_t clock = 0;
-  std::uint64_t guessClock = 0;
-  std::uint64_t guesses = 0;  // slots that hold one
-  std::uint64_t guessesUsed = 0;
 };
 
 }  // namespace zelsvm

@@ -83,30 +83,4 @@ TEST(RowSlots, KeepTheMostRecentlyUsedRows) {
   }
 }
 
-// Guesses go first, the oldest before the others, and never take a place that the latest requests
-// need; one that is asked for is a row like any other.
-TEST(RowSlots, HoldGuessesAsOlderThanUsedRows) {
-  RowSlots cache;
-  cache.assign(700, 16);
-  const auto isCached = [&](std::uint64_t row) { return cache.cachedRows()[row] != 0; };
-  for (std::uint64_t row = 0; row < 8; ++row) cache.grab(row);
-  for (std::uint64_t row = 100; row < 108; ++row) cache.grabGuess(row);
-  EXPECT_EQ(cache.usedGuesses(), 0);
-  EXPECT_TRUE(cache.query(100));
-  EXPECT_EQ(cache.usedGuesses(), 1);
-  cache.grab(8);  // in the place of guess 101
-  EXPECT_FALSE(isCached(101));
-  cache.grabGuess(200);  // guesses hold more than a quarter: in the place of 102
-  EXPECT_FALSE(isCached(102));
-  for (std::uint64_t row = 0; row < 9; ++row) EXPECT_TRUE(isCached(row)) << row;
-  for (std::uint64_t row = 9; row < 13; ++row) cache.grab(row);  // 103 to 106
-  for (std::uint64_t row = 103; row < 107; ++row) EXPECT_FALSE(isCached(row)) << row;
-  EXPECT_TRUE(isCached(100) && isCached(107) && isCached(200));
-  cache.grabGuess(201);  // guesses are few now: in the place of the least recently used row
-  EXPECT_FALSE(isCached(0));
-  EXPECT_TRUE(isCached(107) && isCached(200) && isCached(201));
-  for (std::uint64_t guess = 300; guess < 340; ++guess) cache.grabGuess(guess);
-  for (std::uint64_t row = 2; row < 13; ++row) EXPECT_TRUE(isCached(row)) << row;
-}
-
 }  // namespace

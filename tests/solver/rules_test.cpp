@@ -74,9 +74,9 @@ TEST(SmoRules, StepsEndAtTheConstrainedMinimum) {
 TEST(SmoRules, HugeStepsKeepSumOrDifference) {
   for (const double delta : {-3e11, 1e9, 7e15}) {
     const PairValues same = zelsvm::clippedPair(true, {0.1, 0.3}, delta, {1, 1});
-    EXPECT_DOUBLE_EQ(same.i + same.j, 0.1 + 0.3);
+    EXPECT_NEAR(same.i + same.j, 0.1 + 0.3, 1e-15);
     const PairValues opposite = zelsvm::clippedPair(false, {0.3, 0.1}, delta, {1, 1});
-    EXPECT_DOUBLE_EQ(opposite.i - opposite.j, 0.3 - 0.1);
+    EXPECT_NEAR(opposite.i - opposite.j, 0.3 - 0.1, 1e-15);
   }
 }
 

@@ -112,7 +112,7 @@ TEST_P(WorkingSets, EndWhereNothingViolatesOptimality) {
 
 TEST_P(WorkingSets, ReachTheObjectiveOfPairs) {
   if (parameters.kernelType == 3) return;  // it has several stationary points
-  parameters.eps = 1e-5;
+  parameters.eps = 1e-6;
   const Samples samples = samplesFor(parameters, usualSize);
   const auto sets = train(samples, parameters).only().solution;
   const auto pairs = train(samples, parameters, zeltest::pairMachine()).only().solution;

@@ -7,7 +7,6 @@
 
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
-#include "platform/host/rows/row_products.h"
 #include "platform/host/sweeps/smo_sweeps.h"
 #include "platform/host/sweeps/transform_sweeps.h"
 #include "rules/kernel_rules.h"
@@ -18,7 +17,6 @@ struct IsaTables {
   std::string name;
   const zelsvm::SmoSweeps* smo;
   const zelsvm::TransformSweeps* transforms;
-  const zelsvm::RowProducts* rowProducts;
   const zelsvm::CsrSweeps* csr;
   double (*fma)(double, double, double);  // what the build takes for a * b + c
 };
@@ -27,18 +25,17 @@ inline std::vector<IsaTables> runnableTables() {
   const auto plain = [](double a, double b, double c) {
     return zelsvm::fusedMultiplyAdd(a, b, c);  // as this file is compiled: baseline
   };
-  std::vector<IsaTables> tables{
-      {"baseline", &zelsvm::baseline::smoSweepTable, &zelsvm::baseline::transformSweepTable,
-       &zelsvm::baseline::rowProductTable, &zelsvm::baseline::csrSweepTable, plain}};
+  std::vector<IsaTables> tables{{"baseline", &zelsvm::baseline::smoSweepTable,
+                                 &zelsvm::baseline::transformSweepTable,
+                                 &zelsvm::baseline::csrSweepTable, plain}};
 #ifdef __x86_64__
   const auto fused = [](double a, double b, double c) { return std::fma(a, b, c); };
   if (zel::processorIsa() >= zel::Isa::avx2)
     tables.push_back({"avx2", &zelsvm::avx2::smoSweepTable, &zelsvm::avx2::transformSweepTable,
-                      &zelsvm::avx2::rowProductTable, &zelsvm::avx2::csrSweepTable, fused});
+                      &zelsvm::avx2::csrSweepTable, fused});
   if (zel::processorIsa() >= zel::Isa::avx512)
     tables.push_back({"avx512", &zelsvm::avx512::smoSweepTable,
-                      &zelsvm::avx512::transformSweepTable, &zelsvm::avx512::rowProductTable,
-                      &zelsvm::avx512::csrSweepTable, fused});
+                      &zelsvm::avx512::transformSweepTable, &zelsvm::avx512::csrSweepTable, fused});
 #endif
   return tables;
 }

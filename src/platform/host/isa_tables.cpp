@@ -1,7 +1,6 @@
 #include "platform/host/block/block_sweeps.h"
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
-#include "platform/host/rows/row_products.h"
 #include "platform/host/sets/set_sweeps.h"
 #include "platform/host/sweeps/portable_table.h"
 #include "platform/host/sweeps/sigmoid_sweeps.h"
@@ -36,11 +35,6 @@ const CsrSweeps& csrSweeps() {
                                 avx512::csrSweepTable);
 }
 
-const RowProducts& rowProducts() {
-  return zel::tableForProcessor(baseline::rowProductTable, avx2::rowProductTable,
-                                avx512::rowProductTable);
-}
-
 const SetSweepTable& setSweeps() {
   return zel::tableForProcessor(baseline::setSweepTable, avx2::setSweepTable,
                                 avx512::setSweepTable);
@@ -67,8 +61,6 @@ const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
 const PortableTable& portableTable() { return baseline::portableFunctions; }
 
 const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
-
-const RowProducts& rowProducts() { return baseline::rowProductTable; }
 
 const SetSweepTable& setSweeps() { return baseline::setSweepTable; }
 

@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "base/memory.h"
-#include "platform/host/rows/row_costs.h"
 #include "platform/row_slots.h"
+#include "rules/kernel_functions.h"
 #include "threads/parallel.h"
 
 namespace zelsvm {
@@ -15,7 +15,23 @@ namespace {
 constexpr double leastNanoseconds = 2e6;
 // A kernel row that threads share as well as they share pairs.
 constexpr double wellSharedNanoseconds = 7e4;
+constexpr double nanosecondsPerProduct = 0.04;
+constexpr double nanosecondsPerSparseValue = 1.0;
 constexpr std::uint64_t anyMemory = std::numeric_limits<std::uint64_t>::max();
+
+// Estimate for one thread and a row of kernel values with so many samples, stored values taken to
+// be spread evenly.
+double rowNanoseconds(const zelmag::AbstractMatrix<double>& matrix, std::uint64_t samples,
+                      SVM_KERNEL kernel) {
+  const double function =
+      withKernel(kernel, []<typename Function>() { return Function::nanoseconds; });
+  const auto features = static_cast<double>(matrix.cols());
+  const double perRow =
+      static_cast<double>(matrix.valueCount()) / static_cast<double>(matrix.rows());
+  const double product = std::min(nanosecondsPerProduct * features,
+                                  nanosecondsPerSparseValue * perRow * perRow / features);
+  return static_cast<double>(samples) * (product + function);
+}
 
 }  // namespace
 

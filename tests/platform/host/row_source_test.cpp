@@ -21,18 +21,6 @@ using zeltest::kernelValue;
 using zeltest::Samples;
 using Numbers = std::vector<double>;
 
-// Names the samples that follow the latest known one.
-class NextRows : public zelsvm::RowForecast {
- public:
-  void likelySamples(std::vector<std::uint64_t>& samples, unsigned most,
-                     const std::vector<std::uint32_t>& isKnown,
-                     zelsvm::KernelRows& /*kernel*/) override {
-    samples.clear();
-    for (std::uint64_t i = 0; i < isKnown.size() && samples.size() < most; ++i)
-      if (isKnown[i] == 0) samples.push_back(i);
-  }
-};
-
 // A source of the samples' rows under the context.
 struct Rows {
   Rows(const Samples& samples, const SvmContext<double>& context, std::uint64_t megabytes = 0)
@@ -44,8 +32,7 @@ struct Rows {
                    .linearTerm = {},
                    .Cp = 1,
                    .Cn = 1,
-                   .cacheMegabytes = megabytes},
-                  forecast);
+                   .cacheMegabytes = megabytes});
   }
 
   Numbers row(std::uint64_t i) {
@@ -55,7 +42,6 @@ struct Rows {
 
   DataSet set;
   std::uint64_t count;
-  NextRows forecast;
   RowSource source;
 };
 
@@ -91,23 +77,6 @@ TEST_P(RowSourceTest, RowsHoldTheKernelFunction) {
     }
 }
 
-// Few stored values, in several stretches of samples.
-TEST_P(RowSourceTest, RowsOfMostlyEmptySamplesHoldTheKernelFunction) {
-  constexpr std::uint64_t many = 4500;
-  constexpr std::uint64_t wide = 60;
-  std::mt19937 generator(3);
-  Samples thin{wide, Numbers(many * wide), Numbers(many, 1)};
-  for (std::uint64_t i = 0; i < many; ++i)
-    for (std::uint64_t k = i % 5; k > 0; --k)
-      thin.values[i * wide + generator() % wide] = static_cast<double>(generator() % 9) / 8;
-  Rows kernel(thin, context);
-  for (const std::uint64_t i : {std::uint64_t{4}, std::uint64_t{0}, many - 1}) {
-    const Numbers row = kernel.row(i);
-    for (std::uint64_t r = 0; r < many; ++r)
-      ASSERT_NEAR(row[r], kernelValue(context, thin.row(i), thin.row(r), wide), 1e-13);
-  }
-}
-
 TEST_P(RowSourceTest, AddsRowsWithWeightsAndKeepsItsCache) {
   Rows kernel(samples, context);
   const Numbers before = kernel.row(3);
@@ -141,26 +110,6 @@ std::string nameOfCase(const testing::TestParamInfo<std::tuple<int, bool>>& test
 
 INSTANTIATE_TEST_SUITE_P(Kernels, RowSourceTest,
                          testing::Combine(testing::Range(0, 4), testing::Bool()), nameOfCase);
-
-// More than the last-level cache is taken to hold, so that rows are guessed: as numbers, and as
-// whole numbers.
-TEST(GuessedRows, HaveTheBitsOfRowsAskedFor) {
-  for (const bool whole : {false, true}) {
-    Samples samples = zeltest::classSamples(2700, 900, {1}, 5);
-    if (whole)
-      for (double& value : samples.values) value = std::round(100 * value) / 100;
-    const SvmContext<double> context({.sparse = false}, ParameterChecks::training,
-                                     zeltest::testedMachine());
-    Rows guessed(samples, context, 100);
-    Rows alone(samples, context, 100);
-    for (std::uint64_t i = 0; i < 40; ++i) guessed.row(i);
-    EXPECT_GT(guessed.source.usedGuesses(), 20);
-    for (const std::uint64_t i : {39, 7, 18}) {
-      EXPECT_EQ(alone.row(i), guessed.row(i));
-      EXPECT_EQ(alone.source.hitRate(), 0);
-    }
-  }
-}
 
 // Whatever the products are, even those that overflow.
 TEST(PolynomialKernel, DegreeBelowOneIsExactlyOne) {

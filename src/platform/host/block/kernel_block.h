@@ -52,6 +52,8 @@ class KernelBlock {
   void compute(const SampleChoice& rows, const BlockUse<T>& use);
   // values[i * pitch + j] = K(column i, column j) for all of them; pitch is a blockPitch.
   void computeAll(T* values, std::uint64_t pitch);
+  // values[i] = K(column i, column i); there is room for blockPitch of the columns.
+  void computeDiagonal(T* values) const;
 
  private:
   void computeBatches(const SampleChoice& rows, const BlockUse<T>& use, T* mirror,

@@ -67,8 +67,8 @@ struct States {
   Bits bytes;
 
   static HWY_INLINE States at(const SmoState* states) {
-    const auto narrow = hn::LoadU(hn::Rebind<std::int8_t, Numbers>(),
-                                  reinterpret_cast<const std::int8_t*>(states));
+    const auto narrow =
+        hn::LoadU(hn::Rebind<std::int8_t, Numbers>(), reinterpret_cast<const std::int8_t*>(states));
     return {hn::PromoteTo(numbers, hn::PromoteTo(hn::Rebind<std::int32_t, Numbers>(), narrow))};
   }
   [[nodiscard]] HWY_INLINE Bits inUpper() const { return bytes; }
@@ -77,7 +77,11 @@ struct States {
 };
 
 HWY_INLINE Pack where(Bits sign, Pack a, Pack b) {
+#if HWY_TARGET == HWY_SCALAR  // which would not see the sign of what is no number
+  return hn::IfThenElse(hn::RebindMask(doubles, hn::Lt(sign, hn::Zero(numbers))), a, b);
+#else
   return hn::IfNegativeThenElse(hn::BitCast(doubles, sign), a, b);
+#endif
 }
 
 // Running extremes of one group in one block, lane by lane. What is not a number never wins.
@@ -140,8 +144,8 @@ struct Group {
 };
 
 template <Groups groups, typename Update>
-HWY_INLINE void selectRange(const SweptVariables& variables, std::uint64_t begin,
-                            std::uint64_t end, const Update& update, SelectedUpper* best) {
+HWY_INLINE void selectRange(const SweptVariables& variables, std::uint64_t begin, std::uint64_t end,
+                            const Update& update, SelectedUpper* best) {
   constexpr int count = groupCount<groups>;
   constexpr int together = unroll<groups>;
   const Group<groups> members[2] = {{variables, 0}, {variables, count - 1}};
@@ -225,9 +229,7 @@ struct GainTest {
   Pack threshold;
 
   HWY_INLINE explicit GainTest(double best) { raise(best); }
-  HWY_INLINE void raise(double best) {
-    threshold = splat(best > 0 ? best * (1 - 0x1p-50) : 0);
-  }
+  HWY_INLINE void raise(double best) { threshold = splat(best > 0 ? best * (1 - 0x1p-50) : 0); }
   // What the square of a difference in v is to exceed.
   [[nodiscard]] HWY_INLINE Pack leastSquare(Pack diagonalSum, Pack k) const {
     const Pack q = hn::MulAdd(k, splat(-2), diagonalSum);
@@ -297,8 +299,8 @@ struct LowerSearch {
         for (int row = 0; row < (nu ? 2 : 1); ++row) fetch(query.row[row] + q);
       hn::Mask<Doubles> any = lanesAt(k, 0, test);
       for (int part = 1; part < together * count; ++part)
-        any = hn::Or(any, lanesAt(k + static_cast<std::uint64_t>(part / count) * lanes,
-                                  part % count, test));
+        any = hn::Or(
+            any, lanesAt(k + static_cast<std::uint64_t>(part / count) * lanes, part % count, test));
       if (hn::AllFalse(doubles, any)) continue;
       for (int u = 0; u < together; ++u)
         for (int half = 0; half < count; ++half)

@@ -1,9 +1,10 @@
 #include "platform/host/rows/row_source.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "base/memory.h"
-#include "platform/host/block/kernel_block.h"
+#include "rules/kernel_functions.h"
 
 namespace zelsvm {
 namespace {
@@ -13,37 +14,23 @@ constexpr std::uint64_t rowsAdded = 1024;
 
 }  // namespace
 
-void RowSource::assign(const SolverTask& task, RowForecast& newForecast) {
+void RowSource::assign(const SolverTask& task) {
   samples = task.samples;
-  settings = task.kernel;
-  kernel = HostKernel(settings);
-  forecast = &newForecast;
+  block.assign(SampleChoice(*samples), task.kernel);
   const std::uint64_t n = samples->rows();
   slotPitch = zel::roundedCapacity(n);
   const std::uint64_t obtainable = zel::obtainableMemory() + memory.capacity() * sizeof(double);
   slots.assign(n, rowSlotCount(n, slotPitch * sizeof(double),
                                rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers)));
   memory.resize(slots.count() * slotPitch);
-  makeDiagonal(task.kernel.type);
-  rows.assign(*samples, kernel);
-  // With fewer slots than that guesses might crowd out rows in use.
-  policy = BatchPolicy(
-      static_cast<unsigned>(std::min<std::uint64_t>(rows.mostTogether(), slots.count() / 4)));
+  diagonalValues = nullptr;
+  if (!withKernel(task.kernel.type, []<typename F>() { return F::unitDiagonal; })) {
+    ownDiagonal.resize(slotPitch);
+    block.computeDiagonal(ownDiagonal.data());
+    diagonalValues = ownDiagonal.data();
+  }
   requests = 0;
   misses = 0;
-}
-
-void RowSource::makeDiagonal(SVM_KERNEL kernelType) {
-  const HostVector<double>& norms = samples->rowNorms();
-  diagonalValues = withKernel(kernelType, [&]<typename Function>() -> const double* {
-    static_assert(Function::unitDiagonal || !Function::readsNorms);
-    if constexpr (Function::unitDiagonal) return nullptr;
-    if constexpr (Function::isProduct) return norms.data();
-    ownDiagonal.resize(norms.size());
-    ownDiagonal.copyFrom(norms, 0, 0, norms.size());
-    kernel.transform(ownDiagonal.data(), nullptr, ownDiagonal.size(), 0);
-    return ownDiagonal.data();
-  });
 }
 
 double RowSource::hitRate() const {
@@ -54,24 +41,13 @@ const double* RowSource::row(std::uint64_t sample) {
   ++requests;
   if (const auto cached = slots.query(sample)) return slot(*cached);
   ++misses;
-  return compute(sample);
-}
-
-const double* RowSource::compute(std::uint64_t sample) {
-  double* const values = slot(slots.grab(sample));
-  targets.assign(1, {sample, values});
-  if (const unsigned most = policy.guesses(slots.usedGuesses()); most > 0) {
-    forecast->likelySamples(guesses, most, slots.cachedRows(), rows);
-    for (const std::uint64_t guess : guesses)
-      targets.push_back({guess, slot(slots.grabGuess(guess))});
-    policy.guessed(guesses.size());
-  }
-  rows.compute(targets.data(), static_cast<unsigned>(targets.size()));
-  return values;
+  double* const values[] = {slot(slots.grab(sample))};
+  block.compute(SampleChoice(*samples, sample, 1), {.stored = values});
+  return values[0];
 }
 
 void RowSource::addRows(std::span<const double> weights, double* sums,
-                        const std::function<void()>& passed) const {
+                        const std::function<void()>& passed) {
   std::vector<std::uint64_t> weighted;
   std::vector<double> factors;
   for (std::uint64_t s = 0; s < weights.size(); ++s) {
@@ -79,8 +55,6 @@ void RowSource::addRows(std::span<const double> weights, double* sums,
     weighted.push_back(s);
     factors.push_back(weights[s]);
   }
-  KernelBlock<double> block;
-  if (!weighted.empty()) block.assign(SampleChoice(*samples), settings);
   double* const targets[] = {sums};
   std::uint64_t reported = 0;
   for (std::uint64_t first = 0; first < weighted.size(); first += rowsAdded) {

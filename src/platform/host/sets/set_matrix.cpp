@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/host/sets/set_sweeps.h"
-#include "rules/kernel_rules.h"
 
 namespace zelsvm {
 
@@ -29,8 +28,7 @@ void SetMatrix::fill(const SetTask& task, KernelBlock<T>& block, HostVector<T>& 
 void SetMatrix::addRows(std::span<const double> weights, std::span<double> sums) const {
   for (std::uint64_t c = 0; c < size(); ++c) {
     if (weights[c] == 0) continue;
-    for (std::uint64_t r = 0; r < size(); ++r)
-      sums[r] = fusedMultiplyAdd(weights[c], value(c, r), sums[r]);
+    for (std::uint64_t r = 0; r < size(); ++r) sums[r] += weights[c] * value(c, r);
   }
 }
 

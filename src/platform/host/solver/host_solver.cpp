@@ -5,7 +5,6 @@
 
 #include "platform/host/rows/row_source.h"
 #include "platform/host/solver/gradient_sweeps.h"
-#include "platform/host/solver/lookahead.h"
 #include "rules/kernel_functions.h"
 #include "rules/smo_rules.h"
 
@@ -16,7 +15,14 @@ bool hasUnitDiagonal(SVM_KERNEL kernel) {
   return withKernel(kernel, []<typename Function>() { return Function::unitDiagonal; });
 }
 
-class HostSolver : public SolverMachine, private RowForecast {
+// A step that v does not show yet, in changes of the multipliers times their signs.
+struct PendingStep {
+  unsigned j;
+  double stepI;
+  double stepJ;
+};
+
+class HostSolver : public SolverMachine {
  public:
   HostSolver(SVM_KERNEL kernel, bool nu) : nu(nu), sweeps(nu, hasUnitDiagonal(kernel)) {}
 
@@ -25,8 +31,7 @@ class HostSolver : public SolverMachine, private RowForecast {
     const std::uint64_t l = task.start.size();
     alpha.resize(l);
     std::copy(task.start.begin(), task.start.end(), alpha.data());
-    moved = false;
-    rows.assign(task, *this);
+    rows.assign(task);
     sweeps.assign(task.samples->rows(), task.signs, task.linearTerm);
     sweeps.clearStates();
     active.resize(l);
@@ -63,8 +68,7 @@ class HostSolver : public SolverMachine, private RowForecast {
   }
 
   void updateGradient() override {
-    const double* const secondRow = rows.row(sweeps.sampleOf(static_cast<unsigned>(pending.j)));
-    moved = false;
+    const double* const secondRow = rows.row(sweeps.sampleOf(pending.j));
     sweeps.update({firstRow, secondRow, pending.stepI, pending.stepJ});
   }
 
@@ -130,20 +134,11 @@ class HostSolver : public SolverMachine, private RowForecast {
     const PairStep step{i, j, next.i - a, next.j - b};
     a = next.i;
     b = next.j;
-    pending = {i, j, isPositive(i) ? step.deltaI : -step.deltaI,
+    pending = {j, isPositive(i) ? step.deltaI : -step.deltaI,
                isPositive(j) ? step.deltaJ : -step.deltaJ};
-    moved = true;
     refreshState(i);
     refreshState(j);
     return step;
-  }
-
-  void likelySamples(std::vector<std::uint64_t>& samples, unsigned most,
-                     const std::vector<std::uint32_t>& isKnown, KernelRows& kernel) override {
-    lookahead.forecast(samples, most, isKnown, kernel,
-                       {sweeps.variables(), alpha.data(), rows.diagonal(), task.Cp, task.Cn,
-                        task.samples->rows(), sweeps.halfCount(), nu},
-                       moved ? &pending : nullptr);
   }
 
   bool nu;
@@ -154,8 +149,6 @@ class HostSolver : public SolverMachine, private RowForecast {
   GradientSweeps sweeps;
   const double* firstRow = nullptr;  // of the pair that moved last
   PendingStep pending{};
-  bool moved = false;  // the pending step is not yet in v
-  Lookahead lookahead;
 };
 
 }  // namespace
