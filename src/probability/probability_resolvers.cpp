@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/numbers.h"
+#include "platform/portable_functions.h"
 #include "probability/joint_probability.h"
 
 namespace zelsvm {
@@ -62,7 +63,7 @@ void BinaryProbabilityResolver<T>::handle(HostVector<T>& output,
 template <typename T>
 T BinaryProbabilityResolver<T>::pairProbability(const Sigmoid& sigmoid, T decisionValue) const {
   const T x = decisionValue * sigmoid.A + sigmoid.B;
-  const T e = std::exp(-std::fabs(x));
+  const T e = portableExp(-std::fabs(x));
   const T r = (x > 0 ? e : 1) / (1 + e);
   return std::min(1 - minProbability, std::max(minProbability, r));
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "base/errors.h"
+#include "platform/portable_functions.h"
 
 namespace zelsvm {
 namespace {
@@ -33,7 +34,7 @@ T SigmoidFit<T>::smoothTargets(const SvmData<T>& data) {
   const T high = (positive + 1) / (positive + 2);
   const T low = 1 / (negative + 2);
   for (std::uint64_t i = 0; i < samples; ++i) targets.set(i, data.sign(i) > 0 ? high : low);
-  return std::log((negative + 1) / (positive + 1));
+  return portableLog((negative + 1) / (positive + 1));
 }
 
 template <typename T>

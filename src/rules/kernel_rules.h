@@ -1,4 +1,4 @@
-// Arithmetic that the kernel functions share.
+// Arithmetic that the rules share.
 #pragma once
 
 #include "rules/rule.h"
@@ -13,6 +13,9 @@ ZEL_RULE double fusedMultiplyAdd(double a, double b, double c) {
   return a * b + c;
 #endif
 }
+
+// a where x >= 0, else b.
+ZEL_RULE double ifNotNegative(double x, double a, double b) { return x >= 0 ? a : b; }
 
 // The degree as the unsigned number it acts as: truncated, saturated, NaN and negative 0.
 ZEL_RULE unsigned effectiveDegree(double degree) {

@@ -5,6 +5,7 @@
 
 #include "base/console.h"
 #include "base/errors.h"
+#include "platform/portable_functions.h"
 #include "training/label_classifier.h"
 #include "training/model_extraction.h"
 #include "training/pairs/multiclass_definition.h"
@@ -35,7 +36,7 @@ void AbstractClassifier<T>::trainOneLabel(GenericModel<T>& model, SvmData<T>& da
   labels.set(0, label);
   labels.set(1, -label);
   const auto samples = static_cast<T>(data.sampleCount());
-  model.sigmoids.emplace(LabelPair{label, -label}, Sigmoid{0, std::log(1 / (samples + 1))});
+  model.sigmoids.emplace(LabelPair{label, -label}, Sigmoid{0, portableLog(1 / (samples + 1))});
   HostVector<T> rho(1);
   rho.set(0, -1);
   HostVector<T> coefficients(1);

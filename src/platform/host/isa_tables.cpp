@@ -2,6 +2,7 @@
 #include "platform/host/isa.h"
 #include "platform/host/products/csr_sweeps.h"
 #include "platform/host/sets/set_sweeps.h"
+#include "platform/host/sweeps/portable_table.h"
 #include "platform/host/sweeps/sigmoid_sweeps.h"
 #include "platform/host/sweeps/smo_sweeps.h"
 #include "platform/host/sweeps/transform_sweeps.h"
@@ -22,6 +23,11 @@ const TransformSweeps& transformSweeps() {
 const SigmoidSweeps& sigmoidSweeps() {
   return zel::tableForProcessor(baseline::sigmoidSweepTable, avx2::sigmoidSweepTable,
                                 avx512::sigmoidSweepTable);
+}
+
+const PortableTable& portableTable() {
+  return zel::tableForProcessor(baseline::portableFunctions, avx2::portableFunctions,
+                                avx512::portableFunctions);
 }
 
 const CsrSweeps& csrSweeps() {
@@ -51,6 +57,8 @@ const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 const TransformSweeps& transformSweeps() { return baseline::transformSweepTable; }
 
 const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
+
+const PortableTable& portableTable() { return baseline::portableFunctions; }
 
 const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
 

@@ -34,6 +34,10 @@ struct Lanes {
   friend HWY_INLINE Lanes fusedMultiplyAdd(Lanes a, Lanes b, Lanes c) {
     return hn::MulAdd(a.v, b.v, c.v);
   }
+  // a where x >= 0, else b.
+  friend HWY_INLINE Lanes ifNotNegative(Lanes x, Lanes a, Lanes b) {
+    return hn::IfThenElse(hn::Ge(x.v, hn::Zero(Tag())), a.v, b.v);
+  }
 };
 
 }  // namespace zelsvm::ZEL_ISA

@@ -1,35 +1,100 @@
 #include "platform/host/sweeps/sigmoid_sweeps.h"
 
-#include "rules/elementary_functions.h"
+#include "platform/host/isa/lanes.h"
+#include "platform/host/isa/vector_math.h"
 #include "rules/sigmoid_rules.h"
 
 namespace zelsvm::ZEL_ISA {
 namespace {
 
-double functional(const double* d, const double* t, std::uint64_t n, double A, double B) {
-  double sum = 0;
-#pragma omp simd reduction(+ : sum)
-  for (std::uint64_t i = 0; i < n; ++i) {
-    const double f = sigmoidArgument(d[i], A, B);
-    sum += sigmoidLoss(t[i], f, log(1 + exp(-__builtin_fabs(f))));
+using D = Lanes<double>;
+
+// Sums that run side by side, as many on every instruction set: the first is that of samples 0, 8,
+// 16 and so on.
+constexpr std::uint64_t sumCount = 8;
+constexpr std::uint64_t vectors = sumCount / D::count;
+
+// Decision values and targets of some samples, sumCount at a time.
+class Samples {
+ public:
+  Samples(const double* decisions, const double* targets, std::uint64_t left)
+      : decisions(decisions), targets(targets), left(left) {
+    if (left >= sumCount) return;
+    for (std::uint64_t i = 0; i < left; ++i) {
+      lastDecisions[i] = decisions[i];
+      lastTargets[i] = targets[i];
+    }
+    this->decisions = lastDecisions;
+    this->targets = lastTargets;
   }
+  Samples(const Samples&) = delete;
+  Samples& operator=(const Samples&) = delete;
+
+  HWY_INLINE D decision(std::uint64_t vector) const { return at(decisions, vector); }
+  HWY_INLINE D target(std::uint64_t vector) const { return at(targets, vector); }
+  // sum grows by the terms of samples that there are.
+  HWY_INLINE void add(std::uint64_t vector, D terms, D& sum) const {
+    const std::uint64_t before = vector * D::count;
+    const auto present = hn::FirstN(D::Tag(), left > before ? left - before : 0);
+    sum = sum + D(hn::IfThenElseZero(present, terms.v));
+  }
+
+ private:
+  static HWY_INLINE D at(const double* values, std::uint64_t vector) {
+    return hn::LoadU(D::Tag(), values + vector * D::count);
+  }
+
+  const double* decisions;
+  const double* targets;
+  std::uint64_t left;
+  double lastDecisions[sumCount] = {};
+  double lastTargets[sumCount] = {};
+};
+
+HWY_INLINE D smallExponential(D f) { return exp(D(hn::Neg(hn::Abs(f.v)))); }
+
+double total(const D (&sums)[vectors]) {
+  alignas(64) double parts[sumCount];
+  for (std::uint64_t v = 0; v < vectors; ++v) sums[v].store(parts + v * D::count);
+  double sum = 0;
+  for (const double part : parts) sum += part;
   return sum;
+}
+
+double functional(const double* d, const double* t, std::uint64_t n, double A, double B) {
+  D sums[vectors];
+  for (D& sum : sums) sum = 0.0;
+  for (std::uint64_t i = 0; i < n; i += sumCount) {
+    const Samples samples(d + i, t + i, n - i);
+    for (std::uint64_t v = 0; v < vectors; ++v) {
+      const D f = sigmoidArgument(samples.decision(v), D(A), D(B));
+      const D loss = sigmoidLoss(samples.target(v), f, log(smallExponential(f) + 1.0));
+      samples.add(v, loss, sums[v]);
+    }
+  }
+  return total(sums);
 }
 
 SigmoidHessian<double> hessian(const double* d, const double* t, std::uint64_t n, double A,
                                double B) {
-  double g1 = 0, g2 = 0, h11 = 0, h21 = 0, h22 = 0;
-#pragma omp simd reduction(+ : g1, g2, h11, h21, h22)
-  for (std::uint64_t i = 0; i < n; ++i) {
-    const double f = sigmoidArgument(d[i], A, B);
-    const auto part = sigmoidDerivatives(d[i], t[i], f, exp(-__builtin_fabs(f)));
-    g1 += part.g1;
-    g2 += part.g2;
-    h11 += part.h11;
-    h21 += part.h21;
-    h22 += part.h22;
+  D sums[5][vectors];
+  for (auto& of : sums)
+    for (D& sum : of) sum = 0.0;
+  for (std::uint64_t i = 0; i < n; i += sumCount) {
+    const Samples samples(d + i, t + i, n - i);
+    for (std::uint64_t v = 0; v < vectors; ++v) {
+      const D decision = samples.decision(v);
+      const D f = sigmoidArgument(decision, D(A), D(B));
+      const SigmoidHessian<D> part =
+          sigmoidDerivatives(decision, samples.target(v), f, smallExponential(f));
+      samples.add(v, part.g1, sums[0][v]);
+      samples.add(v, part.g2, sums[1][v]);
+      samples.add(v, part.h11, sums[2][v]);
+      samples.add(v, part.h21, sums[3][v]);
+      samples.add(v, part.h22, sums[4][v]);
+    }
   }
-  return {g1, g2, h11, h21, h22};
+  return {total(sums[0]), total(sums[1]), total(sums[2]), total(sums[3]), total(sums[4])};
 }
 
 }  // namespace
