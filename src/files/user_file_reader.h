@@ -174,8 +174,8 @@ std::uint64_t UserFileReader<T>::loadPart(const zel::CTextFile& file, const File
     std::uint64_t lineCols = 0;
     std::uint32_t index = 0;
     for (double value = 0; tokens.nextPair(index, value); ++pairs) {
+      if (index < base || index - base > lastColumn || pairs == most) throw NotAsCounted{};
       const std::uint32_t column = index - base;
-      if (column > lastColumn || pairs == most) throw NotAsCounted{};
       ascending &= column >= lineCols;
       lineCols = std::max(lineCols, std::uint64_t{column} + 1);
       store.pair(column, value);
