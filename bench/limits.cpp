@@ -1,6 +1,7 @@
 // What this machine can do with all its threads, as one line of JSON: memory copies (bytes read and
 // written), matrix products, exponentials. Best of several runs each, as limits are.
 
+#include <cblas.h>
 #include <omp.h>
 
 #include <algorithm>
@@ -11,9 +12,8 @@
 #include <functional>
 #include <vector>
 
-#include "platform/host/products/blas.h"
-#include "platform/host/products/dense_product.h"
-#include "platform/host/sweeps/transform_sweeps.h"
+#include "base/vectors.h"
+#include "platform/host/block/block_sweeps.h"
 
 namespace {
 
@@ -63,9 +63,9 @@ double productRate() {
   constexpr int n = 1536;
   const std::vector<double> a(std::size_t{n} * n, 0.5);
   std::vector<double> c(a.size());
-  zelsvm::requireBlas();
   const double seconds = bestSeconds([&] {
-    zelsvm::denseProduct({false, n, n, n, a.data(), n, a.data(), n, 0, c.data(), n});
+    cblas_dgemm(CblasColMajor, CblasTrans, CblasNoTrans, n, n, n, 1, a.data(), n, a.data(), n, 0,
+                c.data(), n);
   });
   if (c.back() != 0.25 * n) {
     std::fprintf(stderr, "the matrix product is wrong\n");
@@ -81,11 +81,13 @@ double exponentialRate() {
   const double seconds = bestSeconds([] {
 #pragma omp parallel
     {
-      std::vector<double> values(count, 0.3);
-      const std::vector<double> norms(count, 1.0);
+      zelsvm::HostVector<double> values(count);
+      zelsvm::HostVector<double> norms(count);
+      values.fill(0.3);
+      norms.fill(1.0);
       for (int k = 0; k < repeats; ++k)
-        zelsvm::transformSweeps().kernels[zelsvm::SVM_KERNEL_RADIAL]({0.5, 0, 0}, values.data(),
-                                                                     norms.data(), count, 1.0);
+        zelsvm::blockSweeps<double>().transform[zelsvm::SVM_KERNEL_RADIAL](
+            {0.5, 0, 0}, values.data(), norms.data(), count, 1.0);
     }
   });
   return static_cast<double>(count) * repeats * omp_get_max_threads() / seconds;

@@ -24,9 +24,7 @@ threads. Models and predictions are text, too.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zelsvm)
-# The BLAS is loaded, not linked; the flavour is the one that shares our threading runtime.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS libopenblas0-openmp)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "gnuplot-nox | python3-matplotlib")
 
 set(soname libzelsvm${PROJECT_VERSION_MAJOR})
@@ -36,7 +34,6 @@ processor, as a shared library.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${soname})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS libopenblas0-openmp)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_COMPONENT_DEV_DESCRIPTION
     "Header and CMake package of libzelsvm, for programs that use it. An example comes

@@ -7,10 +7,8 @@
 //
 // All functions may be called from any thread and at the same time. Several threads may use one
 // object at once: a model predicts for all of them side by side. Only moving, assigning and
-// destroying an object take place alone. For many calls at once OMP_NUM_THREADS=1 is best. The
-// first matrix product of a process loads the BLAS and sets environment variables while it does; no
-// other thread should read them then. Borrowed memory must stay as it is while something looks at
-// it.
+// destroying an object take place alone. For many calls at once OMP_NUM_THREADS=1 is best.
+// Borrowed memory must stay as it is while something looks at it.
 #pragma once
 
 #include <cstddef>

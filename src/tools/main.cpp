@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
   zelsvm_main::occupyStandardStreams();
   zelsvm_main::ignoreWriteSignals();
   zelsvm_main::removeUnfinishedFilesAtSignals();
+  zelsvm_main::explainLackOfMemory();
   return zelsvm_main::runGuarded([&] {
     const zelsvm_opt::ZelSvmOpt options(argc, argv);
     const std::string answer = zelsvm_opt::answerTo(options);

@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <new>
 
+#include "base/memory.h"
 #include "base/unfinished_files.h"
 
 extern "C" {
@@ -39,5 +41,7 @@ void removeUnfinishedFilesAtSignals() {
       ::sigaction(signal, &action, nullptr);
   }
 }
+
+void explainLackOfMemory() { std::set_new_handler(zel::throwOutOfMemory); }
 
 }  // namespace zelsvm_main

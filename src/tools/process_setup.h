@@ -1,4 +1,4 @@
-// What a tool's process does about signals and open files before anything else.
+// What a tool's process does about signals, open files and memory before anything else.
 #pragma once
 
 namespace zelsvm_main {
@@ -13,5 +13,8 @@ void ignoreWriteSignals();
 // Signals that end the process from outside first remove its unfinished files, unless they are
 // ignored already. Each engine has files of its own: the one that runs must call this.
 void removeUnfinishedFilesAtSignals();
+
+// Where the standard containers find no memory, the failure has a sentence, as that of our vectors.
+void explainLackOfMemory();
 
 }  // namespace zelsvm_main

@@ -1,5 +1,5 @@
 // Runs that may have little memory or no threads: each ends with the result or with one sentence.
-// In the last amount of memory there is room for all of them.
+// In the last amount of memory, some fourteen times the file, there is room for all of them.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -23,7 +23,7 @@ constexpr bool limitsWork = false;
 constexpr bool limitsWork = true;
 #endif
 
-// What the linear algebra library takes depends on the number of threads.
+// Stacks and work memory depend on the number of threads.
 const zeltest::RunSettings twoThreads{.environment = {{"OMP_NUM_THREADS", "2"}},
                                       .limit = std::chrono::seconds{20}};
 
@@ -59,13 +59,13 @@ TEST_F(LittleMemory, EndsWithTheSameResultOrASentence) {
     succeed(workspace, command, twoThreads);
     const std::string expected = workspace.read("out");
     int refused = 0;
-    for (const int megabytes : {20, 26, 32, 38, 44, 56, 100, 200, 400, 500, 2000}) {
+    for (const int megabytes : {20, 26, 32, 38, 44, 56, 100}) {
       SCOPED_TRACE(testing::Message() << text << " in " << megabytes << " MB");
       std::filesystem::remove(workspace.folder() / "out");
       const auto files = workspace.files();
       const ToolResult result =
           runLimited(workspace, "ulimit -v " + std::to_string(megabytes * 1000), command);
-      ASSERT_TRUE(result.status == 0 || (result.status == 1 && megabytes < 2000))
+      ASSERT_TRUE(result.status == 0 || (result.status == 1 && megabytes < 100))
           << testing::PrintToString(result);
       EXPECT_EQ(result.err, "");
       if (result.status == 0) {

@@ -6,9 +6,7 @@
 #include <vector>
 
 #include "platform/host/isa.h"
-#include "platform/host/products/csr_sweeps.h"
 #include "platform/host/sweeps/smo_sweeps.h"
-#include "platform/host/sweeps/transform_sweeps.h"
 #include "rules/kernel_rules.h"
 
 namespace zeltest {
@@ -16,8 +14,6 @@ namespace zeltest {
 struct IsaTables {
   std::string name;
   const zelsvm::SmoSweeps* smo;
-  const zelsvm::TransformSweeps* transforms;
-  const zelsvm::CsrSweeps* csr;
   double (*fma)(double, double, double);  // what the build takes for a * b + c
 };
 
@@ -25,17 +21,13 @@ inline std::vector<IsaTables> runnableTables() {
   const auto plain = [](double a, double b, double c) {
     return zelsvm::fusedMultiplyAdd(a, b, c);  // as this file is compiled: baseline
   };
-  std::vector<IsaTables> tables{{"baseline", &zelsvm::baseline::smoSweepTable,
-                                 &zelsvm::baseline::transformSweepTable,
-                                 &zelsvm::baseline::csrSweepTable, plain}};
+  std::vector<IsaTables> tables{{"baseline", &zelsvm::baseline::smoSweepTable, plain}};
 #ifdef __x86_64__
   const auto fused = [](double a, double b, double c) { return std::fma(a, b, c); };
   if (zel::processorIsa() >= zel::Isa::avx2)
-    tables.push_back({"avx2", &zelsvm::avx2::smoSweepTable, &zelsvm::avx2::transformSweepTable,
-                      &zelsvm::avx2::csrSweepTable, fused});
+    tables.push_back({"avx2", &zelsvm::avx2::smoSweepTable, fused});
   if (zel::processorIsa() >= zel::Isa::avx512)
-    tables.push_back({"avx512", &zelsvm::avx512::smoSweepTable,
-                      &zelsvm::avx512::transformSweepTable, &zelsvm::avx512::csrSweepTable, fused});
+    tables.push_back({"avx512", &zelsvm::avx512::smoSweepTable, fused});
 #endif
   return tables;
 }

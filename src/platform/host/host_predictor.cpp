@@ -14,12 +14,14 @@ namespace {
 constexpr std::uint64_t minBlockSize = 64;
 // Vectors are packed for each block, which costs as much as their products with some ten samples.
 constexpr std::uint64_t maxBlockSize = 2048;
+// So few samples would leave most of a block's columns empty: there the vectors are the columns.
+constexpr std::uint64_t fewSamples = 4;
 // Decision values of a block, which many functions make large.
 constexpr std::uint64_t maxValueBytes = std::uint64_t{64} << 20;
 // Samples of a block, laid out densely: sparse ones may take less.
 constexpr std::uint64_t maxDenseBytes = std::uint64_t{16} << 20;
 
-// The samples are a block's columns. Its rows are the vectors, class by class: one has a
+// Many samples are a block's columns. Its rows are the vectors, class by class: one has a
 // coefficient per other class, so that a class has its share in the functions of all its pairs.
 class HostPredictor : public PredictorMachine {
  public:
@@ -37,6 +39,7 @@ class HostPredictor : public PredictorMachine {
 
   void decide(const zelmag::AbstractMatrix<double>& test, std::uint64_t first, std::uint64_t count,
               double* values) override {
+    if (count <= fewSamples) return decideFew({test, first, count}, values);
     block.assign({test, first, count}, task.kernel);
     const std::uint64_t functions = task.rho.size();
     const std::uint64_t pitch = blockPitch<double>(count);
@@ -49,12 +52,14 @@ class HostPredictor : public PredictorMachine {
   }
 
  private:
+  // The function of the pair of a class and the j-th of the others.
+  [[nodiscard]] std::uint64_t functionOf(std::uint64_t cls, std::uint64_t j) const {
+    return cls <= j ? pairIndex(cls, j + 1, classes) : pairIndex(j, cls, classes);
+  }
+
   void addClass(std::uint64_t cls, std::uint64_t pitch) {
-    for (std::uint64_t j = 0; j < shares.size(); ++j) {
-      const std::uint64_t f =
-          cls <= j ? pairIndex(cls, j + 1, classes) : pairIndex(j, cls, classes);
-      shares[j] = sums.data() + f * pitch;
-    }
+    for (std::uint64_t j = 0; j < shares.size(); ++j)
+      shares[j] = sums.data() + functionOf(cls, j) * pitch;
     const std::uint64_t start = task.classStarts[cls];
     const std::uint64_t count = task.classStarts[cls + 1] - start;
     block.compute(
@@ -62,8 +67,40 @@ class HostPredictor : public PredictorMachine {
         {{}, task.coefficients.subspan(start * shares.size(), count * shares.size()), shares});
   }
 
+  // The same operations in the same order, and so the same bits.
+  void decideFew(const SampleChoice& samples, double* values) {
+    const std::uint64_t count = samples.count();
+    const std::uint64_t pitch = blockPitch<double>(task.vectors->rows());
+    if (!holdsVectors) vectors.assign(SampleChoice(*task.vectors), task.kernel);
+    holdsVectors = true;
+    kernelValues.resize(count * pitch);
+    std::vector<double*> stored(count);
+    for (std::uint64_t c = 0; c < count; ++c) stored[c] = kernelValues.data() + c * pitch;
+    vectors.compute(samples, {stored, {}, {}});
+    std::vector<double> functions(task.rho.size());
+    for (std::uint64_t c = 0; c < count; ++c) {
+      std::fill(functions.begin(), functions.end(), 0.0);
+      for (std::uint64_t cls = 0; cls < classes; ++cls) addClass(cls, stored[c], functions.data());
+      for (std::uint64_t f = 0; f < functions.size(); ++f)
+        values[f * count + c] = functions[f] - task.rho[f];
+    }
+  }
+
+  void addClass(std::uint64_t cls, const double* kernel, double* functions) {
+    const std::uint64_t others = classes - 1;
+    std::vector<unsigned> places(others);
+    for (std::uint64_t j = 0; j < others; ++j)
+      places[j] = static_cast<unsigned>(functionOf(cls, j));
+    const auto add = blockSweeps<double>().addColumn;
+    for (std::uint64_t v = task.classStarts[cls]; v < task.classStarts[cls + 1]; ++v)
+      add(task.coefficients.data() + v * others, places.data(), 0, others, kernel[v], functions);
+  }
+
   DecisionTask task;
   std::uint64_t classes;
+  KernelBlock<double> vectors;
+  bool holdsVectors = false;
+  HostVector<double> kernelValues;
   KernelBlock<double> block;
   HostVector<double> sums;      // by function
   std::vector<double*> shares;  // of a class, by the pair's other class

@@ -1,11 +1,9 @@
 #include "platform/host/block/block_sweeps.h"
 #include "platform/host/isa.h"
-#include "platform/host/products/csr_sweeps.h"
 #include "platform/host/sets/set_sweeps.h"
 #include "platform/host/sweeps/portable_table.h"
 #include "platform/host/sweeps/sigmoid_sweeps.h"
 #include "platform/host/sweeps/smo_sweeps.h"
-#include "platform/host/sweeps/transform_sweeps.h"
 
 namespace zelsvm {
 
@@ -13,11 +11,6 @@ namespace zelsvm {
 const SmoSweeps& smoSweeps() {
   return zel::tableForProcessor(baseline::smoSweepTable, avx2::smoSweepTable,
                                 avx512::smoSweepTable);
-}
-
-const TransformSweeps& transformSweeps() {
-  return zel::tableForProcessor(baseline::transformSweepTable, avx2::transformSweepTable,
-                                avx512::transformSweepTable);
 }
 
 const SigmoidSweeps& sigmoidSweeps() {
@@ -28,11 +21,6 @@ const SigmoidSweeps& sigmoidSweeps() {
 const PortableTable& portableTable() {
   return zel::tableForProcessor(baseline::portableFunctions, avx2::portableFunctions,
                                 avx512::portableFunctions);
-}
-
-const CsrSweeps& csrSweeps() {
-  return zel::tableForProcessor(baseline::csrSweepTable, avx2::csrSweepTable,
-                                avx512::csrSweepTable);
 }
 
 const SetSweepTable& setSweeps() {
@@ -54,13 +42,9 @@ const BlockSweeps<float>& blockSweeps() {
 #else
 const SmoSweeps& smoSweeps() { return baseline::smoSweepTable; }
 
-const TransformSweeps& transformSweeps() { return baseline::transformSweepTable; }
-
 const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
 
 const PortableTable& portableTable() { return baseline::portableFunctions; }
-
-const CsrSweeps& csrSweeps() { return baseline::csrSweepTable; }
 
 const SetSweepTable& setSweeps() { return baseline::setSweepTable; }
 
