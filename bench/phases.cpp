@@ -45,6 +45,8 @@ struct Report {
   Phase reading{"reading"};
   Phase start{"start"};
   Phase iterations{"iterations"};
+  Phase setRows{"set rows"};
+  Phase sets{"sets"};
   Phase shrinking{"shrinking"};
   Phase sigmoids{"sigmoids"};
   Phase decisions{"decisions"};
@@ -67,8 +69,8 @@ struct Report {
     std::fprintf(file, "{\"rows_asked\": %.0f, \"rows_missed\": %.0f, ", rowsAsked.load(),
                  rowsMissed.load());
     const char* separator = "\"phases\": {";
-    for (const Phase* phase :
-         {&reading, &start, &iterations, &shrinking, &sigmoids, &decisions, &writing}) {
+    for (const Phase* phase : {&reading, &start, &iterations, &setRows, &sets, &shrinking,
+                               &sigmoids, &decisions, &writing}) {
       std::fprintf(file,
                    "%s\"%s\": {\"s\": %.9g, \"bytes\": %.9g, \"flops\": %.9g, "
                    "\"exponentials\": %.9g}",
@@ -172,6 +174,56 @@ class ClockedSolver : public zelsvm::SolverMachine {
   double steps = 0;
 };
 
+// A row multiplies every stored value once, as a row of a set's matrix does those of the set.
+class ClockedSets : public zelsvm::SetMachine {
+ public:
+  explicit ClockedSets(std::unique_ptr<SetMachine> sets) : inner(std::move(sets)) {}
+
+  void begin(const zelsvm::SetTask& task) override {
+    const Clock clock(report.start);
+    inner->begin(task);
+    rows = static_cast<double>(task.samples->rows());
+    flopsPerRow = 2 * static_cast<double>(task.samples->valueCount());
+    exponentials = exponentialsPerValue(task.kernel);
+  }
+  void end() override {
+    const auto made = static_cast<double>(inner->rowsMade());
+    if (made > 0) report.rowsAsked += made / (1 - inner->cacheHitRate());
+    report.rowsMissed += made;
+    report.setRows.flops += made * flopsPerRow;
+    report.setRows.exponentials += made * rows * exponentials;
+    inner->end();
+  }
+  void addRows(std::span<const zelsvm::WeightedRow> weighted, std::span<double> sums) override {
+    const Clock clock(report.setRows);
+    inner->addRows(weighted, sums);
+  }
+  [[nodiscard]] std::uint64_t rowsMade() const override { return inner->rowsMade(); }
+  [[nodiscard]] double cacheHitRate() const override { return inner->cacheHitRate(); }
+  void chooseSet(std::span<const unsigned> samples, zelsvm::SetPrecision precision) override {
+    const Clock clock(report.sets);
+    const auto size = static_cast<double>(samples.size());
+    report.sets.flops += size * size / 2 * flopsPerRow / rows;
+    report.sets.exponentials += size * size / 2 * exponentials;
+    inner->chooseSet(samples, precision);
+  }
+  void addSetRows(std::span<const double> weights, std::span<double> sums) override {
+    const Clock clock(report.sets);
+    inner->addSetRows(weights, sums);
+  }
+  zelsvm::SetSteps solveSet(const zelsvm::SetVariables& variables, std::span<double> sums,
+                            double tolerance, std::uint64_t mostSteps) override {
+    const Clock clock(report.sets);
+    return inner->solveSet(variables, sums, tolerance, mostSteps);
+  }
+
+ private:
+  std::unique_ptr<SetMachine> inner;
+  double rows = 0;
+  double flopsPerRow = 0;
+  double exponentials = 0;
+};
+
 class ClockedPredictor : public zelsvm::PredictorMachine {
  public:
   ClockedPredictor(std::unique_ptr<PredictorMachine> predictor, const DecisionTask& task)
@@ -222,6 +274,9 @@ class ClockedMachine : public zelsvm::Machine {
   [[nodiscard]] std::unique_ptr<zelsvm::SolverMachine> makeSolver(zelsvm::SVM_KERNEL kernel,
                                                                   bool twoGroups) const override {
     return std::make_unique<ClockedSolver>(inner.makeSolver(kernel, twoGroups), twoGroups);
+  }
+  [[nodiscard]] std::unique_ptr<zelsvm::SetMachine> makeSetMachine() const override {
+    return std::make_unique<ClockedSets>(inner.makeSetMachine());
   }
   [[nodiscard]] std::unique_ptr<zelsvm::PredictorMachine> makePredictor(
       const DecisionTask& task) const override {
