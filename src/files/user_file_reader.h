@@ -145,8 +145,8 @@ bool UserFileReader<T>::loadParts(T* leading, const StoreOf& storeOf) {
   }
   for (const zel::FileWarnings& warningsOfPart : found) warnings.append(warningsOfPart);
   file.close();
-  return *std::max_element(cols.begin(), cols.end()) ==
-         std::uint64_t{maxIndex} + 1 - this->baseIndex;
+  const auto widest = std::max_element(cols.begin(), cols.end());
+  return *widest == std::uint64_t{maxIndex} + 1 - this->baseIndex;
 }
 
 template <typename T>

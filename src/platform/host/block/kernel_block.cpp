@@ -83,12 +83,16 @@ void KernelBlock<T>::computeAll(T* values, std::uint64_t pitch) {
 
 template <typename T>
 void KernelBlock<T>::computeDiagonal(T* values) const {
-  withKernel(type, [&]<typename Function>() {
+  const bool isUnit = withKernel(type, []<typename Function>() {
     static_assert(Function::unitDiagonal || !Function::readsNorms);
-    if (Function::unitDiagonal) return static_cast<void>(std::fill_n(values, columns(), T{1}));
-    std::copy_n(norms(), columns(), values);
-    blockSweeps<T>().transform[type](constants, values, norms(), columns(), T{});
+    return Function::unitDiagonal;
   });
+  if (isUnit) {
+    std::fill_n(values, columns(), T{1});
+    return;
+  }
+  std::copy_n(norms(), columns(), values);
+  blockSweeps<T>().transform[type](constants, values, norms(), columns(), T{});
 }
 
 template <typename T>

@@ -23,8 +23,10 @@ void RowSource::assign(const SolverTask& task) {
   slots.assign(n, rowSlotCount(n, slotPitch * sizeof(double),
                                rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers)));
   memory.resize(slots.count() * slotPitch);
+  const bool isUnit =
+      withKernel(task.kernel.type, []<typename Function>() { return Function::unitDiagonal; });
   diagonalValues = nullptr;
-  if (!withKernel(task.kernel.type, []<typename F>() { return F::unitDiagonal; })) {
+  if (!isUnit) {
     ownDiagonal.resize(slotPitch);
     block.computeDiagonal(ownDiagonal.data());
     diagonalValues = ownDiagonal.data();
