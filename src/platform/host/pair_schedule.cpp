@@ -38,8 +38,8 @@ double rowNanoseconds(const zelmag::AbstractMatrix<double>& matrix, std::uint64_
 // One thread per pair uses the processors best, but the members share the cache. So pairs go one
 // after the other where they can use threads themselves just as well, that is where even a single
 // kernel row is long, and the shares would not hold all rows of the largest pair. A formulation
-// that sums up its first gradient goes by blocks of the cache's size, which is not to depend on the
-// number of threads: there the shares must hold all rows.
+// that sums up its first gradient prints a dot for as many samples as the cache holds rows, and the
+// dots are not to depend on the number of threads: there the shares must hold all rows.
 unsigned pairsAtOnce(const zelmag::AbstractMatrix<double>& samples, const KernelSettings& kernel,
                      std::uint64_t cacheMegabytes, const PairLoad& load) {
   const auto threads = std::min(static_cast<std::uint64_t>(zel::threadCount()), load.pairs);
