@@ -27,7 +27,7 @@ bool CFile::open(const std::string& filePath, bool allowFailure) {
   const bool isOpen = output != nullptr || input.isOpen();
   if (!isOpen && !allowFailure) throwAppException("failed to open %s.", filePath.c_str());
   path = filePath;
-  if (input.isOpen()) lines.emplace(input, path);
+  if (input.isOpen()) lines = std::make_unique<LineReader>(input, path);
   return isOpen;
 }
 

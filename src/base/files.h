@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,7 +60,7 @@ class CFile {
   std::string path;
   std::unique_ptr<OutputFile> output;  // where it is written
   Descriptor input;                    // from where it is read
-  std::optional<LineReader> lines;
+  std::unique_ptr<LineReader> lines;   // which is read from its start
 };
 
 class CTextFile : public CFile {
