@@ -1,43 +1,33 @@
 #include "platform/host/sets/set_sweeps.h"
 
-#include <hwy/highway.h>
-
+#include "platform/host/isa/extremes.h"
 #include "rules/smo_rules.h"
 
 namespace zelsvm::ZEL_ISA {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
-using Lanes = hn::ScalableTag<double>;
-using Pack = hn::Vec<Lanes>;
-
 constexpr double infinity = __builtin_inf();
-constexpr std::uint64_t lanes = HWY_LANES(double);
 static_assert(setLanes % (2 * lanes) == 0);
 // Samples whose maximum is taken before anyone asks where it lies.
 constexpr std::uint64_t blockSize = 256;
 
-ZEL_RULE Pack load(const double* p) { return hn::Load(Lanes(), p); }
+ZEL_RULE Pack load(const double* p) { return hn::Load(doubles, p); }
 ZEL_RULE Pack load(const float* p) {
-  return hn::PromoteTo(Lanes(), hn::Load(hn::Rebind<float, Lanes>(), p));
+  return hn::PromoteTo(doubles, hn::Load(hn::Rebind<float, Doubles>(), p));
 }
 
 // Running extremes of one group, in two parts that do not wait for each other. What is not a number
 // never wins.
 struct Extremes {
-  Pack up[2] = {hn::Set(Lanes(), -infinity), hn::Set(Lanes(), -infinity)};
-  Pack low[2] = {hn::Set(Lanes(), infinity), hn::Set(Lanes(), infinity)};
+  Pack up[2] = {hn::Set(doubles, -infinity), hn::Set(doubles, -infinity)};
+  Pack low[2] = {hn::Set(doubles, infinity), hn::Set(doubles, infinity)};
 
   ZEL_RULE void take(int part, const double* rises, const double* falls, Pack sum) {
-    up[part] = hn::Max(hn::Sub(load(rises), sum), up[part]);
-    low[part] = hn::Min(hn::Sub(load(falls), sum), low[part]);
+    up[part] = larger(hn::Sub(load(rises), sum), up[part]);
+    low[part] = smaller(hn::Sub(load(falls), sum), low[part]);
   }
-  ZEL_RULE double highest() const {
-    return hn::GetLane(hn::MaxOfLanes(Lanes(), hn::Max(up[0], up[1])));
-  }
-  ZEL_RULE double lowest() const {
-    return hn::GetLane(hn::MinOfLanes(Lanes(), hn::Min(low[0], low[1])));
-  }
+  ZEL_RULE double highest() const { return largestOf(larger(up[0], up[1])); }
+  ZEL_RULE double lowest() const { return smallestOf(smaller(low[0], low[1])); }
 };
 
 // Products and sums are rounded one by one: processors without fused operations agree.
@@ -51,7 +41,7 @@ struct Update {
   ZEL_RULE Pack apply(double* sums, std::uint64_t r) const {
     const Pack sum = hn::Add(
         load(sums + r), hn::Add(hn::Mul(stepI, load(rowI + r)), hn::Mul(stepJ, load(rowJ + r))));
-    hn::Store(sum, Lanes(), sums + r);
+    hn::Store(sum, doubles, sums + r);
     return sum;
   }
 };
@@ -90,7 +80,7 @@ ZEL_RULE void sweep(const SetArrays& arrays, const Update<K>& update, GroupExtre
 template <typename K>
 SetExtremes findFirst(const SetArrays& arrays, const K* rowI, double stepI, const K* rowJ,
                       double stepJ) {
-  const Update<K> update{rowI, rowJ, hn::Set(Lanes(), stepI), hn::Set(Lanes(), stepJ)};
+  const Update<K> update{rowI, rowJ, hn::Set(doubles, stepI), hn::Set(doubles, stepJ)};
   GroupExtremes found[2];
   arrays.groups == 2 ? sweep<2>(arrays, update, found) : sweep<1>(arrays, update, found);
   const auto gap = [&](unsigned g) { return found[g].beta.up - found[g].beta.low; };
@@ -108,7 +98,7 @@ template <typename K>
 unsigned findSecond(const SetArrays& arrays, unsigned group, const K* rowI, double up,
                     double diagonalI) {
   constexpr double margin = 1 + 0x1p-40;
-  const Lanes d;
+  const Doubles d;
   SmoLowerBeta<double> best{0, noIndex};
   Pack bar = hn::Zero(d);
   const auto consider = [&](std::uint64_t r) {
@@ -119,7 +109,7 @@ unsigned findSecond(const SetArrays& arrays, unsigned group, const K* rowI, doub
     if (gain < best.value) best = {gain, static_cast<unsigned>(r)};
   };
   for (std::uint64_t r = 0; r < arrays.size; r += lanes) {
-    const Pack b = hn::Max(
+    const Pack b = larger(
         hn::Sub(hn::Set(d, up), hn::Sub(load(arrays.falls[group] + r), load(arrays.sums + r))),
         hn::Zero(d));
     const Pack curvature = hn::Sub(hn::Add(hn::Set(d, diagonalI), load(arrays.diagonal + r)),
@@ -140,8 +130,8 @@ ZEL_RULE void addToPacks(const double* const* rows, const double* weights, std::
   for (std::uint64_t r = 0; r < count; ++r)
     for (std::uint64_t u = 0; u < packs; ++u)
       totals[u] =
-          hn::MulAdd(hn::Set(Lanes(), weights[r]), load(rows[r] + c + u * lanes), totals[u]);
-  for (std::uint64_t u = 0; u < packs; ++u) hn::Store(totals[u], Lanes(), sums + c + u * lanes);
+          hn::MulAdd(hn::Set(doubles, weights[r]), load(rows[r] + c + u * lanes), totals[u]);
+  for (std::uint64_t u = 0; u < packs; ++u) hn::Store(totals[u], doubles, sums + c + u * lanes);
 }
 
 void addRows(const double* const* rows, const double* weights, std::uint64_t count,

@@ -1,23 +1,17 @@
 #include "platform/host/sweeps/smo_sweeps.h"
 
 #include <hwy/cache_control.h>
-#include <hwy/highway.h>
 
+#include "platform/host/isa/extremes.h"
 #include "rules/smo_rules.h"
 
 namespace zelsvm::ZEL_ISA {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-using Doubles = hn::ScalableTag<double>;
 using Numbers = hn::RebindToSigned<Doubles>;
-using Pack = hn::Vec<Doubles>;
 using Bits = hn::Vec<Numbers>;
 
-constexpr Doubles doubles;
 constexpr Numbers numbers;
-constexpr std::uint64_t lanes = hn::MaxLanes(doubles);
 
 constexpr double infinity = __builtin_inf();
 // Variables whose maximum is taken before anyone asks where it lies.
@@ -30,23 +24,6 @@ constexpr std::uint64_t line = 8;  // elements
 HWY_INLINE void fetch(const double* row) { hwy::Prefetch(row + fetchedAhead); }
 HWY_INLINE Pack splat(double value) { return hn::Set(doubles, value); }
 HWY_INLINE Pack load(const double* from) { return hn::LoadU(doubles, from); }
-
-// a where it is larger, else b: what is not a number in a never wins. The processors' own maxima
-// differ in that.
-HWY_INLINE Pack larger(Pack a, Pack b) {
-#if HWY_ARCH_X86
-  return hn::Max(a, b);
-#else
-  return hn::IfThenElse(hn::Gt(a, b), a, b);
-#endif
-}
-HWY_INLINE Pack smaller(Pack a, Pack b) {
-#if HWY_ARCH_X86
-  return hn::Min(a, b);
-#else
-  return hn::IfThenElse(hn::Lt(a, b), a, b);
-#endif
-}
 
 // What selections are made in.
 enum class Groups { all, bySign, byHalf };
@@ -103,7 +80,7 @@ struct Extremes {
   [[nodiscard]] HWY_INLINE double highest() const {
     Pack m = up[0];
     for (int u = 1; u < unroll; ++u) m = larger(up[u], m);
-    return hn::GetLane(hn::MaxOfLanes(doubles, m));
+    return largestOf(m);
   }
   [[nodiscard]] HWY_INLINE Pack lowest(Pack m) const {
     for (const Pack& l : low) m = smaller(l, m);
@@ -180,7 +157,7 @@ HWY_INLINE void selectRange(const SweptVariables& variables, std::uint64_t begin
     if (better[g])
       best[g].position =
           static_cast<std::int64_t>(members[g].firstWith(variables.v, bestBlock[g], best[g].up));
-    const double lowest = hn::GetLane(hn::MinOfLanes(doubles, low[g]));
+    const double lowest = smallestOf(low[g]);
     best[g].low = lowest < best[g].low ? lowest : best[g].low;
   }
 }
