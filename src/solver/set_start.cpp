@@ -40,7 +40,7 @@ std::vector<unsigned> startSubset(const SetVariables& variables) {
   const std::uint64_t size = std::min(n, std::clamp(n / share, fewest, most));
   std::vector<std::pair<std::uint32_t, unsigned>> tickets[2];
   for (unsigned s = 0; s < n; ++s)
-    tickets[variables.isPositive(s) ? 0 : 1].push_back({shuffled(s, ~0u), s});
+    tickets[variables.isPositive(s) ? 0 : 1].emplace_back(shuffled(s, ~0u), s);
   std::vector<unsigned> subset;
   for (auto& list : tickets) {
     std::sort(list.begin(), list.end());
@@ -68,7 +68,7 @@ void fillLowest(const SetVariables& variables, std::span<const double> sums) {
     std::vector<std::pair<double, std::uint64_t>> order;
     for (std::uint64_t k = 0; k < variables.count(); ++k)
       if (variables.signs[k] == sign)
-        order.push_back({variables.linearTerm[k] + sign * sums[k % variables.samples], k});
+        order.emplace_back(variables.linearTerm[k] + sign * sums[k % variables.samples], k);
     std::sort(order.begin(), order.end());
     for (const auto& [gradient, k] : order)
       variables.multipliers[k] = takeUpTo(variables.bound(k), left);

@@ -75,11 +75,11 @@ void Violators::choose(const SetVariables& variables, std::span<const double> su
 void Violators::list(const SetVariables& variables, std::span<const double> sums, unsigned g,
                      std::uint32_t step) {
   const double middle = middleOf(states[g]);
+  std::vector<Ticket>& rising = tickets[std::size_t{2} * g];
+  std::vector<Ticket>& falling = tickets[std::size_t{2} * g + 1];
   for (unsigned s = 0; s < variables.samples; ++s) {
-    if (variables.rise(s, g).offset - sums[s] > middle)
-      tickets[2 * g].push_back({shuffled(s, step), s});
-    if (variables.fall(s, g).offset - sums[s] < middle)
-      tickets[2 * g + 1].push_back({shuffled(s, step), s});
+    if (variables.rise(s, g).offset - sums[s] > middle) rising.emplace_back(shuffled(s, step), s);
+    if (variables.fall(s, g).offset - sums[s] < middle) falling.emplace_back(shuffled(s, step), s);
   }
 }
 

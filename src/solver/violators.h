@@ -46,7 +46,7 @@ class Violators {
 
   void list(const SetVariables& variables, std::span<const double> sums, unsigned g,
             std::uint32_t step);
-  static void keepFirst(std::vector<Ticket>& tickets, std::uint64_t most);
+  static void keepFirst(std::vector<Ticket>& list, std::uint64_t most);
 
   GroupState states[2]{};
   std::vector<Ticket> tickets[4];  // two a group: that rise, that fall

@@ -144,7 +144,7 @@ void WorkingSets::addChanges() {
     for (std::uint64_t k = s, t = r; k < variables.count();
          k += variables.samples, t += set.samples.size()) {
       const double change = set.multipliers[t] - variables.multipliers[k];
-      if (change != 0) changes.push_back({k, change});
+      if (change != 0) changes.emplace_back(k, change);
       variables.multipliers[k] = set.multipliers[t];
       isFree = isFree || variables.isFree(k);
     }

@@ -33,7 +33,7 @@ class WorkingSets {
 
   // From the variables' feasible multipliers to the solution's. Throws what check throws,
   // zel::Stopped when the thread's sink asks for it, and what the machine throws.
-  SetEnding solve(const SetVariables& variables, const zelmag::AbstractMatrix<double>& samples,
+  SetEnding solve(const SetVariables& problem, const zelmag::AbstractMatrix<double>& samples,
                   const Check& check);
   // Steps of the two-variable method.
   [[nodiscard]] std::uint64_t iterations() const { return steps; }

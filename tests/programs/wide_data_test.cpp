@@ -74,7 +74,7 @@ class WideData : public testing::Test {
   // Ends well in a tenth of the memory that a number for every feature would take.
   std::string run(const std::string& line) const {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    return succeed(workspace, words(line));
+    return succeed(workspace, zeltest::words(line));
 #else
     const auto result =
         workspace.run("/bin/sh", {"-c", "ulimit -v 700000 && exec " ZEL_TOOL_DIR "/" + line},

@@ -78,7 +78,7 @@ template <typename T>
 void KernelBlock<T>::computeAll(T* values, std::uint64_t pitch) {
   std::vector<T*> stored(columns());
   for (std::uint64_t r = 0; r < stored.size(); ++r) stored[r] = values + r * pitch;
-  computeBatches(*chosen, {stored, {}, {}}, values, pitch);
+  computeBatches(chosen, {stored, {}, {}}, values, pitch);
 }
 
 template <typename T>
@@ -165,7 +165,7 @@ template <typename T>
 bool KernelBlock<T>::computeSingle(const SampleChoice& row, const BlockTask<T>& task) {
   sparseRows.readEntries(row.matrix(), row[0]);
   if (!inverted.isAssigned())
-    inverted.assign(sparseColumns.factors(), columns(), chosen->matrix().cols());
+    inverted.assign(sparseColumns.factors(), columns(), chosen.matrix().cols());
   const double met = inverted.work(sparseRows.features());
   const double all = static_cast<double>(sparseColumns.stored());
   if (met * nanosecondsPerInvertedValue > all * nanosecondsPerSparseValue) return false;

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 
 #include "platform/host/block/inverted_samples.h"
@@ -41,7 +40,7 @@ class KernelBlock {
   // std::bad_alloc, as the other functions do.
   void assign(const SampleChoice& columns, const KernelSettings& kernel);
 
-  [[nodiscard]] std::uint64_t columns() const { return chosen->count(); }
+  [[nodiscard]] std::uint64_t columns() const { return chosen.count(); }
   // Squared norms of the columns, by which equal samples are at distance 0.
   [[nodiscard]] const T* norms() const {
     return isDense ? denseColumns.norms() : sparseColumns.norms();
@@ -62,7 +61,7 @@ class KernelBlock {
   void computeSparse(const SampleChoice& batch, BlockTask<T>& task);
   bool computeSingle(const SampleChoice& row, const BlockTask<T>& task);
 
-  std::optional<SampleChoice> chosen;
+  SampleChoice chosen;
   SVM_KERNEL type = SVM_KERNEL_LINEAR;
   KernelConstants constants{};
   double functionNanoseconds = 0;

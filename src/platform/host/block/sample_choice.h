@@ -11,6 +11,7 @@ namespace zelsvm {
 // Those with consecutive numbers, or those with the given ones, which outlive this.
 class SampleChoice {
  public:
+  SampleChoice() = default;  // none
   explicit SampleChoice(const zelmag::AbstractMatrix<double>& all)
       : SampleChoice(all, 0, all.rows()) {}
   SampleChoice(const zelmag::AbstractMatrix<double>& matrix, std::uint64_t first,
@@ -34,10 +35,10 @@ class SampleChoice {
   }
 
  private:
-  const zelmag::AbstractMatrix<double>* source;
+  const zelmag::AbstractMatrix<double>* source = nullptr;
   const std::uint64_t* numbers = nullptr;
   std::uint64_t first = 0;
-  std::uint64_t size;
+  std::uint64_t size = 0;
 };
 
 }  // namespace zelsvm

@@ -5,6 +5,8 @@
 // the polynomials are Chebyshev fits.
 #pragma once
 
+#include <iterator>
+
 #include "platform/host/isa/lanes.h"
 
 namespace zelsvm::ZEL_ISA {
@@ -67,8 +69,7 @@ HWY_INLINE ReducedExponential<T> reduceExponential(Lanes<T> t) {
   const Lanes<T> high = fusedMultiplyAdd(k, Lanes<T>(-C::ln2High), t);
   const Lanes<T> r = fusedMultiplyAdd(k, Lanes<T>(-C::ln2Low), high);
   Lanes<T> h = C::h[0];
-  for (unsigned i = 1; i < sizeof C::h / sizeof C::h[0]; ++i)
-    h = fusedMultiplyAdd(h, r, Lanes<T>(C::h[i]));
+  for (std::size_t i = 1; i < std::size(C::h); ++i) h = fusedMultiplyAdd(h, r, Lanes<T>(C::h[i]));
   return {hn::Sub(hn::BitCast(integers, rounded.v), hn::BitCast(integers, Lanes<T>(C::rounding).v)),
           r, fusedMultiplyAdd(k, Lanes<T>(-C::ln2Low), high - r), h};
 }

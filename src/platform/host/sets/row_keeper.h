@@ -13,7 +13,7 @@ class RowKeeper {
  public:
   static constexpr std::uint32_t noSlot = std::numeric_limits<std::uint32_t>::max();
 
-  void assign(std::uint64_t rows, std::uint64_t slots);
+  void assign(std::uint64_t rows, std::uint64_t newMost);
   // Begins a round.
   void beginRound() {
     ++round;
