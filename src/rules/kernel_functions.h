@@ -19,7 +19,7 @@ struct KernelConstants {
 // name: what model files call it. takesGamma, takesCoef0, takesDegree: parameters that it has, and
 // model files with it. isProduct: it is the dot product itself. readsNorms: the argument
 // takes the squared norms, which else may be anything. unitDiagonal: K(x, x) is always 1.
-// isArithmetic: the function calls none of the C library's. nanoseconds: what a value costs one
+// isArithmetic: the function takes no exponential. nanoseconds: what a value costs one
 // thread, the product apart. V is double, or on the host a vector of lanes with `one` as its unit.
 template <SVM_KERNEL K>
 struct KernelFunction;
