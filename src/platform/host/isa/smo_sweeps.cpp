@@ -54,7 +54,7 @@ struct States {
 };
 
 HWY_INLINE Pack where(Bits sign, Pack a, Pack b) {
-#if HWY_TARGET == HWY_SCALAR  // which would not see the sign of what is no number
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128  // which compare: no sign of a NaN
   return hn::IfThenElse(hn::RebindMask(doubles, hn::Lt(sign, hn::Zero(numbers))), a, b);
 #else
   return hn::IfNegativeThenElse(hn::BitCast(doubles, sign), a, b);
