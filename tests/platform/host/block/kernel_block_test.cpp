@@ -18,7 +18,6 @@
 
 namespace {
 
-using zelsvm::BlockUse;
 using zelsvm::HostVector;
 using zelsvm::KernelBlock;
 using zelsvm::KernelSettings;
