@@ -10,7 +10,7 @@
 
 #include "base/descriptor.h"
 #include "base/line_reader.h"
-#include "base/output_file.h"
+#include "base/output/output_file.h"
 
 namespace zel {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <system_error>
 
-#include "base/six_digits.h"
+#include "base/output/six_digits.h"
 
 namespace zel {
 namespace {

@@ -4,12 +4,12 @@
 #include <optional>
 #include <string_view>
 
-#include "base/console.h"
 #include "base/errors.h"
-#include "base/file_warnings.h"
 #include "base/files.h"
 #include "base/numbers.h"
-#include "base/text_output.h"
+#include "base/output/console.h"
+#include "base/output/file_warnings.h"
+#include "base/output/text_output.h"
 #include "data/svm_scale.h"
 
 namespace zelsvm {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "base/file_warnings.h"
+#include "base/output/file_warnings.h"
 
 namespace zelsvm {
 

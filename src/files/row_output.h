@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/text_output.h"
+#include "base/output/text_output.h"
 #include "threads/first_failure.h"
 
 namespace zelsvm {

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "base/file_warnings.h"
 #include "base/numbers.h"
+#include "base/output/file_warnings.h"
 
 namespace zelsvm {
 

@@ -8,8 +8,8 @@
 #include <system_error>
 
 #include "base/errors.h"
-#include "files/class_sizes.h"
-#include "files/model_header_reader.h"
+#include "files/models/class_sizes.h"
+#include "files/models/model_header_reader.h"
 
 namespace zelsvm {
 namespace {

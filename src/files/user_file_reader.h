@@ -9,13 +9,13 @@
 #include <utility>
 #include <vector>
 
-#include "base/file_warnings.h"
 #include "base/files.h"
+#include "base/output/file_warnings.h"
 #include "base/vectors.h"
 #include "data/matrix.h"
 #include "files/file_base.h"
 #include "files/file_part.h"
-#include "files/model_header.h"
+#include "files/models/model_header.h"
 #include "files/part_counter.h"
 #include "files/repeated_features.h"
 #include "files/sample_line.h"

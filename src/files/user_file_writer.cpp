@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "base/numbers.h"
-#include "files/kernel_parameters.h"
+#include "files/models/kernel_parameters.h"
 #include "files/row_output.h"
 
 namespace zelsvm {

@@ -7,10 +7,10 @@
 #include <string_view>
 
 #include "base/files.h"
-#include "base/text_output.h"
+#include "base/output/text_output.h"
 #include "data/matrix.h"
 #include "files/file_base.h"
-#include "files/model_header.h"
+#include "files/models/model_header.h"
 
 namespace zelsvm {
 

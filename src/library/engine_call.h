@@ -7,8 +7,8 @@
 #include <chrono>
 #include <string_view>
 
-#include "base/console.h"
 #include "base/errors.h"
+#include "base/output/console.h"
 
 namespace zelsvm::detail {
 

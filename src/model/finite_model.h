@@ -1,7 +1,7 @@
 // The test that keeps overflowed results out of model files and predictions.
 #pragma once
 
-#include "files/model_header.h"
+#include "files/models/model_header.h"
 #include "model/generic_model.h"
 
 namespace zelsvm {

@@ -6,10 +6,10 @@
 #include <iterator>
 #include <string_view>
 
-#include "base/console.h"
 #include "base/errors.h"
-#include "base/file_warnings.h"
 #include "base/numbers.h"
+#include "base/output/console.h"
+#include "base/output/file_warnings.h"
 
 namespace zelsvm {
 namespace {

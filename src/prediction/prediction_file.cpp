@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "base/files.h"
-#include "base/text_output.h"
+#include "base/output/text_output.h"
 #include "files/row_output.h"
 
 namespace zelsvm {

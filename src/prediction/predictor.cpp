@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "base/console.h"
 #include "base/errors.h"
+#include "base/output/console.h"
 
 namespace zelsvm {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "base/console.h"
 #include "base/errors.h"
 #include "base/numbers.h"
+#include "base/output/console.h"
 #include "prediction/prediction_handlers.h"
 #include "prediction/predictor.h"
 #include "probability/crowded_label.h"

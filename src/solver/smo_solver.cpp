@@ -6,8 +6,8 @@
 #include <span>
 #include <utility>
 
-#include "base/console.h"
 #include "base/errors.h"
+#include "base/output/console.h"
 #include "solver/solver_choice.h"
 
 namespace zelsvm {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "solver/set_start.h"
 #include "solver/solver_choice.h"
 

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "tools/flows/zelsvm_main.h"
 #include "tools/options.h"
 #include "tools/platform_choice.h"

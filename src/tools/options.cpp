@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "base/file_warnings.h"
 #include "base/memory.h"
+#include "base/output/file_warnings.h"
 #include "base/random.h"
 #include "tools/options/argument_number.h"
 #include "tools/options/getopt.h"

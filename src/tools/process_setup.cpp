@@ -7,7 +7,7 @@
 #include <new>
 
 #include "base/memory.h"
-#include "base/unfinished_files.h"
+#include "base/output/unfinished_files.h"
 
 extern "C" {
 

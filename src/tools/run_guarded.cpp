@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <exception>
 
-#include "base/console.h"
+#include "base/output/console.h"
 
 namespace zelsvm_main {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/console.h"
+#include "base/output/console.h"
 
 namespace zelsvm_main {
 

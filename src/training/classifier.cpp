@@ -3,8 +3,8 @@
 #include <cmath>
 #include <utility>
 
-#include "base/console.h"
 #include "base/errors.h"
+#include "base/output/console.h"
 #include "platform/portable_functions.h"
 #include "training/label_classifier.h"
 #include "training/model_extraction.h"

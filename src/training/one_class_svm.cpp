@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "training/model_extraction.h"
 
 namespace zelsvm {

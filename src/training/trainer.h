@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "model/generic_model.h"
 #include "parameters/svm_context.h"
 #include "solver/smo_solver.h"

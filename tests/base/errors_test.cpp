@@ -7,7 +7,7 @@
 #include <string_view>
 #include <thread>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "text_match.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "base/file_warnings.h"
+#include "base/output/file_warnings.h"
 
 #include <gtest/gtest.h>
 

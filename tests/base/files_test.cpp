@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "base/text_output.h"
+#include "base/output/text_output.h"
 #include "support/temp_file.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Files that take their place when they are whole, and the paths that lead to them.
-#include "base/output_file.h"
+#include "base/output/output_file.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

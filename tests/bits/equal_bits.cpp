@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "base/random.h"
 #include "bits/runs.h"
 #include "platform/host/host_machine.h"

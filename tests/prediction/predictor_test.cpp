@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "base/console.h"
 #include "base/errors.h"
+#include "base/output/console.h"
 #include "prediction/prediction_handlers.h"
 #include "support/models.h"
 #include "support/quiet.h"

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Settings that are refused.
 #include <gtest/gtest.h>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 
 namespace {
 

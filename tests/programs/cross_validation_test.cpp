@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <numeric>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 #include "text_match.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <sstream>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 
 namespace {
 

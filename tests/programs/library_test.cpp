@@ -9,8 +9,8 @@
 #include <thread>
 #include <utility>
 
-#include "programs/tool_runs.h"
 #include "support/captured_output.h"
+#include "support/programs/tool_runs.h"
 #include "support/temp_file.h"
 
 namespace {

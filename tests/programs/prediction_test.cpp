@@ -1,7 +1,7 @@
 // The prediction tool: its files, test sets of other widths, and what it refuses.
 #include <gtest/gtest.h>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 #include "text_match.h"
 
 namespace {

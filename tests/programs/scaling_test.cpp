@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <map>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <tuple>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 #include "text_match.h"
 #include "tools/tool.h"
 #include "tools/usage.h"

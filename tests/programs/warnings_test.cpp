@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 
 namespace {
 

@@ -5,11 +5,10 @@
 #include <cstring>
 #include <sstream>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 
 namespace {
 
-using zeltest::Command;
 using zeltest::expectNear;
 using zeltest::numbersIn;
 using zeltest::Samples;

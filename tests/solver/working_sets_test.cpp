@@ -10,7 +10,7 @@
 #include <tuple>
 #include <vector>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "support/pair_machine.h"
 #include "support/platform_settings.h"
 #include "support/solved_problem.h"

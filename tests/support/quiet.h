@@ -1,7 +1,7 @@
 // Code under test without its informational lines.
 #pragma once
 
-#include "base/console.h"
+#include "base/output/console.h"
 
 namespace zeltest {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "base/console.h"
+#include "base/output/console.h"
 
 namespace zeltest {
 

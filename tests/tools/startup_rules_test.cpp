@@ -4,8 +4,8 @@
 #include <new>
 #include <stdexcept>
 
-#include "base/console.h"
 #include "base/errors.h"
+#include "base/output/console.h"
 #include "platform/host/host_machine.h"
 #include "support/quiet.h"
 #include "tools/platform_choice.h"

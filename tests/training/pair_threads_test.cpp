@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "base/random.h"
 #include "runs/processor.h"
 #include "support/allocation_fault.h"

@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "base/errors.h"
-#include "base/output_target.h"
+#include "base/output/output_target.h"
 
 namespace zelsvm_main {
 

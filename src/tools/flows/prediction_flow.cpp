@@ -1,5 +1,5 @@
-#include "base/console.h"
-#include "base/output_file.h"
+#include "base/output/console.h"
+#include "base/output/output_file.h"
 #include "prediction/prediction_file.h"
 #include "runs/scaled_runs.h"
 #include "tools/flows/file_names.h"

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "base/console.h"
 #include "base/numbers.h"
-#include "base/output_file.h"
+#include "base/output/console.h"
+#include "base/output/output_file.h"
 #include "data/scaled_data.h"
 #include "files/user_file_writer.h"
 #include "tools/flows/file_names.h"

@@ -2,9 +2,9 @@
 #include <memory>
 #include <string>
 
-#include "base/console.h"
 #include "base/numbers.h"
-#include "base/output_file.h"
+#include "base/output/console.h"
+#include "base/output/output_file.h"
 #include "data/scaled_data.h"
 #include "model/model_file.h"
 #include "tools/flows/file_names.h"

@@ -5,8 +5,8 @@
 #include <ctime>
 #include <utility>
 
-#include "base/console.h"
 #include "base/errors.h"
+#include "base/output/console.h"
 #include "base/random.h"
 #include "files/read_data.h"
 #include "model/model_file.h"

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "base/errors.h"
-#include "base/file_warnings.h"
+#include "base/output/file_warnings.h"
 #include "tools/options/near_name.h"
 
 namespace zelsvm_opt {

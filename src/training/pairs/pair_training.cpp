@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "base/random.h"
 #include "threads/parallel.h"
 #include "training/generic_trainer.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "base/console.h"
+#include "base/output/console.h"
 #include "training/build_handler.h"
 #include "training/classifier.h"
 #include "training/pairs/multiclass_definition.h"

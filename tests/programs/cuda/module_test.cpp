@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 #include "text_match.h"
 
 namespace {

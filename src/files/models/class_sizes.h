@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "files/model_header.h"
+#include "files/models/model_header.h"
 
 namespace zelsvm {
 

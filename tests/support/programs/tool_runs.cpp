@@ -1,4 +1,4 @@
-#include "programs/tool_runs.h"
+#include "support/programs/tool_runs.h"
 
 #include <gtest/gtest.h>
 

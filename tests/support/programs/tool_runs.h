@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "programs/tool_process.h"
+#include "support/programs/tool_process.h"
 #include "support/samples.h"
 
 namespace zeltest {

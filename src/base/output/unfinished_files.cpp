@@ -1,4 +1,4 @@
-#include "base/unfinished_files.h"
+#include "base/output/unfinished_files.h"
 
 #include <fcntl.h>
 #include <unistd.h>

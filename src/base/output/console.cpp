@@ -1,4 +1,4 @@
-#include "base/console.h"
+#include "base/output/console.h"
 
 #include <atomic>
 #include <cerrno>

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "base/file_warnings.h"
-#include "files/model_header.h"
-#include "files/model_scale_reader.h"
+#include "base/output/file_warnings.h"
+#include "files/models/model_header.h"
+#include "files/models/model_scale_reader.h"
 #include "files/sample_line.h"
 
 namespace zelsvm {

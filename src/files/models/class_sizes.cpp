@@ -1,4 +1,4 @@
-#include "files/class_sizes.h"
+#include "files/models/class_sizes.h"
 
 #include "base/errors.h"
 

@@ -1,4 +1,4 @@
-#include "base/output_target.h"
+#include "base/output/output_target.h"
 
 #include <linux/magic.h>
 #include <sys/vfs.h>

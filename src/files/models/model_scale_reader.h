@@ -3,8 +3,8 @@
 
 #include <string_view>
 
-#include "base/file_warnings.h"
-#include "files/model_header.h"
+#include "base/output/file_warnings.h"
+#include "files/models/model_header.h"
 #include "files/sample_line.h"
 
 namespace zelsvm {

@@ -1,4 +1,4 @@
-#include "base/text_output.h"
+#include "base/output/text_output.h"
 
 #include <cstring>
 

@@ -1,10 +1,10 @@
-#include "files/model_scale_reader.h"
+#include "files/models/model_scale_reader.h"
 
 #include <limits>
 
 #include "base/numbers.h"
-#include "files/class_sizes.h"
 #include "files/file_base.h"
+#include "files/models/class_sizes.h"
 
 namespace zelsvm {
 namespace {

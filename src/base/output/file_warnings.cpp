@@ -1,9 +1,9 @@
-#include "base/file_warnings.h"
+#include "base/output/file_warnings.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "base/console.h"
+#include "base/output/console.h"
 
 namespace zel {
 

@@ -1,4 +1,4 @@
-#include "programs/tool_process.h"
+#include "support/programs/tool_process.h"
 
 #include <fcntl.h>
 #include <pty.h>

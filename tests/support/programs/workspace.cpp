@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "programs/tool_process.h"
+#include "support/programs/tool_process.h"
 
 namespace zeltest {
 

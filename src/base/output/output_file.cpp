@@ -1,4 +1,4 @@
-#include "base/output_file.h"
+#include "base/output/output_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

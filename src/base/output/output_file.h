@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "base/descriptor.h"
-#include "base/output_target.h"
-#include "base/unfinished_files.h"
+#include "base/output/output_target.h"
+#include "base/output/unfinished_files.h"
 
 namespace zel {
 

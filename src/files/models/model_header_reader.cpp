@@ -1,12 +1,12 @@
-#include "files/model_header_reader.h"
+#include "files/models/model_header_reader.h"
 
 #include <cmath>
 
 #include "base/errors.h"
 #include "base/numbers.h"
-#include "files/class_sizes.h"
 #include "files/file_base.h"
-#include "files/kernel_parameters.h"
+#include "files/models/class_sizes.h"
+#include "files/models/kernel_parameters.h"
 
 namespace zelsvm {
 namespace {
