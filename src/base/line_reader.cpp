@@ -18,7 +18,7 @@ constexpr std::uint64_t readBlockSize = std::uint64_t{256} << 10;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 [[noreturn]] void throwUnreadable(const std::string& path) {
-  throwAppException("failed reading from file: %s", path.c_str());
+  throwAppException("The file %s cannot be read.", path.c_str());
 }
 
 // Calls read(target, room) until the room is full or the file at its end; returns what it holds.
@@ -96,7 +96,8 @@ bool LineReader::readLine(std::string_view& line) {
 
 // Reads on behind the unfinished line; false at the end.
 bool LineReader::readBlock() {
-  if (atNul) throwAppException("a NUL character in text file: %s", path.c_str());
+  if (atNul)
+    throwAppException("The file %s holds a NUL character, which no text has.", path.c_str());
   makeRoom();
   char* const target = block.data() + filled;
   std::size_t room = block.size() - filled;

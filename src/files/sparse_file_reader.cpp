@@ -58,7 +58,8 @@ bool SparseFileReader<T>::loadArrays() {
                                  std::to_string(this->cols() - 1 + this->baseIndex) +
                                  " is too large for sparse data.")
                                     .c_str());
-  if (this->valueTotal() > limit) throw zel::RuntimeException("Too many values for sparse data");
+  if (this->valueTotal() > limit)
+    throw zel::RuntimeException("There are too many values for sparse rows.");
   this->allocateRows();
   columnVector.resize(this->valueTotal());
   offsetVector.resize(this->rows() + 1);

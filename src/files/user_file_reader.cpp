@@ -45,7 +45,7 @@ template <typename T>
 void UserFileReader<T>::openFile(zel::CTextFile& file) const {
   std::error_code unknown;
   if (std::filesystem::is_other(path, unknown) && !isNullDevice(path))
-    zel::throwAppException("not a file that can be read twice: %s", path.c_str());
+    zel::throwAppException("The file %s cannot be read twice.", path.c_str());
   file.open(path);
 }
 
@@ -57,7 +57,7 @@ void UserFileReader<T>::read(std::uint64_t minimumCols) {
     if (colCount == 0 || rowCount == 0)
       throw zel::RuntimeException("No proper data is found in input file");
     if (!loadArrays())
-      zel::throwAppException("the file changed while it was read: %s", path.c_str());
+      zel::throwAppException("The file %s changed while it was read.", path.c_str());
   }
   warnings.tell();
 }

@@ -69,7 +69,7 @@ TEST(TextFile, RefusesWhatIsNoTextFile) {
   memory.open("/proc/self/mem");
   std::string_view line;
   EXPECT_EQ(failureOf<AppException>([&] { memory.readLine(line); }),
-            "failed reading from file: /proc/self/mem");
+            "The file /proc/self/mem cannot be read.");
 }
 
 TEST(TextFile, TellsAtTheLatestOnCloseThatTheDiskIsFull) {

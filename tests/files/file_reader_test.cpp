@@ -172,7 +172,7 @@ TEST(FileReader, RefusesFilesThatCannotBeReadTwice) {
   for (const std::string& path : {pipe, std::string("/dev/zero")}) {
     SparseFileReader<double> reader(path, 1);
     EXPECT_EQ(failureOf<AppException>([&] { reader.read(); }),
-              "not a file that can be read twice: " + path);
+              "The file " + path + " cannot be read twice.");
   }
   std::filesystem::remove(pipe);
 }

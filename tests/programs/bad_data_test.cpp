@@ -38,7 +38,7 @@ TEST_F(BadData, FilesThatCannotBeRead) {
     refuseData(workspace, path, std::string("failed to open ") + path + ".");
   refuseData(workspace, "/dev/null", "No proper data is found in input file");
   // It opens, but its first page cannot be read.
-  refuseData(workspace, "/proc/self/mem", "failed reading from file: /proc/self/mem");
+  refuseData(workspace, "/proc/self/mem", "The file /proc/self/mem cannot be read.");
 }
 
 TEST_F(BadData, Contents) {
@@ -51,7 +51,7 @@ TEST_F(BadData, Contents) {
       {"1 1:1\n1:0.5 2:1\n", noNumbers},
       {"1 0:2\n", underflow},
       {workspace.read("model"), "Unexpected model content in input data file"},
-      {std::string("1 1:1\n\0\n", 8), "a NUL character in text file: file"}};
+      {std::string("1 1:1\n\0\n", 8), "The file file holds a NUL character, which no text has."}};
   for (const auto& [text, message] : cases) {
     workspace.write("file", text);
     refuseData(workspace, "file", message);
