@@ -8,8 +8,7 @@
 
 namespace zelmag {
 
-// The columns of a row may come in any order; where one repeats, the later entry counts wherever a
-// row is written densely.
+// The columns of a row may come in any order; where one repeats, its last entry counts.
 template <typename T>
 class SparseMatrix : public AbstractMatrix<T> {
  public:

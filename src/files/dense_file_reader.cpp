@@ -10,9 +10,6 @@ namespace {
 // Writes into zero-filled rows.
 template <typename T>
 struct DenseStore {
-  static constexpr std::string_view fateOfRepeats =
-      "stands in its line again: its last value counts";
-
   T* row;
   std::uint64_t cols;
 

@@ -8,8 +8,7 @@
 
 namespace zelsvm {
 
-void warnOfRepeats(std::string_view line, std::uint64_t leadingCount, std::string_view fate,
-                   zel::FileWarnings& warnings) {
+void warnOfRepeats(std::string_view line, std::uint64_t leadingCount, zel::FileWarnings& warnings) {
   SampleLine tokens(line);
   for (std::uint64_t i = 0; i < leadingCount; ++i) tokens.token();
   std::vector<std::pair<std::uint32_t, std::string_view>> features;
@@ -20,7 +19,7 @@ void warnOfRepeats(std::string_view line, std::uint64_t leadingCount, std::strin
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   for (std::size_t i = 1; i < features.size(); ++i) {
     if (features[i].first != features[i - 1].first) continue;
-    warnings.add(features[i].second, "feature", fate);
+    warnings.add(features[i].second, "feature", "stands in its line again: its last value counts");
   }
 }
 

@@ -10,7 +10,6 @@ namespace zelsvm {
 
 // Warns of each feature that repeats an earlier one of the line, which the warnings have begun. It
 // takes far longer than reading, so it is only called for lines whose indices do not ascend.
-void warnOfRepeats(std::string_view line, std::uint64_t leadingCount, std::string_view fate,
-                   zel::FileWarnings& warnings);
+void warnOfRepeats(std::string_view line, std::uint64_t leadingCount, zel::FileWarnings& warnings);
 
 }  // namespace zelsvm

@@ -11,9 +11,6 @@ namespace {
 // Writes one entry after the other.
 template <typename T>
 struct SparseStore {
-  static constexpr std::string_view fateOfRepeats =
-      "stands in its line again: all of its values count";
-
   T* values;
   int* columnIndices;
   int* rowEnds;

@@ -82,8 +82,7 @@ class UserFileReader : public AbstractFileBase<T> {
 
   // Second pass: storeOf(part) gives a store for each part, to whose pair(column, value) every pair
   // is handed and to whose endRow() the end of every row, never more of them and no larger columns
-  // than were counted. Its fateOfRepeats says what becomes of a feature that stands in a line
-  // again. False where the count is not met.
+  // than were counted. False where the count is not met.
   template <typename StoreOf>
   bool loadParts(T* leading, const StoreOf& storeOf);
 
@@ -186,7 +185,7 @@ std::uint64_t UserFileReader<T>::loadPart(const zel::CTextFile& file, const File
     }
     pairsLeft -= pairs;
     cols = std::max(cols, lineCols);
-    if (!ascending) warnOfRepeats(line, leadingCount, store.fateOfRepeats, found);
+    if (!ascending) warnOfRepeats(line, leadingCount, found);
     store.endRow();
     std::copy_n(lineLeading.data(), leadingCount, leading + row * leadingCount);
     ++row;

@@ -36,6 +36,8 @@ Reading read(const std::string& path, bool dense, std::uint64_t partLength) {
   const auto reader = zelsvm::createReader<double>(path, 1, dense);
   reader->setPartLength(partLength);
   result.failure = zeltest::failureOf([&] { reader->read(); });
+  if (const auto place = result.failure.find(path); place != std::string::npos)
+    result.failure.replace(place, path.size(), "of the test");
   result.warnings = log.sentences;
   if (!result.failure.empty()) return result;
   result.cols = reader->cols();

@@ -57,7 +57,7 @@ TEST(DataWarnings, NameKindAndFirstPlace) {
 TEST(DataWarnings, NameFeaturesThatRepeat) {
   const std::string text = "1 7:1 3:1 7:2\n2 3:1 3:2 3:3\n3 1:1 2:1\n4 2:1 02x:1\n";
   EXPECT_EQ(warningsOf(text, false, 1),
-            (Sentences{":1:11: feature \"7\" stands in its line again: all of its values count "
+            (Sentences{":1:11: feature \"7\" stands in its line again: its last value counts "
                        "(the first of 4)",
                        ":4:7: index \"02x\"" + more}));
   EXPECT_EQ(warningsOf("1 7:1 3:1 7:2\n", true, 1),

@@ -47,7 +47,6 @@ struct StoredMatrix {
   }
 
   Table table;                // of a repeated column the last entry
-  Table sums;                 // of a repeated column the sum: how products read their matrix
   std::vector<double> norms;  // over the stored values
   std::vector<double> values;
   std::vector<int> columns;
@@ -66,7 +65,6 @@ struct StoredMatrix {
     if (storage == Storage::messy && i % 3 == 2 && !stored.empty())
       stored.push_back(stored.front());
     table.emplace_back(cols, 0.0);
-    sums.emplace_back(cols, 0.0);
     norms.push_back(0);
     for (const int j : stored) addValue(storage, i, j);
     offsets.push_back(static_cast<int>(values.size()));
@@ -79,7 +77,6 @@ struct StoredMatrix {
     values.push_back(v);
     columns.push_back(j);
     table[i][static_cast<std::size_t>(j)] = v;
-    sums[i][static_cast<std::size_t>(j)] += v;
     norms[i] += v * v;
   }
 

@@ -47,7 +47,7 @@ class KernelBlock {
   }
 
   // Any number of rows, of any matrix: features that only one of the two has take part in norms
-  // only. Of a repeated feature a column has the sum, a row the last.
+  // only. Of a repeated feature the last entry counts.
   void compute(const SampleChoice& rows, const BlockUse<T>& use);
   // values[i * pitch + j] = K(column i, column j) for all of them; pitch is a blockPitch.
   void computeAll(T* values, std::uint64_t pitch);

@@ -10,18 +10,18 @@ namespace {
 constexpr double nanosecondsPerElement = 0.7;
 constexpr std::uint64_t panelsTogether = 4;
 
-// Elements of one sample, stride apart, on memory that holds zeros; put(target, value) takes one.
-template <typename T, typename Put>
+// Elements of one sample, stride apart, on memory that holds zeros.
+template <typename T>
 void scatter(const zelmag::AbstractMatrix<double>& matrix, std::uint64_t sample, T* target,
-             std::uint64_t stride, const Put& put) {
+             std::uint64_t stride) {
   if (!matrix.isSparse()) {
     const double* const row = matrix.values() + sample * matrix.cols();
     for (std::uint64_t k = 0; k < matrix.cols(); ++k) target[k * stride] = static_cast<T>(row[k]);
     return;
   }
   for (int p = matrix.rowOffsets()[sample]; p < matrix.rowOffsets()[sample + 1]; ++p)
-    put(target[static_cast<std::uint64_t>(matrix.columnIndices()[p]) * stride],
-        static_cast<T>(matrix.values()[p]));
+    target[static_cast<std::uint64_t>(matrix.columnIndices()[p]) * stride] =
+        static_cast<T>(matrix.values()[p]);
 }
 
 }  // namespace
@@ -47,8 +47,7 @@ void PackedColumns<T>::packPanel(const SampleChoice& samples, std::uint64_t pane
   const std::uint64_t count = std::min(width, columns - panel * width);
   if (samples.matrix().isSparse() || count < width) std::fill_n(target, width * features, T{0});
   for (std::uint64_t c = 0; c < count; ++c)
-    scatter(samples.matrix(), samples[panel * width + c], target + c, width,
-            [](T& element, T value) { element += value; });
+    scatter(samples.matrix(), samples[panel * width + c], target + c, width);
   blockSweeps<T>().norms(target, features, width, squares.data() + panel * width);
 }
 
@@ -65,8 +64,7 @@ void PackedRows<T>::assign(const SampleChoice& samples) {
     height = tileHeight(sweeps.tileRows, count - first);
     T* const tile = elements.data() + first * features;
     for (std::uint64_t r = 0; r < height; ++r)
-      scatter(samples.matrix(), samples[first + r], tile + r, height,
-              [](T& element, T value) { element = value; });
+      scatter(samples.matrix(), samples[first + r], tile + r, height);
     sweeps.norms(tile, features, height, squares.data() + first);
   }
 }

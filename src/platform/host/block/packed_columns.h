@@ -9,7 +9,7 @@
 
 namespace zelsvm {
 
-// Of a sparse sample entries of the same feature are added up.
+// Of a feature that a sparse sample repeats the last entry counts.
 template <typename T>
 class PackedColumns {
  public:

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <numeric>
 
 namespace zelsvm {
 namespace {
@@ -15,16 +14,6 @@ std::uint64_t offset(const zelmag::AbstractMatrix<double>& matrix, std::uint64_t
 
 bool isAscending(const int* features, std::uint64_t count) {
   return std::adjacent_find(features, features + count, std::greater_equal<>()) == features + count;
-}
-
-// Of entries in any order, those of one feature in theirs.
-template <typename Add>
-void forEachInOrder(const int* features, std::uint64_t count, const Add& add) {
-  std::vector<std::uint64_t> order(count);
-  std::iota(order.begin(), order.end(), std::uint64_t{0});
-  std::stable_sort(order.begin(), order.end(),
-                   [&](auto a, auto b) { return features[a] < features[b]; });
-  for (const std::uint64_t p : order) add(p);
 }
 
 // A product that is summed as those of the block: their sweep, for a single sum.
@@ -63,18 +52,12 @@ void SparseSamples<T>::copyAscending(const SampleChoice& samples) {
   ownValues.clear();
   ownFeatures.reserve(storedCount);
   ownValues.reserve(storedCount);
+  zelmag::AscendingRow<double> row;
   for (std::uint64_t i = 0; i < samples.count(); ++i) {
-    const int* const row = features + begins[i];
-    const std::uint64_t first = ownFeatures.size();
-    forEachInOrder(row, ends[i] - begins[i], [&](std::uint64_t p) {
-      if (ownFeatures.size() > first && ownFeatures.back() == row[p]) {
-        ownValues.back() += values[begins[i] + p];
-        return;
-      }
-      ownFeatures.push_back(row[p]);
-      ownValues.push_back(values[begins[i] + p]);
-    });
-    begins[i] = first;
+    const std::uint64_t count = row.assign(features, values, begins[i], ends[i]);
+    begins[i] = ownFeatures.size();
+    ownFeatures.insert(ownFeatures.end(), row.columns, row.columns + count);
+    ownValues.insert(ownValues.end(), row.values, row.values + count);
     ends[i] = ownFeatures.size();
   }
   features = ownFeatures.data();

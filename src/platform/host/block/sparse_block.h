@@ -12,7 +12,7 @@
 
 namespace zelsvm {
 
-// Entries of the same feature are added up.
+// Of a repeated feature the last entry counts.
 template <typename T>
 class SparseSamples {
  public:
