@@ -16,7 +16,8 @@ if(NOT (TARGET CUDA::cublas AND TARGET CUDA::cusparse AND TARGET CUDA::cudart_st
 endif()
 
 # Machine code for every generation that the toolkit knows and we meet, PTX for those to come.
-set(CMAKE_CUDA_ARCHITECTURES 75-real 80-real 86-real 89-real 90 CACHE STRING "CUDA architectures")
+set(CMAKE_CUDA_ARCHITECTURES 75-real 80-real 86-real 89-real 90-real 100-real 120
+    CACHE STRING "CUDA architectures")
 set(CMAKE_CUDA_COMPILER ${CUDAToolkit_NVCC_EXECUTABLE} CACHE FILEPATH "CUDA compiler")
 enable_language(CUDA)
 set(CMAKE_CUDA_VISIBILITY_PRESET hidden)

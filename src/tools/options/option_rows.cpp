@@ -188,7 +188,7 @@ the targets.
            "memory for kernel rows in MB",
            R"(-m cache : amount of graphical memory cache in MB (default 100)
 )",
-           R"(Memory for kernel rows in MB, below 4096 (default 100).
+           R"(Memory for kernel rows in MB (default 100).
 )"},
     Option{'k', "shrinking", training, &Opt::shrinking, "shrinking", "0 no,1 yes", run, "shrinking",
            R"(-k shrinking : shrinking the training data set, must be 0 or 1 (default 1)

@@ -7,8 +7,8 @@ namespace zelsvm {
 DenseSamples::DenseSamples(const zelmag::AbstractMatrix<double>& source,
                            zellas::BlasContext& context)
     : colCount(source.cols()),
-      values(std::span(source.values(), source.valueCount())),
-      matrix(context, values.data(), source.cols(), source.rows(), source.cols()) {}
+      matrix(context, values.load(source, 0, source.rows()), source.cols(), source.rows(),
+             source.cols()) {}
 
 void DenseSamples::rowProducts(double* result, std::uint64_t sample) {
   matrix.gemv(CUBLAS_OP_T, 1, matrix.sample(sample), 0, result);

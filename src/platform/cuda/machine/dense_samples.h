@@ -1,4 +1,4 @@
-// Samples that store every value.
+// Samples with every value, also of matrices that lack a few.
 #pragma once
 
 #include "platform/cuda/machine/device_samples.h"
@@ -19,7 +19,7 @@ class DenseSamples : public DeviceSamples {
 
  private:
   std::uint64_t colCount;
-  zel::DeviceVector<double> values;
+  DenseRows values;
   zellas::DenseMatrix<double> matrix;
 };
 

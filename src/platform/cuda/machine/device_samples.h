@@ -59,7 +59,7 @@ class DeviceSamples {
   [[nodiscard]] virtual std::uint64_t rowsAtOnce() const = 0;
 };
 
-// Dense or sparse as the matrix is.
+// Sparse where the matrix is and lacks enough values.
 std::unique_ptr<DeviceSamples> makeDeviceSamples(const zelmag::AbstractMatrix<double>& matrix,
                                                  LinearAlgebra& libraries);
 

@@ -1,47 +1,59 @@
 #include "platform/cuda/machine/sparse_samples.h"
 
 #include <algorithm>
-#include <functional>
+
+#include "data/scaled_sparse_rows.h"
 
 namespace zelsvm {
 namespace {
 
 constexpr std::uint64_t laidOutBytes = std::uint64_t{16} << 20;
 
-bool ascends(const int* columns, std::uint64_t count) {
-  return std::adjacent_find(columns, columns + count, std::greater_equal<>()) == columns + count;
-}
-
 }  // namespace
+
+// A scatter has no order and a product adds up, so neither may meet a column twice in a row.
+struct AscendingRows {
+  explicit AscendingRows(const zelmag::AbstractMatrix<double>& matrix) {
+    values.reserve(matrix.valueCount());
+    columns.reserve(matrix.valueCount());
+    offsets.reserve(matrix.rows() + 1);
+    zelmag::AscendingRow<double> row;
+    for (std::uint64_t i = 0; i < matrix.rows(); ++i) {
+      const int* const bounds = matrix.rowOffsets() + i;
+      const std::uint64_t count =
+          row.assign(matrix.columnIndices(), matrix.values(), static_cast<std::uint64_t>(bounds[0]),
+                     static_cast<std::uint64_t>(bounds[1]));
+      values.insert(values.end(), row.values, row.values + count);
+      columns.insert(columns.end(), row.columns, row.columns + count);
+      offsets.push_back(static_cast<int>(values.size()));
+    }
+  }
+
+  std::vector<double> values;
+  std::vector<int> columns;
+  std::vector<int> offsets{0};
+};
 
 SparseSamples::SparseSamples(const zelmag::AbstractMatrix<double>& source,
                              zellas::SparseContext<double>& context)
+    : SparseSamples(source, AscendingRows(source), context) {}
+
+SparseSamples::SparseSamples(const zelmag::AbstractMatrix<double>& source,
+                             const AscendingRows& rows, zellas::SparseContext<double>& context)
     : source(&source),
-      values(std::span(source.values(), source.valueCount())),
-      columnIndices(std::span(source.columnIndices(), source.valueCount())),
-      rowOffsets(std::span(source.rowOffsets(), source.rows() + 1)),
+      offsets(rows.offsets),
+      values(std::span(rows.values)),
+      columnIndices(std::span(rows.columns)),
+      rowOffsets(std::span(rows.offsets)),
       matrix(context, values, columnIndices, rowOffsets, source.rows(), source.cols()) {}
 
-bool SparseSamples::isFullRow(const int* columns, std::uint64_t count) const {
-  return count == source->cols() && ascends(columns, count);
-}
-
-// A scatter has no order, so it cannot say which of two entries of a column stays. Rows that may
-// repeat columns are laid out by the host.
-double* SparseSamples::denseRow(std::uint64_t sample) {
-  const auto begin = static_cast<std::uint64_t>(source->rowOffsets()[sample]);
-  const std::uint64_t count = static_cast<std::uint64_t>(source->rowOffsets()[sample + 1]) - begin;
-  const int* const columns = source->columnIndices() + begin;
-  if (isFullRow(columns, count)) return values.data() + begin;
-  if (!ascends(columns, count)) return block.load(*source, sample, 1);
+void SparseSamples::rowProducts(double* result, std::uint64_t sample) {
+  const auto begin = static_cast<std::uint64_t>(offsets[sample]);
+  const std::uint64_t count = static_cast<std::uint64_t>(offsets[sample + 1]) - begin;
   scattered.resize(source->cols());
   scattered.clear();
   if (count != 0) matrix.scatterRow(scattered.data(), begin, count);
-  return scattered.data();
-}
-
-void SparseSamples::rowProducts(double* result, std::uint64_t sample) {
-  matrix.mv(1, denseRow(sample), 0, result);
+  matrix.mv(1, scattered.data(), 0, result);
 }
 
 void SparseSamples::blockProducts(double* block, std::uint64_t blockStride, double* result,

@@ -1,9 +1,13 @@
-// Samples as compressed sparse rows.
+// Samples as compressed sparse rows, their columns ascending and distinct.
 #pragma once
+
+#include <vector>
 
 #include "platform/cuda/machine/device_samples.h"
 
 namespace zelsvm {
+
+struct AscendingRows;
 
 class SparseSamples : public DeviceSamples {
  public:
@@ -19,10 +23,11 @@ class SparseSamples : public DeviceSamples {
   [[nodiscard]] std::uint64_t rowsAtOnce() const override;
 
  private:
-  double* denseRow(std::uint64_t sample);
-  [[nodiscard]] bool isFullRow(const int* columns, std::uint64_t count) const;
+  SparseSamples(const zelmag::AbstractMatrix<double>& source, const AscendingRows& rows,
+                zellas::SparseContext<double>& context);
 
   const zelmag::AbstractMatrix<double>* source;
+  std::vector<int> offsets;
   zel::DeviceVector<double> values;
   zel::DeviceVector<int> columnIndices;
   zel::DeviceVector<int> rowOffsets;
