@@ -6,6 +6,7 @@
 #include "library/rows.h"
 #include "platform/host/host_machine.h"
 #include "prediction/prediction_handlers.h"
+#include "prediction/predictor.h"
 #include "runs/processor.h"
 #include "runs/scaled_runs.h"
 
@@ -39,7 +40,14 @@ Predictions predictRows(const ModelState& state, const Samples& samples, bool pr
   GenericProcessor<double> processor(*state.context, Undecided::hasFirstLabel);
   DecisionRecord<double> decisions;
   if (state.context->problemKind != ProblemKind::regression) processor.addHandler(decisions);
-  const auto found = predictScaled(processor, *state.context, *state.model, data, probability);
+  const auto found = state.predictors.with(
+      [&] {
+        return state.context->machine.makePredictor(decisionTask(*state.context, *state.model));
+      },
+      [&](PredictorMachine& predictor) {
+        processor.usePredictor(predictor);
+        return predictScaled(processor, *state.context, *state.model, data, probability);
+      });
   return {detail::toVector(found.predictions), bySample(decisions.values, rows->rows),
           detail::toVector(found.probabilities)};
 }

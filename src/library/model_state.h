@@ -5,11 +5,14 @@
 #include <vector>
 
 #include "model/model_file.h"
+#include "prediction/predictor_pool.h"
 
 namespace zelsvm::detail {
 
 struct ModelState : LoadedModel<double> {
   explicit ModelState(LoadedModel<double>&& loaded) : LoadedModel(std::move(loaded)) {}
+
+  mutable PredictorPool predictors;
 };
 
 inline std::vector<double> toVector(const HostVector<double>& values) {

@@ -5,11 +5,13 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "base/vectors.h"
 #include "data/matrix.h"
 #include "data/svm_data.h"
 #include "data/svm_scale.h"
+#include "model/solve_report.h"
 #include "rules/pair_order.h"
 
 namespace zelsvm {
@@ -79,6 +81,7 @@ class GenericModel {
   T sigma = 0;  // Laplace scale of the residuals of scaled targets, 0 for none, below 0 for unknown
   bool probability = false;               // carries probability parameters
   std::map<LabelPair, Sigmoid> sigmoids;  // by label pair
+  std::vector<SolveReport> solves;        // in pair order; none where nothing was solved
 
  private:
   std::optional<HostVector<T>> labelValues;

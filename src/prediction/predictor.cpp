@@ -26,18 +26,6 @@ std::vector<std::uint64_t> classStarts(const SvmContext<T>& context, const Gener
   return {starts.data(), starts.data() + starts.size()};
 }
 
-template <typename T>
-DecisionTask taskOf(const SvmContext<T>& context, const GenericModel<T>& model) {
-  const zelmag::AbstractMatrix<T>& vectors = model.vectors();
-  const HostVector<T>& coefficients = model.coefficients();
-  const HostVector<T>& rho = model.rho();
-  return {.vectors = &vectors,
-          .kernel = context.kernelSettings(vectors.features().count()),
-          .classStarts = classStarts(context, model),
-          .coefficients = {coefficients.data(), coefficients.size()},
-          .rho = {rho.data(), rho.size()}};
-}
-
 // One dot per function, spread over the samples.
 void showProgress(std::uint64_t functions, std::uint64_t before, std::uint64_t after,
                   std::uint64_t samples) {
@@ -48,11 +36,29 @@ void showProgress(std::uint64_t functions, std::uint64_t before, std::uint64_t a
 }  // namespace
 
 template <typename T>
+DecisionTask decisionTask(const SvmContext<T>& context, const GenericModel<T>& model) {
+  const zelmag::AbstractMatrix<T>& vectors = model.vectors();
+  const HostVector<T>& coefficients = model.coefficients();
+  const HostVector<T>& rho = model.rho();
+  return {.vectors = &vectors,
+          .kernel = context.kernelSettings(vectors.features().count()),
+          .classStarts = classStarts(context, model),
+          .coefficients = {coefficients.data(), coefficients.size()},
+          .rho = {rho.data(), rho.size()}};
+}
+
+template <typename T>
 GenericPredictor<T>::GenericPredictor(const SvmContext<T>& context, const GenericModel<T>& model)
     : context(&context),
       model(&model),
       functions(model.rho().size()),
-      machine(context.machine.makePredictor(taskOf(context, model))) {}
+      ownMachine(context.machine.makePredictor(decisionTask(context, model))),
+      machine(ownMachine.get()) {}
+
+template <typename T>
+GenericPredictor<T>::GenericPredictor(const SvmContext<T>& context, const GenericModel<T>& model,
+                                      PredictorMachine& machine)
+    : context(&context), model(&model), functions(model.rho().size()), machine(&machine) {}
 
 template <typename T>
 void GenericPredictor<T>::predict(HostVector<T>& output, const zelmag::AbstractMatrix<T>& test) {
@@ -100,6 +106,7 @@ void GenericPredictor<T>::forEachBlock(const zelmag::AbstractMatrix<T>& test, Ta
   }
 }
 
+template DecisionTask decisionTask(const SvmContext<double>&, const GenericModel<double>&);
 template class GenericPredictor<double>;
 
 }  // namespace zelsvm

@@ -12,11 +12,19 @@
 
 namespace zelsvm {
 
+// What a model's predictor is made of. Throws AppException for a model without rho or support
+// vectors.
+template <typename T>
+DecisionTask decisionTask(const SvmContext<T>& context, const GenericModel<T>& model);
+
 template <typename T>
 class GenericPredictor {
  public:
-  // Both must outlive it. Throws AppException for a model without rho or support vectors.
+  // Both must outlive it. Throws as decisionTask does.
   GenericPredictor(const SvmContext<T>& context, const GenericModel<T>& model);
+  // With a predictor of the model's decision task, which must outlive it, too.
+  GenericPredictor(const SvmContext<T>& context, const GenericModel<T>& model,
+                   PredictorMachine& machine);
   virtual ~GenericPredictor() = default;
 
   // Called in order with the output vector and the decision values; not owned.
@@ -38,7 +46,8 @@ class GenericPredictor {
   const GenericModel<T>* model;
   std::uint64_t functions;
   std::vector<AbstractPredictionHandler<T>*> handlers;
-  std::unique_ptr<PredictorMachine> machine;
+  std::unique_ptr<PredictorMachine> ownMachine;
+  PredictorMachine* machine;
 };
 
 }  // namespace zelsvm

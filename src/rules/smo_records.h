@@ -39,8 +39,8 @@ struct SmoSelection {
   SmoUpperBeta<T> beta;
 };
 
-// What a solve returns: offset, objective, sum of multipliers, the nu solver's extra offset, and
-// the numbers of multipliers above 0 and at their bound.
+// What a solve returns: offset, objective, sum of multipliers, the nu solver's extra offset, the
+// numbers of multipliers above 0 and at their bound, and how it went.
 struct SmoSolution {
   double rho = 0;
   double obj = 0;
@@ -48,6 +48,10 @@ struct SmoSolution {
   double r = 0;
   std::uint64_t nSV = 0;
   std::uint64_t nBSV = 0;
+  std::uint64_t iterations = 0;
+  double gap = 0;  // the largest violation that is left
+  bool isConverged = false;
+  double seconds = 0;
 };
 
 }  // namespace zelsvm

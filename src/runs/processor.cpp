@@ -84,7 +84,8 @@ void GenericProcessor<T>::predict(HostVector<T>& output, HostVector<T>& probabil
                                   const GenericModel<T>& model, const SvmData<T>& data,
                                   bool probability) {
   requirePredictable(model, probability);
-  GenericPredictor<T> predictor(*context, model);
+  auto predictor = keptPredictor != nullptr ? GenericPredictor<T>(*context, model, *keptPredictor)
+                                            : GenericPredictor<T>(*context, model);
   DecisionCheck<T> check;
   predictor.addHandler(check);
   for (auto* handler : handlers) predictor.addHandler(*handler);

@@ -48,6 +48,10 @@ class GenericProcessor {
   void predict(HostVector<T>& output, HostVector<T>& probabilities, const GenericModel<T>& model,
                const SvmData<T>& data, bool probability);
 
+  // Predictions of the model that the next call of predict is given are made by this machine's
+  // predictor, which has its decision task; not owned.
+  void usePredictor(PredictorMachine& machine) { keptPredictor = &machine; }
+
   // Given the decision values of every prediction before labels are made of them; not owned.
   void addHandler(AbstractPredictionHandler<T>& handler) { handlers.push_back(&handler); }
 
@@ -64,6 +68,7 @@ class GenericProcessor {
 
   const SvmContext<T>* context;
   std::vector<AbstractPredictionHandler<T>*> handlers;
+  PredictorMachine* keptPredictor = nullptr;
   // Sees the labels of the data that were predicted last, which may be gone.
   std::unique_ptr<GenericEvaluationHandler<T>> evaluation;
   std::unique_ptr<GenericProbabilityTrainer<T>> probabilityTrainer;

@@ -8,7 +8,9 @@
 
 #include "base/errors.h"
 #include "base/output/console.h"
+#include "rules/smo_rules.h"
 #include "solver/solver_choice.h"
+#include "threads/clock.h"
 
 namespace zelsvm {
 namespace {
@@ -53,6 +55,7 @@ SmoSolution SmoBaseSolver<T>::solve(SolverProblem<T>& problem,
                                     const zelmag::AbstractMatrix<T>& samples) {
   if (problem.signs.size() >= noIndex)
     throw zel::RuntimeException("There are too many variables to optimize.");
+  const std::int64_t start = zel::monotonicNanoseconds();
   variableCount = problem.signs.size();
   gradient.resize(variableCount);
   Progress progress;
@@ -64,7 +67,12 @@ SmoSolution SmoBaseSolver<T>::solve(SolverProblem<T>& problem,
   if (!std::all_of(gradient.data(), gradient.data() + variableCount,
                    [](T g) { return std::isfinite(g); }))
     throw zel::AppException(overflowText);
-  return collectSolution(problem);
+  SmoSolution result = collectSolution(problem);
+  result.iterations = progress.iterations;
+  result.gap = gapOf(problem);
+  result.isConverged = progress.converged;
+  result.seconds = static_cast<double>(zel::monotonicNanoseconds() - start) * 1e-9;
+  return result;
 }
 
 template <typename T>
@@ -146,7 +154,8 @@ void SmoBaseSolver<T>::iterate(Progress& progress, SolverProblem<T>& problem) {
 
 template <typename T>
 std::uint64_t SmoBaseSolver<T>::runBatch(Progress& progress) {
-  const std::uint64_t batch = std::min(variableCount, batchLimit);
+  const std::uint64_t batch =
+      std::min({variableCount, batchLimit, context->maxIterations - progress.iterations});
   bool restored = false;
   std::uint64_t k = 0;
   while (k < batch && !progress.stuck && !restored) {
@@ -241,6 +250,23 @@ void SmoBaseSolver<T>::shrink(Progress& progress) {
     if (marks.data()[k] == 0) active.data()[progress.active++] = k;
   if (progress.active == 0) return activateAll(progress);
   machine->activate({active.data(), progress.active});
+}
+
+// The largest violation of a group at the gradient last read.
+template <typename T>
+T SmoBaseSolver<T>::gapOf(const SolverProblem<T>& problem) const {
+  constexpr T infinity = std::numeric_limits<T>::infinity();
+  SmoUpperBeta<T> groups[2] = {{-infinity, infinity}, {-infinity, infinity}};
+  for (std::uint64_t k = 0; k < variableCount; ++k) {
+    const bool isPositive = problem.signs.data()[k] > 0;
+    const T c = isPositive ? problem.Cp : problem.Cn;
+    const T a = problem.alpha.data()[k];
+    const T v = violation(isPositive, gradient.data()[k]);
+    SmoUpperBeta<T>& group = groups[nu && !isPositive ? 1 : 0];
+    if (inUpperSet(isPositive, a, c)) group.up = std::max(group.up, v);
+    if (inLowerSet(isPositive, a, c)) group.low = std::min(group.low, v);
+  }
+  return std::max(groups[0].up - groups[0].low, groups[1].up - groups[1].low);
 }
 
 template <typename T>

@@ -104,6 +104,7 @@ class SmoBaseSolver : public AbstractSvmSolver<T> {
   [[nodiscard]] bool hasStalled(StallWatch& watch, std::uint64_t iterations,
                                 SolverProblem<T>& problem);
   void readBack(SolverProblem<T>& problem);
+  [[nodiscard]] T gapOf(const SolverProblem<T>& problem) const;
   [[nodiscard]] SmoSolution collectSolution(const SolverProblem<T>& problem) const;
 
   const SvmContext<T>* context;

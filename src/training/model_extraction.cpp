@@ -66,6 +66,7 @@ void extractTwoClass(GenericModel<T>& model, const SvmData<T>& data, const Label
   labelVector.set(1, labels.second);
   model.setLabels(std::move(labelVector));
   model.setRho(single<T>(solved.solution.rho));
+  model.solves = {reportOf(solved.solution)};
   model.setClassSizes(std::move(sizes));
   found.finish(model, data);
 }
@@ -79,6 +80,7 @@ void extractRegression(GenericModel<T>& model, const SvmData<T>& data,
   for (std::uint64_t i = 0; i < n; ++i)
     if (alpha[i] != 0) found.add(i, alpha[i]);
   model.setRho(single<T>(solved.solution.rho));
+  model.solves = {reportOf(solved.solution)};
   found.finish(model, data);
 }
 

@@ -28,15 +28,14 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr const char* noStep = "Failed to optimize the svm.";
 constexpr const char* noNu = "Error: there is no feasible solution for the nu value.";
 
-TEST(SolverLimits, IterationsAreCountedInBatches) {
+TEST(SolverLimits, IterationsEndExactlyAtTheLimit) {
   const Quiet quiet;
   const Samples samples = classSamples(40, 3, {0, 1}, 1);
   SvmParameters parameters{.C = 100, .eps = 1e-12};
-  for (const auto& [limit, iterations] : {std::pair{1, 40}, {40, 40}, {41, 80}, {81, 120}}) {
-    parameters.maxIterations = static_cast<std::uint64_t>(limit);
-    EXPECT_EQ(
-        train(samples, parameters).text,
-        "\nFailed to reach optimization in " + std::to_string(iterations) + " iterations\n\n\n");
+  for (const std::uint64_t limit : {1, 40, 41, 81}) {
+    parameters.maxIterations = limit;
+    EXPECT_EQ(train(samples, parameters).text,
+              "\nFailed to reach optimization in " + std::to_string(limit) + " iterations\n\n\n");
   }
   parameters.eps = 1e-3;
   parameters.maxIterations = 0;
@@ -50,7 +49,7 @@ TEST(SolverLimits, LargeBatchesHoldAThousandIterations) {
             zeltest::pairMachine())
           .text;
   EXPECT_EQ(text.substr(0, text.find("nu")),  // a dot for each batch
-            "..\nFailed to reach optimization in 2000 iterations\n\n\n");
+            "..\nFailed to reach optimization in 1001 iterations\n\n\n");
 }
 
 // Equal samples: any distribution of the multipliers is optimal, and the check alone is counted.

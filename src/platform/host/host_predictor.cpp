@@ -16,6 +16,8 @@ constexpr std::uint64_t minBlockSize = 64;
 constexpr std::uint64_t maxBlockSize = 2048;
 // So few samples would leave most of a block's columns empty: there the vectors are the columns.
 constexpr std::uint64_t fewSamples = 4;
+// The same where the vectors are laid out already.
+constexpr std::uint64_t fewSamplesThen = 32;
 // Decision values of a block, which many functions make large.
 constexpr std::uint64_t maxValueBytes = std::uint64_t{64} << 20;
 // Samples of a block, laid out densely: sparse ones may take less.
@@ -29,6 +31,7 @@ class HostPredictor : public PredictorMachine {
       : task(newTask), classes(task.classStarts.size() - 1), shares(classes - 1) {}
 
   std::uint64_t blockSize(const zelmag::AbstractMatrix<double>& test) override {
+    if (test.rows() <= minBlockSize) return minBlockSize;
     const std::uint64_t available = zel::obtainableMemory() / 4;
     const std::uint64_t valueBytes = 2 * task.rho.size() * sizeof(double);
     const std::uint64_t denseBytes = std::max<std::uint64_t>(test.cols(), 1) * sizeof(double);
@@ -39,7 +42,8 @@ class HostPredictor : public PredictorMachine {
 
   void decide(const zelmag::AbstractMatrix<double>& test, std::uint64_t first, std::uint64_t count,
               double* values) override {
-    if (count <= fewSamples) return decideFew({test, first, count}, values);
+    if (count <= (holdsVectors ? fewSamplesThen : fewSamples))
+      return decideFew({test, first, count}, values);
     block.assign({test, first, count}, task.kernel);
     const std::uint64_t functions = task.rho.size();
     const std::uint64_t pitch = blockPitch<double>(count);

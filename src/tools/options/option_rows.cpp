@@ -182,7 +182,7 @@ the targets.
     Option{
         'L', "max-iterations", training, &Opt::maxIterations, "iterations", "", run,
         "limit of iterations", "",
-        R"(Stops the solver at the end of the batch that reaches so many iterations (default 0, no limit).
+        R"(Stops the solver after so many iterations (default 0, no limit).
 )"},
     Option{'m', "cache", training, &Opt::cacheSize, "cache", "", run,
            "memory for kernel rows in MB",

@@ -51,8 +51,9 @@ MulticlassData<T> MulticlassDefinition<T>::problem(std::uint64_t pair) {
 }
 
 template <typename T>
-void MulticlassDefinition<T>::takeSolution(std::uint64_t pair, HostVector<T>&& alpha, T rho) {
-  solutions[pair] = {std::move(alpha), rho};
+void MulticlassDefinition<T>::takeSolution(std::uint64_t pair, HostVector<T>&& alpha,
+                                           const SmoSolution& found) {
+  solutions[pair] = {std::move(alpha), found.rho, reportOf(found)};
 }
 
 template <typename T>
@@ -96,7 +97,11 @@ void MulticlassDefinition<T>::combine(GenericModel<T>& model) {
   requireVectorCount(indices.size(), data->sampleCount());
 
   HostVector<T> rho(solutions.size());
-  for (std::uint64_t t = 0; t < solutions.size(); ++t) rho.set(t, solutions[t].rho);
+  model.solves.clear();
+  for (std::uint64_t t = 0; t < solutions.size(); ++t) {
+    rho.set(t, solutions[t].rho);
+    model.solves.push_back(solutions[t].report);
+  }
   zel::IndexList<> indexList(indices.size());
   std::copy(indices.begin(), indices.end(), indexList.data());
   HostVector<T> coefficientVector(coefficients.size());

@@ -27,9 +27,9 @@ class MulticlassDefinition {
   [[nodiscard]] const zelmag::AbstractMatrix<T>& matrix() const { return data->matrix(); }
   // A pair's problem: a copy of its samples. Threads may call at the same time.
   [[nodiscard]] MulticlassData<T> problem(std::uint64_t pair);
-  // Takes a pair's multipliers, those of the first label's samples first, and its offset. Threads
-  // may call at the same time, each for another pair.
-  void takeSolution(std::uint64_t pair, HostVector<T>&& alpha, T rho);
+  // Takes a pair's multipliers, those of the first label's samples first, and what else was found.
+  // Threads may call at the same time, each for another pair.
+  void takeSolution(std::uint64_t pair, HostVector<T>&& alpha, const SmoSolution& found);
   // Fills the model from the solutions of all pairs. Throws AppException without any support
   // vector.
   void combine(GenericModel<T>& model);
@@ -44,6 +44,7 @@ class MulticlassDefinition {
   struct Solution {
     HostVector<T> alpha;
     T rho = 0;
+    SolveReport report;
   };
 
   const SvmData<T>* data;

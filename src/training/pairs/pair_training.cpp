@@ -147,7 +147,7 @@ unsigned PairTraining<T>::membersWorthwhile() const {
 
 template <typename T>
 void PairTraining<T>::takeSolution(std::uint64_t pair, SolvedProblem<T>&& solved) {
-  pairs->takeSolution(pair, std::move(solved.problem.alpha), solved.solution.rho);
+  pairs->takeSolution(pair, std::move(solved.problem.alpha), solved.solution);
 }
 
 template <typename T>
