@@ -20,6 +20,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #define ZELSVM_API __attribute__((visibility("default")))
@@ -47,6 +48,40 @@ class ZELSVM_API RuntimeException : public std::runtime_error {
   ~RuntimeException() override;
 };
 
+// Numbers that lie in the caller's memory and are never written: number (i, j) is
+// first[i * rowStride + j * columnStride]. Strides count numbers and may be 0 or negative.
+template <typename Number>
+struct Table {
+  // Row after row without gaps.
+  Table(const Number* first, std::size_t rows, std::size_t columns)
+      : Table(first, rows, columns, static_cast<std::ptrdiff_t>(columns), 1) {}
+  Table(const Number* first, std::size_t rows, std::size_t columns, std::ptrdiff_t rowStride,
+        std::ptrdiff_t columnStride)
+      : first(first),
+        rows(rows),
+        columns(columns),
+        rowStride(rowStride),
+        columnStride(columnStride) {}
+
+  const Number* first;
+  std::size_t rows;
+  std::size_t columns;
+  std::ptrdiff_t rowStride;
+  std::ptrdiff_t columnStride;
+};
+
+enum class Compressed { rows, columns };
+
+// Arrays of compressed sparse rows as Samples::csr(values, columns, rowOffsets, features) explains
+// them, in any of these types, never written. Compressed columns are not read.
+struct SparseArrays {
+  std::variant<std::span<const double>, std::span<const float>> values;
+  std::variant<std::span<const std::int32_t>, std::span<const std::int64_t>> columns;
+  std::variant<std::span<const std::int32_t>, std::span<const std::int64_t>> rowOffsets;
+  std::size_t features = 0;
+  Compressed order = Compressed::rows;
+};
+
 // Rows of features, dense or sparse; copies share the same memory. Vectors that are given away
 // (std::move) are owned, anything else is borrowed. Features must be finite to be trained on.
 class ZELSVM_API Samples {
@@ -63,6 +98,15 @@ class ZELSVM_API Samples {
                      std::span<const int> rowOffsets, std::size_t features);
   static Samples csr(std::vector<double>&& values, std::vector<int>&& columns,
                      std::vector<int>&& rowOffsets, std::size_t features);
+
+  // Single precision, columns one after the other, rows with gaps: borrowed, and read in place
+  // without a copy. Throws AppException unless there is at least one row and one feature.
+  static Samples dense(const Table<double>& values);
+  static Samples dense(const Table<float>& values);
+  // Doubles and 32-bit numbers are borrowed; of floats and of 64-bit numbers a copy in those types
+  // is made here and kept. Throws AppException for what csr() above refuses, for compressed columns
+  // and for more than 2147483647 values.
+  static Samples csr(const SparseArrays& arrays);
 
   // There is no move, as it would leave samples without content.
   Samples(const Samples&) = default;

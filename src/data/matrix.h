@@ -27,7 +27,7 @@ class AbstractMatrix {
   // Sum of squares of each row's stored values.
   [[nodiscard]] const zelsvm::HostVector<T>& rowNorms() const { return norms; }
 
-  // The stored values, row after row.
+  // The stored values, row after row; null for a matrix whose rows are to be copied.
   [[nodiscard]] virtual const T* values() const = 0;
   // Are there CSR arrays? Else every value is stored.
   [[nodiscard]] bool isSparse() const { return rowOffsets() != nullptr; }

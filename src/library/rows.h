@@ -6,20 +6,25 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <variant>
 #include <vector>
 
 #include "data/matrix.h"
+#include "data/table_matrix.h"
 
 namespace zelsvm::detail {
 
-// Sparse where there are row offsets.
+// Sparse where there are row offsets, else dense.
 struct Rows {
   std::vector<double> ownedValues{};
   std::vector<int> ownedColumns{};
   std::vector<int> ownedOffsets{};
-  std::span<const double> values;
+  std::span<const double> values{};  // these three where sparse
   std::span<const int> columns{};
   std::span<const int> offsets{};
+  // Where dense: so many of the features, those behind them are 0.
+  std::variant<zelmag::StridedNumbers<double>, zelmag::StridedNumbers<float>> table{};
+  std::uint64_t tableColumns = 0;
   std::uint64_t rows = 0;
   std::uint64_t features = 0;
 
@@ -36,8 +41,8 @@ struct Access {
 // A matrix that looks at the rows.
 std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows);
 
-// The same samples with at least so many features, the new ones 0. What need not change is shared
-// with the original.
+// The same samples with at least so many features, the new ones 0. They look at the original's
+// numbers.
 std::shared_ptr<const Rows> widened(const std::shared_ptr<const Rows>& rows,
                                     std::uint64_t features);
 

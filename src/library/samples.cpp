@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <type_traits>
 #include <utility>
 
 #include "library/rows.h"
@@ -11,6 +12,7 @@ namespace {
 using detail::Rows;
 
 constexpr std::size_t indexLimit = std::numeric_limits<int>::max();
+constexpr const char* outsideMessage = "A column of the sparse rows lies outside of the features.";
 
 // Throws AppException when a column lies outside or stands twice.
 void requireColumns(const Rows& content, std::uint64_t row) {
@@ -19,7 +21,7 @@ void requireColumns(const Rows& content, std::uint64_t row) {
   const auto columns = content.columns.subspan(begin, end - begin);
   for (const int column : columns)
     if (column < 0 || static_cast<std::uint64_t>(column) >= content.features)
-      throw AppException("A column of the sparse rows lies outside of the features.");
+      throw AppException(outsideMessage);
   if (std::adjacent_find(columns.begin(), columns.end(), std::greater_equal<>()) == columns.end())
     return;
   std::vector<int> sorted(columns.begin(), columns.end());
@@ -28,12 +30,41 @@ void requireColumns(const Rows& content, std::uint64_t row) {
     throw AppException("A column stands twice in a sparse row.");
 }
 
-Samples makeDense(std::shared_ptr<Rows> content) {
-  if (content->features == 0 || content->values.empty() ||
-      content->values.size() % content->features != 0)
+// So many numbers row after row.
+void requireWholeRows(std::size_t numbers, std::size_t features) {
+  if (features == 0 || numbers == 0 || numbers % features != 0)
     throw AppException("Dense samples must be whole rows of features, at least one.");
-  content->rows = content->values.size() / content->features;
+}
+
+template <typename Number>
+Samples makeDense(const Table<Number>& numbers, std::vector<double>&& owner) {
+  requireWholeRows(std::min<std::size_t>(numbers.rows, 1) * numbers.columns, numbers.columns);
+  auto content = std::make_shared<Rows>();
+  content->ownedValues = std::move(owner);
+  content->table =
+      zelmag::StridedNumbers<Number>{numbers.first, numbers.rowStride, numbers.columnStride};
+  content->tableColumns = content->features = numbers.columns;
+  content->rows = numbers.rows;
   return detail::Access::samples(std::move(content));
+}
+
+// The arrays as they are where they have this type, else a copy in it.
+template <typename Number, typename Arrays, typename Convert>
+std::span<const Number> inType(const Arrays& arrays, std::vector<Number>& copy,
+                               const Convert& convert) {
+  if (const auto* same = std::get_if<std::span<const Number>>(&arrays)) return *same;
+  const auto& other = std::get<1>(arrays);
+  copy.resize(other.size());
+  std::transform(other.begin(), other.end(), copy.begin(), convert);
+  return copy;
+}
+
+// Negative ones stay negative. Throws AppException(message) for larger ones than the engine counts.
+auto narrowedOr(const char* message) {
+  return [message](std::int64_t index) {
+    if (index > static_cast<std::int64_t>(indexLimit)) throw AppException(message);
+    return index < 0 ? -1 : static_cast<int>(index);
+  };
 }
 
 Samples makeSparse(std::shared_ptr<Rows> content) {
@@ -54,15 +85,19 @@ Samples makeSparse(std::shared_ptr<Rows> content) {
 Samples::Samples(std::shared_ptr<const detail::Rows> content) : content(std::move(content)) {}
 
 Samples Samples::dense(std::span<const double> values, std::size_t features) {
-  return makeDense(std::make_shared<Rows>(Rows{.values = values, .features = features}));
+  requireWholeRows(values.size(), features);
+  return makeDense(Table(values.data(), values.size() / features, features), {});
 }
 
 Samples Samples::dense(std::vector<double>&& values, std::size_t features) {
-  auto content = std::make_shared<Rows>(Rows{.values = {}, .features = features});
-  content->ownedValues = std::move(values);
-  content->values = content->ownedValues;
-  return makeDense(std::move(content));
+  requireWholeRows(values.size(), features);
+  const Table table(std::as_const(values).data(), values.size() / features, features);
+  return makeDense(table, std::move(values));
 }
+
+Samples Samples::dense(const Table<double>& values) { return makeDense(values, {}); }
+
+Samples Samples::dense(const Table<float>& values) { return makeDense(values, {}); }
 
 Samples Samples::csr(std::span<const double> values, std::span<const int> columns,
                      std::span<const int> rowOffsets, std::size_t features) {
@@ -82,35 +117,62 @@ Samples Samples::csr(std::vector<double>&& values, std::vector<int>&& columns,
   return makeSparse(std::move(content));
 }
 
+Samples Samples::csr(const SparseArrays& arrays) {
+  if (arrays.order != Compressed::rows)
+    throw AppException("Compressed columns are not read: turn them into compressed rows first.");
+  auto content = std::make_shared<Rows>();
+  content->features = arrays.features;
+  content->values =
+      inType(arrays.values, content->ownedValues, [](float value) { return double{value}; });
+  content->columns = inType(arrays.columns, content->ownedColumns, narrowedOr(outsideMessage));
+  content->offsets =
+      inType(arrays.rowOffsets, content->ownedOffsets,
+             narrowedOr("Sparse samples of more than 2147483647 values are not supported."));
+  return makeSparse(std::move(content));
+}
+
 std::size_t Samples::rows() const { return content->rows; }
 
 std::size_t Samples::features() const { return content->features; }
 
 namespace detail {
 
+namespace {
+
+template <typename Number>
+std::unique_ptr<zelmag::AbstractMatrix<double>> denseMatrix(
+    const Rows& rows, const zelmag::StridedNumbers<Number>& numbers) {
+  if constexpr (std::is_same_v<Number, double>)
+    if (numbers.columnStride == 1 && rows.features == rows.tableColumns &&
+        numbers.rowStride == static_cast<std::ptrdiff_t>(rows.features))
+      return zelmag::createMatrix(const_cast<double*>(numbers.first), nullptr, nullptr,
+                                  rows.features, rows.rows);
+  return std::make_unique<zelmag::TableMatrix<Number>>(numbers, rows.tableColumns, rows.features,
+                                                       rows.rows);
+}
+
+}  // namespace
+
+// Matrices take their arrays as they come and never write them.
 std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows) {
-  // Matrices take their arrays as they come and never write them.
-  return zelmag::createMatrix(
-      const_cast<double*>(rows.values.data()), const_cast<int*>(rows.columns.data()),
-      rows.isSparse() ? const_cast<int*>(rows.offsets.data()) : nullptr, rows.features, rows.rows);
+  if (!rows.isSparse())
+    return std::visit([&rows](const auto& numbers) { return denseMatrix(rows, numbers); },
+                      rows.table);
+  return zelmag::createMatrix(const_cast<double*>(rows.values.data()),
+                              const_cast<int*>(rows.columns.data()),
+                              const_cast<int*>(rows.offsets.data()), rows.features, rows.rows);
 }
 
 std::shared_ptr<const Rows> widened(const std::shared_ptr<const Rows>& rows,
                                     std::uint64_t features) {
   if (rows->features >= features) return rows;
-  const std::uint64_t before = rows->features;
-  auto wide = std::make_shared<Rows>(Rows{.values = rows->values,
-                                          .columns = rows->columns,
-                                          .offsets = rows->offsets,
-                                          .rows = rows->rows,
-                                          .features = features});
-  if (rows->isSparse()) return wide;
-  wide->ownedValues.assign(rows->rows * features, 0);
-  for (std::uint64_t i = 0; i < rows->rows; ++i)
-    std::copy_n(rows->values.begin() + static_cast<std::ptrdiff_t>(i * before), before,
-                wide->ownedValues.begin() + static_cast<std::ptrdiff_t>(i * features));
-  wide->values = wide->ownedValues;
-  return wide;
+  return std::make_shared<Rows>(Rows{.values = rows->values,
+                                     .columns = rows->columns,
+                                     .offsets = rows->offsets,
+                                     .table = rows->table,
+                                     .tableColumns = rows->tableColumns,
+                                     .rows = rows->rows,
+                                     .features = features});
 }
 
 }  // namespace detail

@@ -5,19 +5,25 @@
 #include <cstdint>
 
 #include "base/errors.h"
+#include "data/full_matrix.h"
 
 namespace zelsvm {
 namespace {
 
 template <typename T>
 bool isFiniteRow(const zelmag::AbstractMatrix<T>& matrix, std::uint64_t row) {
-  const auto startOf = [&matrix](std::uint64_t k) {
-    return matrix.isSparse() ? static_cast<std::uint64_t>(matrix.rowOffsets()[k])
-                             : k * matrix.cols();
+  bool isFinite = true;
+  const auto look = [&isFinite](const T* values, std::uint64_t begin, std::uint64_t end) {
+    isFinite = isFinite &&
+               std::all_of(values, values + (end - begin), [](T v) { return std::isfinite(v); });
   };
-  const T* const first = matrix.values() + startOf(row);
-  return std::all_of(first, first + (startOf(row + 1) - startOf(row)),
-                     [](T v) { return std::isfinite(v); });
+  if (!matrix.isSparse()) {
+    zelmag::forEachStretch(zelmag::asFull(matrix), row, look);
+  } else {
+    const auto begin = static_cast<std::uint64_t>(matrix.rowOffsets()[row]);
+    look(matrix.values() + begin, begin, static_cast<std::uint64_t>(matrix.rowOffsets()[row + 1]));
+  }
+  return isFinite;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "data/full_matrix.h"
 #include "threads/parallel.h"
 
 namespace zelsvm {
@@ -14,11 +15,13 @@ constexpr std::uint64_t panelsTogether = 4;
 template <typename T>
 void scatter(const zelmag::AbstractMatrix<double>& matrix, std::uint64_t sample, T* target,
              std::uint64_t stride) {
-  if (!matrix.isSparse()) {
-    const double* const row = matrix.values() + sample * matrix.cols();
-    for (std::uint64_t k = 0; k < matrix.cols(); ++k) target[k * stride] = static_cast<T>(row[k]);
-    return;
-  }
+  if (!matrix.isSparse())
+    return zelmag::forEachStretch(
+        zelmag::asFull(matrix), sample,
+        [=](const double* values, std::uint64_t begin, std::uint64_t end) {
+          for (std::uint64_t k = begin; k < end; ++k)
+            target[k * stride] = static_cast<T>(*values++);
+        });
   for (int p = matrix.rowOffsets()[sample]; p < matrix.rowOffsets()[sample + 1]; ++p)
     target[static_cast<std::uint64_t>(matrix.columnIndices()[p]) * stride] =
         static_cast<T>(matrix.values()[p]);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "data/full_matrix.h"
+
 namespace zelsvm {
 namespace {
 
@@ -112,9 +114,11 @@ void SparseRows<T>::readEntries(const zelmag::AbstractMatrix<double>& matrix,
     entryValues.push_back(static_cast<T>(value));
   };
   if (!matrix.isSparse()) {
-    const double* const row = matrix.values() + sample * matrix.cols();
-    for (std::uint64_t k = 0; k < matrix.cols(); ++k)
-      if (row[k] != 0) add(static_cast<int>(k), row[k]);
+    zelmag::forEachStretch(zelmag::asFull(matrix), sample,
+                           [&add](const double* values, std::uint64_t begin, std::uint64_t end) {
+                             for (std::uint64_t k = begin; k < end; ++k, ++values)
+                               if (*values != 0) add(static_cast<int>(k), *values);
+                           });
     return;
   }
   const std::uint64_t count = ascending.assign(matrix.columnIndices(), matrix.values(),
