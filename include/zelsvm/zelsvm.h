@@ -148,7 +148,7 @@ struct Parameters {
   double coef0 = 0;
   double degree = 3;
   double cost = 1;                             // C of C-classification and the regressions
-  std::map<double, double> classWeights = {};  // factors of cost by label
+  std::map<double, double> classWeights = {};  // factors by label: of cost, of weights with nu
   double nu = 0.5;                             // of the nu formulations and one-class
   double epsilon = 0.1;                        // of epsilon regression
   double tolerance = 0.001;                    // where the solver stops
@@ -251,5 +251,18 @@ struct CrossValidation {
                                                        std::span<const double> targets,
                                                        const Parameters& parameters,
                                                        std::size_t folds, const Sink& sink = {});
+
+// The same with a weight for every sample: a finite factor, 0 or more, of the bounds of its
+// multipliers. A whole number counts as so many copies, 0 as if the sample were not there; without
+// weights each sample counts 1. Where nu is a share of the samples it is one of the weight, and so
+// are probabilities and scores. (Whole weights leave one-class training whole multipliers, others
+// do not.) In cross-validation the folds are those of the samples that count; the others are
+// predicted by one fold after the other and do not count in the scores.
+[[nodiscard]] ZELSVM_API Model train(const Samples& samples, std::span<const double> targets,
+                                     const Parameters& parameters, std::span<const double> weights,
+                                     const Sink& sink = {});
+[[nodiscard]] ZELSVM_API CrossValidation
+crossValidate(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
+              std::size_t folds, std::span<const double> weights, const Sink& sink = {});
 
 }  // namespace zelsvm

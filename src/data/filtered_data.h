@@ -14,7 +14,9 @@ template <typename T>
 class FilteredData : public SvmData<T> {
  public:
   FilteredData(const SvmData<T>& base, const zel::IndexList<>& rows)
-      : subset(base.matrix().subset(rows)), base(&base), rows(&rows) {}
+      : subset(base.matrix().subset(rows)), base(&base), rows(&rows) {
+    this->inheritWeights(base, rows);
+  }
 
   [[nodiscard]] const zelmag::AbstractMatrix<T>& matrix() const override { return *subset; }
   [[nodiscard]] T label(std::uint64_t i) const override { return base->label((*rows)[i]); }

@@ -21,6 +21,7 @@ class MulticlassData : public SvmData<T> {
     pairRows.copyFrom(first, 0, 0, first.size());
     pairRows.copyFrom(second, first.size(), 0, second.size());
     pairSamples = base.matrix().subset(pairRows);
+    this->inheritWeights(base, pairRows);
   }
 
   [[nodiscard]] const zelmag::AbstractMatrix<T>& matrix() const override { return *pairSamples; }

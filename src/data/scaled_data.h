@@ -30,6 +30,7 @@ class ScaledData : public SimpleData<T> {
                               scale.scalesFeatures() ? Unlisted::leftOut : Unlisted::appended);
     if (scale.scalesFeatures())
       samples = (samples ? *samples : *source).scaledCopy(scale.xRange(), scale.featureBounds());
+    this->setWeights({data.weights().begin(), data.weights().end()});
     for (std::uint64_t i = 0; i < source->rows(); ++i)
       scaledLabels.set(i, scale.scaledTarget(data.label(i)));
   }

@@ -3,7 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <numeric>
 #include <optional>
+#include <span>
+#include <utility>
+#include <vector>
 
 #include "base/vectors.h"
 #include "data/matrix.h"
@@ -40,8 +44,28 @@ class SvmData {
 
   [[nodiscard]] std::uint64_t sampleCount() const { return matrix().rows(); }
 
+  // What each sample counts, 0 or more; empty where each counts 1.
+  [[nodiscard]] std::span<const T> weights() const { return sampleWeights; }
+  void setWeights(std::vector<T> values) { sampleWeights = std::move(values); }
+  [[nodiscard]] T weight(std::uint64_t i) const {
+    return sampleWeights.empty() ? 1 : sampleWeights[i];
+  }
+  [[nodiscard]] T totalWeight() const {
+    return sampleWeights.empty() ? static_cast<T>(sampleCount())
+                                 : std::accumulate(sampleWeights.begin(), sampleWeights.end(), T{});
+  }
+
  protected:
+  // Takes the weights of some samples of another data set behind those that are there.
+  void inheritWeights(const SvmData& base, const zel::IndexList<>& rows) {
+    if (base.weights().empty()) return;
+    for (std::uint64_t i = 0; i < rows.size(); ++i) sampleWeights.push_back(base.weight(rows[i]));
+  }
+
   std::optional<LabelPair> pair;
+
+ private:
+  std::vector<T> sampleWeights;
 };
 
 // A data set with a label vector of its own.

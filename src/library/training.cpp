@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "base/random.h"
+#include "data/filtered_data.h"
 #include "data/scaled_data.h"
 #include "library/engine_call.h"
 #include "library/model_state.h"
@@ -12,6 +14,7 @@
 #include "platform/host/host_machine.h"
 #include "runs/processor.h"
 #include "runs/scaled_runs.h"
+#include "training/folds.h"
 
 namespace zelsvm {
 namespace {
@@ -68,13 +71,32 @@ zel::Interval rangeOf(const Interval& interval) {
   return range;
 }
 
+void requireWeights(std::span<const double> weights, std::uint64_t samples) {
+  if (weights.empty()) return;
+  if (weights.size() != samples) throw AppException("There must be one weight for every sample.");
+  double sum = 0;
+  for (std::size_t i = 0; i < weights.size(); ++i) {
+    if (!(std::isfinite(weights[i]) && weights[i] >= 0))
+      throw AppException("The weight of sample " + std::to_string(i + 1) +
+                         " is not a finite number of 0 or more.");
+    sum += weights[i];
+  }
+  if (!(std::isfinite(sum) && sum > 0))
+    throw AppException("The weights must add up to a finite number above 0.");
+}
+
+// What becomes of samples that count nothing.
+enum class Weightless { absent, predicted };
+
 // The data of a training and all that it needs, in the order that they depend on each other.
 class Task {
  public:
-  Task(const Samples& samples, std::span<const double> targets, const Parameters& parameters)
+  Task(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
+       std::span<const double> weights, Weightless weightless)
       : rows(detail::Access::rows(samples)) {
     if (targets.size() != rows->rows)
       throw AppException("There must be one label or target for every sample.");
+    requireWeights(weights, rows->rows);
     context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
                                                    ParameterChecks::training, hostMachine());
     zel::seedRandom(parameters.randomSeed != 0 ? parameters.randomSeed
@@ -83,10 +105,15 @@ class Task {
     // Only looked at: what is trained on is a scaled copy.
     labels = HostVector<double>(targets.size(), const_cast<double*>(targets.data()));
     data = std::make_unique<UserData<double>>(*matrix, labels);
+    data->setWeights({weights.begin(), weights.end()});
+    counting = CountingSamples(weights, rows->rows);
+    if (counting.count() != rows->rows) chosen.emplace(*data, counting.numbers());
     model = std::make_unique<GenericModel<double>>();
-    fillScale(model->scale, *context, *data,
+    const SvmData<double>& counted = chosen ? static_cast<SvmData<double>&>(*chosen) : *data;
+    fillScale(model->scale, *context, counted,
               {rangeOf(parameters.featureScale), rangeOf(parameters.targetScale)});
-    scaled = std::make_unique<ScaledData<double>>(*data, model->scale);
+    scaled = std::make_unique<ScaledData<double>>(
+        weightless == Weightless::absent ? counted : *data, model->scale);
   }
 
   std::shared_ptr<const detail::Rows> rows;
@@ -94,6 +121,8 @@ class Task {
   std::unique_ptr<zelmag::AbstractMatrix<double>> matrix;
   HostVector<double> labels;
   std::unique_ptr<UserData<double>> data;
+  CountingSamples counting;
+  std::optional<FilteredData<double>> chosen;  // the counting ones of the data, if not all count
   std::unique_ptr<GenericModel<double>> model;
   std::unique_ptr<ScaledData<double>> scaled;
 };
@@ -107,8 +136,13 @@ Score scoreOf(bool regression, double primary, double secondary) {
 
 Model train(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
             const Sink& sink) {
+  return train(samples, targets, parameters, {}, sink);
+}
+
+Model train(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
+            std::span<const double> weights, const Sink& sink) {
   return detail::callEngine(sink, [&] {
-    Task task(samples, targets, parameters);
+    Task task(samples, targets, parameters, weights, Weightless::absent);
     GenericProcessor<double>(*task.context)
         .train(*task.model, *task.scaled, parameters.probability);
     return detail::Access::model(std::make_unique<detail::ModelState>(LoadedModel<double>{
@@ -118,10 +152,16 @@ Model train(const Samples& samples, std::span<const double> targets, const Param
 
 CrossValidation crossValidate(const Samples& samples, std::span<const double> targets,
                               const Parameters& parameters, std::size_t folds, const Sink& sink) {
+  return crossValidate(samples, targets, parameters, folds, {}, sink);
+}
+
+CrossValidation crossValidate(const Samples& samples, std::span<const double> targets,
+                              const Parameters& parameters, std::size_t folds,
+                              std::span<const double> weights, const Sink& sink) {
   if (folds < 2) throw AppException("Cross-validation needs at least 2 folds.");
   return detail::callEngine(sink, [&] {
-    Task task(samples, targets, parameters);
-    const std::uint64_t count = std::min<std::uint64_t>(folds, samples.rows());
+    Task task(samples, targets, parameters, weights, Weightless::predicted);
+    const std::uint64_t count = std::min<std::uint64_t>(folds, task.counting.count());
     HostVector<double> predictions(samples.rows());
     HostVector<double> primary(count + 1);
     HostVector<double> secondary(count + 1);

@@ -41,7 +41,7 @@ struct SvmParameters {
   double p = 0.1;  // epsilon of epsilon regression
   double nu = 0.5;
   double eps = 0.001;                     // stopping tolerance
-  std::map<double, double> weights = {};  // factors of C by label
+  std::map<double, double> weights = {};  // by label: factors of its samples' bounds
   std::uint64_t maxIterations = 0;        // 0 means no limit
   std::uint64_t cacheSize = 100;          // MB
   bool sparse = true;

@@ -33,6 +33,7 @@ struct SolverTask {
   double Cn;                           // and of the others
   std::uint64_t cacheMegabytes;        // for kernel rows
   unsigned cacheSharers = 1;           // solvers that share that memory
+  std::span<const double> factors{};   // by sample, of its variables' bounds; empty: all are 1
 };
 
 // What the two-variable method does in one iteration; index noIndex for no pair.
@@ -116,9 +117,11 @@ class SigmoidSums {
   SigmoidSums& operator=(const SigmoidSums&) = delete;
   virtual ~SigmoidSums() = default;
 
-  // One target per decision value; what is given stays where it is until the last sum is made.
-  virtual void assign(std::span<const double> decisionValues, std::span<const double> targets) = 0;
-  // Negative log likelihood under 1 / (1 + exp(A d + B)), and its derivatives.
+  // One target per decision value, and one weight unless all are 1; what is given stays where it is
+  // until the last sum is made.
+  virtual void assign(std::span<const double> decisionValues, std::span<const double> targets,
+                      std::span<const double> weights) = 0;
+  // Weighted negative log likelihood under 1 / (1 + exp(A d + B)), and its derivatives.
   virtual double loss(double A, double B) = 0;
   virtual SigmoidHessian<double> derivatives(double A, double B) = 0;
 };

@@ -26,11 +26,17 @@ struct SetVariables {
   double Cp;                           // upper bound of variables with positive sign
   double Cn;                           // and of the others
   bool twoGroups;
+  std::span<const double> factors{};  // by sample, of its variables' bounds; empty: all are 1
 
   [[nodiscard]] std::uint64_t count() const { return signs.size(); }
   [[nodiscard]] unsigned groups() const { return twoGroups ? 2 : 1; }
   [[nodiscard]] bool isPositive(std::uint64_t k) const { return signs[k] > 0; }
-  [[nodiscard]] double bound(std::uint64_t k) const { return isPositive(k) ? Cp : Cn; }
+  [[nodiscard]] double factor(std::uint64_t k) const {
+    return factors.empty() ? 1 : factors[k < samples ? k : k - samples];
+  }
+  [[nodiscard]] double bound(std::uint64_t k) const {
+    return (isPositive(k) ? Cp : Cn) * factor(k);
+  }
   [[nodiscard]] bool isFree(std::uint64_t k) const {
     return multipliers[k] > 0 && multipliers[k] < bound(k);
   }

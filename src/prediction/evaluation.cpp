@@ -7,30 +7,30 @@ namespace zelsvm {
 template <typename T>
 void ClassificationEvaluator<T>::evaluate(const HostVector<T>& predictions,
                                           const SvmData<T>& data) {
-  const std::uint64_t n = data.sampleCount();
+  const T n = data.totalWeight();
   if (n == 0) return;
-  std::uint64_t correct = 0;
-  for (std::uint64_t i = 0; i < n; ++i)
-    if (predictions[i] == data.label(i)) ++correct;
-  accuracy = static_cast<T>(correct) * 100 / static_cast<T>(n);
+  T correct = 0;
+  for (std::uint64_t i = 0; i < data.sampleCount(); ++i)
+    if (predictions[i] == data.label(i)) correct += data.weight(i);
+  accuracy = correct * 100 / n;
 }
 
 template <typename T>
 void RegressionEvaluator<T>::evaluate(const HostVector<T>& predictions, const SvmData<T>& data) {
-  const std::uint64_t samples = data.sampleCount();
-  if (samples == 0) return;
+  const T n = data.totalWeight();
+  if (n == 0) return;
   T sumP = 0, sumT = 0, sumPT = 0, sumPP = 0, sumTT = 0, sumError = 0;
-  for (std::uint64_t i = 0; i < samples; ++i) {
+  for (std::uint64_t i = 0; i < data.sampleCount(); ++i) {
+    const T w = data.weight(i);
     const T p = predictions[i];
     const T t = data.label(i);
-    sumP += p;
-    sumT += t;
-    sumPT += p * t;
-    sumPP += p * p;
-    sumTT += t * t;
-    sumError += (p - t) * (p - t);
+    sumP += w * p;
+    sumT += w * t;
+    sumPT += w * (p * t);
+    sumPP += w * (p * p);
+    sumTT += w * (t * t);
+    sumError += w * ((p - t) * (p - t));
   }
-  const T n = static_cast<T>(samples);
   meanSquaredError = sumError / n;
   const T covariance = n * sumPT - sumT * sumP;
   squaredCorrelation =

@@ -13,7 +13,7 @@ template <typename T>
 class AbstractEvaluator {
  public:
   virtual ~AbstractEvaluator() = default;
-  // One prediction per sample; nothing changes for no samples.
+  // One prediction per sample, which counts by its weight; nothing changes for no samples.
   virtual void evaluate(const HostVector<T>& predictions, const SvmData<T>& data) = 0;
   [[nodiscard]] virtual T primaryMeasure() const { return -1; }
   [[nodiscard]] virtual T secondaryMeasure() const { return -1; }

@@ -75,8 +75,9 @@ Found findInFolds(const std::vector<T>& labels, std::uint64_t folds) {
 
 template <typename T>
 std::optional<CrowdedLabel> findCrowdedLabel(const SvmData<T>& data, std::uint64_t folds) {
-  std::vector<T> labels(data.sampleCount());
-  for (std::uint64_t i = 0; i < labels.size(); ++i) labels[i] = data.label(i);
+  std::vector<T> labels;
+  for (std::uint64_t i = 0; i < data.sampleCount(); ++i)
+    if (data.weight(i) != 0) labels.push_back(data.label(i));
   const unsigned here = zel::randomSeedHere();
   const Found found = folds < 2 ? findInTraining(labels) : findInFolds(labels, folds);
   zel::seedRandom(here);

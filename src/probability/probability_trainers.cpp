@@ -8,19 +8,23 @@
 namespace zelsvm {
 
 template <typename T>
-T laplaceScale(const HostVector<T>& residuals) {
-  const std::uint64_t n = residuals.size();
+T laplaceScale(const HostVector<T>& residuals, std::span<const T> weights) {
+  const auto weight = [&](std::uint64_t i) { return weights.empty() ? 1 : weights[i]; };
   T total = 0;
-  for (std::uint64_t i = 0; i < n; ++i) total += residuals[i];
-  const T limit = 5 * (std::numbers::sqrt2_v<T> * (total / static_cast<T>(n)));
-  T sum = 0;
-  std::uint64_t count = 0;
-  for (std::uint64_t i = 0; i < n; ++i) {
-    if (!(residuals[i] < limit)) continue;
-    sum += residuals[i];
-    ++count;
+  T all = 0;
+  for (std::uint64_t i = 0; i < residuals.size(); ++i) {
+    total += weight(i) * residuals[i];
+    all += weight(i);
   }
-  return count == 0 ? -1 : sum / static_cast<T>(count);
+  const T limit = 5 * (std::numbers::sqrt2_v<T> * (total / all));
+  T sum = 0;
+  T inside = 0;
+  for (std::uint64_t i = 0; i < residuals.size(); ++i) {
+    if (!(residuals[i] < limit)) continue;
+    sum += weight(i) * residuals[i];
+    inside += weight(i);
+  }
+  return inside == 0 ? -1 : sum / inside;
 }
 
 template <typename T>
@@ -45,7 +49,7 @@ void NumericProbabilityTrainer<T>::build(GenericModel<T>& model, SvmData<T>& dat
   HostVector<T> residuals = this->outOfFoldValues(data, nullptr);
   for (std::uint64_t i = 0; i < residuals.size(); ++i)
     residuals.set(i, std::fabs(data.label(i) - residuals[i]));
-  model.sigma = laplaceScale(residuals);
+  model.sigma = laplaceScale(residuals, data.weights());
 }
 
 template <typename T>
@@ -56,7 +60,7 @@ GenericProbabilityTrainer<T>::GenericProbabilityTrainer(const SvmContext<T>& con
     trainer = std::make_unique<BinaryProbabilityTrainer<T>>(context);
 }
 
-template double laplaceScale(const HostVector<double>&);
+template double laplaceScale(const HostVector<double>&, std::span<const double>);
 template class AbstractProbabilityTrainer<double>;
 template class BinaryProbabilityTrainer<double>;
 template class NumericProbabilityTrainer<double>;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "parameters/svm_context.h"
 #include "prediction/prediction_handlers.h"
@@ -12,9 +13,9 @@
 namespace zelsvm {
 
 // Mean of the absolute residuals below five standard deviations of the Laplace distribution that
-// they all suggest, -1 when there is none.
+// they all suggest, -1 when there is none. Residuals count by their weights, all alike without.
 template <typename T>
-T laplaceScale(const HostVector<T>& residuals);
+T laplaceScale(const HostVector<T>& residuals, std::span<const T> weights);
 
 inline constexpr std::uint64_t probabilityFolds = 5;
 

@@ -18,19 +18,19 @@ Sigmoid SigmoidFit<T>::fit(const HostVector<T>& decisionValues, const SvmData<T>
   const std::uint64_t n = decisionValues.size();
   targets.resize(n);
   const T start = smoothTargets(data);
-  sums->assign({decisionValues.data(), n}, {targets.data(), n});
+  sums->assign({decisionValues.data(), n}, {targets.data(), n}, data.weights());
   return minimize(start);
 }
 
-// Fills the targets, which keep a distance from 0 and 1 that shrinks with the number of samples,
+// Fills the targets, which keep a distance from 0 and 1 that shrinks with the samples' weight,
 // and returns the B that is best for A = 0.
 template <typename T>
 T SigmoidFit<T>::smoothTargets(const SvmData<T>& data) {
   const std::uint64_t samples = targets.size();
   T positive = 0;
+  T negative = 0;
   for (std::uint64_t i = 0; i < samples; ++i)
-    if (data.sign(i) > 0) ++positive;
-  const T negative = static_cast<T>(samples) - positive;
+    (data.sign(i) > 0 ? positive : negative) += data.weight(i);
   const T high = (positive + 1) / (positive + 2);
   const T low = 1 / (negative + 2);
   for (std::uint64_t i = 0; i < samples; ++i) targets.set(i, data.sign(i) > 0 ? high : low);

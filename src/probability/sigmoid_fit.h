@@ -27,7 +27,8 @@ class SigmoidFit {
   explicit SigmoidFit(const Machine& machine, const SigmoidFitSettings& settings = {})
       : settings(settings), sums(machine.makeSigmoidSums()) {}
 
-  // One decision value per sample; the data set's signs are the outcomes. Throws AppException when
+  // One decision value per sample; the data set's signs are the outcomes, which
+  // count by their weights. Throws AppException when
   // the search fails or does not end.
   Sigmoid fit(const HostVector<T>& decisionValues, const SvmData<T>& data);
 

@@ -33,6 +33,11 @@ ZEL_RULE SigmoidHessian<V> sigmoidDerivatives(V d, V t, V f, V e) {
 }
 
 template <typename V>
+ZEL_RULE SigmoidHessian<V> weightedDerivatives(V w, const SigmoidHessian<V>& part) {
+  return {w * part.g1, w * part.g2, w * part.h11, w * part.h21, w * part.h22};
+}
+
+template <typename V>
 ZEL_RULE void addDerivatives(SigmoidHessian<V>& sum, const SigmoidHessian<V>& part) {
   sum.g1 = sum.g1 + part.g1;
   sum.g2 = sum.g2 + part.g2;

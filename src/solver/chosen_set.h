@@ -21,6 +21,9 @@ struct ChosenSet {
     signs.clear();
     terms.clear();
     multipliers.clear();
+    factors.clear();
+    if (!whole.factors.empty())
+      for (const unsigned s : samples) factors.push_back(whole.factors[s]);
     for (std::uint64_t first = 0; first < whole.count(); first += whole.samples)
       for (const unsigned s : samples) {
         signs.push_back(whole.signs[first + s]);
@@ -32,12 +35,13 @@ struct ChosenSet {
     Cn = whole.Cn;
   }
   [[nodiscard]] SetVariables variables() {
-    return {samples.size(), signs, terms, multipliers, Cp, Cn, twoGroups};
+    return {samples.size(), signs, terms, multipliers, Cp, Cn, twoGroups, factors};
   }
 
   double Cp = 0;
   double Cn = 0;
   bool twoGroups = false;
+  std::vector<double> factors;
 };
 
 }  // namespace zelsvm

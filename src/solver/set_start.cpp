@@ -22,9 +22,12 @@ double total(const SetVariables& variables, int sign) {
   return sum;
 }
 
-std::uint64_t countOf(const SetVariables& variables, int sign) {
-  return static_cast<std::uint64_t>(
-      std::count(variables.signs.begin(), variables.signs.end(), sign));
+// What the bounds of a sign's variables add up to, in units of C.
+double room(const SetVariables& variables, int sign) {
+  double sum = 0;
+  for (std::uint64_t k = 0; k < variables.count(); ++k)
+    if (variables.signs[k] == sign) sum += variables.factor(k);
+  return sum;
 }
 
 double takeUpTo(double bound, double& left) {
@@ -53,10 +56,9 @@ std::vector<unsigned> startSubset(const SetVariables& variables) {
 
 void spreadTotals(const SetVariables& whole, const SetVariables& part) {
   for (const int sign : signs) {
-    const std::uint64_t count = countOf(whole, sign);
-    if (count == 0) continue;
-    double left =
-        total(whole, sign) * static_cast<double>(countOf(part, sign)) / static_cast<double>(count);
+    const double all = room(whole, sign);
+    if (all == 0) continue;
+    double left = total(whole, sign) * room(part, sign) / all;
     for (std::uint64_t k = 0; k < part.count(); ++k)
       if (part.signs[k] == sign) part.multipliers[k] = takeUpTo(part.bound(k), left);
   }

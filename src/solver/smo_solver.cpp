@@ -35,7 +35,7 @@ std::span<T> spanOf(HostVector<T>& vector) {
 template <typename T>
 T sumOfBounds(const SolverProblem<T>& problem) {
   T sum = 0;
-  for (const signed char sign : spanOf(problem.signs)) sum += sign > 0 ? problem.Cp : problem.Cn;
+  for (std::uint64_t k = 0; k < problem.signs.size(); ++k) sum += problem.bound(k);
   return sum;
 }
 
@@ -90,7 +90,8 @@ bool SmoBaseSolver<T>::solveBySets(Progress& progress, SolverProblem<T>& problem
                                .multipliers = spanOf(problem.alpha),
                                .Cp = problem.Cp,
                                .Cn = problem.Cn,
-                               .twoGroups = nu};
+                               .twoGroups = nu,
+                               .factors = problem.factors};
   WorkingSets sets(*context, *setMachine);
   const SetEnding ending =
       sets.solve(variables, samples, [this](const GroupState& first, const GroupState& second) {
@@ -133,7 +134,8 @@ void SmoBaseSolver<T>::begin(const SolverProblem<T>& problem,
                   .Cp = problem.Cp,
                   .Cn = problem.Cn,
                   .cacheMegabytes = context->cacheSize,
-                  .cacheSharers = context->cacheSharers},
+                  .cacheSharers = context->cacheSharers,
+                  .factors = problem.factors},
                  [] { zel::printMessage("."); });
   marks.fill(0);
 }
@@ -278,7 +280,7 @@ SmoSolution SmoBaseSolver<T>::collectSolution(const SolverProblem<T>& problem) c
   T objective = 0;
   for (std::uint64_t k = 0; k < variableCount; ++k) {
     const bool isPositive = problem.signs.data()[k] > 0;
-    const T c = isPositive ? problem.Cp : problem.Cn;
+    const T c = problem.bound(k);
     const T a = problem.alpha.data()[k];
     const T g = gradient.data()[k];
     if (std::abs(a) > 0) {

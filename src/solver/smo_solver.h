@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
+#include <vector>
 
 #include "base/vectors.h"
 #include "data/matrix.h"
@@ -21,10 +23,21 @@ namespace zelsvm {
 // samples, or twice as many. All multipliers and terms start at 0.
 template <typename T>
 struct SolverProblem {
-  SolverProblem(std::uint64_t variables, T bound)
-      : alpha(variables), signs(variables), p(variables), Cp(bound), Cn(bound) {
+  // factors: of the samples' bounds, empty where all are 1.
+  SolverProblem(std::uint64_t variables, T bound, std::span<const T> factors)
+      : alpha(variables),
+        signs(variables),
+        p(variables),
+        Cp(bound),
+        Cn(bound),
+        factors(factors.begin(), factors.end()) {
     alpha.fill(0);
     p.fill(0);
+  }
+
+  [[nodiscard]] T bound(std::uint64_t k) const {
+    const T c = signs[k] > 0 ? Cp : Cn;
+    return factors.empty() ? c : c * factors[k % factors.size()];
   }
 
   HostVector<T> alpha;            // a feasible start, which the solution replaces
@@ -32,6 +45,7 @@ struct SolverProblem {
   HostVector<T> p;                // the linear term
   T Cp;                           // upper bound of variables with positive sign
   T Cn;                           // and of the others
+  std::vector<T> factors;         // by sample, of its variables' bounds; empty: all are 1
   bool startsAtZero = false;      // no multiplier of the start is above 0
 };
 

@@ -1,5 +1,6 @@
 #include "training/classifier.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -35,7 +36,7 @@ void AbstractClassifier<T>::trainOneLabel(GenericModel<T>& model, SvmData<T>& da
   HostVector<T> labels(2);
   labels.set(0, label);
   labels.set(1, -label);
-  const auto samples = static_cast<T>(data.sampleCount());
+  const T samples = data.totalWeight();
   model.sigmoids.emplace(LabelPair{label, -label}, Sigmoid{0, portableLog(1 / (samples + 1))});
   HostVector<T> rho(1);
   rho.set(0, -1);
@@ -61,18 +62,20 @@ void AbstractClassifier<T>::trainTwoClass(GenericModel<T>& model, SvmData<T>& da
 }
 
 template <typename T>
-SolverProblem<T> AbstractClassifier<T>::signedProblem(const SvmData<T>& data) const {
-  SolverProblem<T> problem(data.sampleCount(), this->context->C);
-  for (std::uint64_t i = 0; i < problem.signs.size(); ++i)
-    problem.signs.set(i, static_cast<signed char>(data.sign(i) > 0 ? 1 : -1));
-  return problem;
+T AbstractClassifier<T>::labelWeight(T label) const {
+  const auto weight = this->context->weights.find(label);
+  return weight == this->context->weights.end() ? 1 : weight->second;
 }
 
 template <typename T>
-T CoreSvmClassifier<T>::weightedC(T label) const {
-  const auto weight = this->context->weights.find(label);
-  return weight == this->context->weights.end() ? this->context->C
-                                                : this->context->C * weight->second;
+SolverProblem<T> AbstractClassifier<T>::signedProblem(const SvmData<T>& data) const {
+  SolverProblem<T> problem(data.sampleCount(), this->context->C, data.weights());
+  for (std::uint64_t i = 0; i < problem.signs.size(); ++i)
+    problem.signs.set(i, static_cast<signed char>(data.sign(i) > 0 ? 1 : -1));
+  const LabelPair pair = data.labelPair();
+  problem.Cp = this->context->C * labelWeight(pair.first);
+  problem.Cn = this->context->C * labelWeight(pair.second);
+  return problem;
 }
 
 template <typename T>
@@ -81,14 +84,10 @@ SolvedProblem<T> CoreSvmClassifier<T>::solveTwoClass(GenericModel<T>& model, Svm
   SolverProblem<T> problem = this->signedProblem(data);
   problem.p.fill(-1);
   problem.startsAtZero = true;
-  const LabelPair pair = data.labelPair();
-  problem.Cp = weightedC(pair.first);
-  problem.Cn = weightedC(pair.second);
   const SmoSolution solution = this->solve(data, problem);
   if (zel::isVerbose()) {
-    const T n = static_cast<T>(data.sampleCount());
     if (problem.Cp == problem.Cn)
-      zel::printMessage("nu = %g\n", solution.alphaSum / (problem.Cp * n));
+      zel::printMessage("nu = %g\n", solution.alphaSum / (problem.Cp * data.totalWeight()));
     printSolution(solution);
   }
   return {std::move(problem), solution};
@@ -99,11 +98,18 @@ SolvedProblem<T> NuSvmClassifier<T>::solveTwoClass(GenericModel<T>& model, SvmDa
   this->runHandlers(model, data);
   const std::uint64_t n = data.sampleCount();
   SolverProblem<T> problem = this->signedProblem(data);
-  T positiveBudget = this->context->nu * static_cast<T>(n) * 0.5;
+  const LabelPair pair = data.labelPair();
+  const auto weight = [&, ofFirst = this->labelWeight(pair.first),
+                       ofSecond = this->labelWeight(pair.second)](std::uint64_t i) {
+    return data.weight(i) * (problem.signs[i] > 0 ? ofFirst : ofSecond);
+  };
+  T total = 0;
+  for (std::uint64_t i = 0; i < n; ++i) total += weight(i);
+  T positiveBudget = this->context->nu * total * 0.5;
   T negativeBudget = positiveBudget;
   for (std::uint64_t i = 0; i < n; ++i) {
     T& budget = problem.signs[i] > 0 ? positiveBudget : negativeBudget;
-    const T a = budget < 1 ? budget : 1;
+    const T a = std::min(budget, weight(i));
     problem.alpha.set(i, a);
     budget -= a;
   }

@@ -19,8 +19,9 @@ class AbstractClassifier : public AbstractTrainer<T> {
   virtual SolvedProblem<T> solveTwoClass(GenericModel<T>& model, SvmData<T>& data) = 0;
 
  protected:
-  // A problem with the signs of the data set's samples.
+  // A problem with the signs and weights of the data set's samples, and with the label weights.
   SolverProblem<T> signedProblem(const SvmData<T>& data) const;
+  [[nodiscard]] T labelWeight(T label) const;
 
  private:
   static void trainOneLabel(GenericModel<T>& model, SvmData<T>& data, T label);
@@ -32,13 +33,11 @@ class CoreSvmClassifier : public AbstractClassifier<T> {
  public:
   using AbstractClassifier<T>::AbstractClassifier;
   SolvedProblem<T> solveTwoClass(GenericModel<T>& model, SvmData<T>& data) override;
-
- private:
-  [[nodiscard]] T weightedC(T label) const;
 };
 
 // Nu-classification. Schölkopf, Smola, Williamson and Bartlett, "New Support Vector Algorithms",
-// Neural Computation 12 (2000).
+// Neural Computation 12 (2000). nu is a share of the samples' weight, that of their labels
+// included.
 template <typename T>
 class NuSvmClassifier : public AbstractClassifier<T> {
  public:

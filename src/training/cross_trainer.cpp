@@ -21,12 +21,12 @@ typename SvmCrossTrainer<T>::Measures SvmCrossTrainer<T>::measuresOf(const Evalu
 template <typename T>
 void SvmCrossTrainer<T>::run(HostVector<T>& predictions, const SvmData<T>& data,
                              std::uint64_t folds) {
-  const std::uint64_t n = data.sampleCount();
-  if (n == 0) return;
+  if (data.sampleCount() == 0) return;
   foldMeasures.clear();
-  const zel::IndexList<> permutation = shuffledSamples(n);
+  const CountingSamples samples(data.weights(), data.sampleCount());
+  const zel::IndexList<> permutation = shuffledSamples(samples.count());
   for (std::uint64_t f = 0; f < folds; ++f) {
-    const Fold fold = foldOf(permutation, f, folds);
+    const Fold fold = samples.inAll(foldOf(permutation, f, folds), f, folds);
     if (fold.heldOut.size() != 0) runFold(predictions, data, fold);
   }
   if (overall) overall->evaluate(predictions);

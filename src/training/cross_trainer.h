@@ -32,7 +32,8 @@ class SvmCrossTrainer {
 
   // Fills predictions, one entry per sample. A fold that leaves one sample to train on predicts
   // that sample's target, for its first held-out sample only; a fold that leaves none predicts
-  // nothing.
+  // nothing. Samples that count nothing are predicted by the folds in turn, which are those that
+  // the others alone would have.
   void run(HostVector<T>& predictions, const SvmData<T>& data, std::uint64_t folds);
 
   // The measures over all samples at entry 0, those of the folds, empty ones left out, behind it.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "base/vectors.h"
 
@@ -20,5 +21,22 @@ struct Fold {
 // Fold f of folds: what stands from f * n / folds up to the start of the next fold in the
 // permutation of n samples. Some are empty where there are more folds than samples.
 Fold foldOf(const zel::IndexList<>& permutation, std::uint64_t f, std::uint64_t folds);
+
+// The samples whose weight is above 0: all where there are no weights.
+class CountingSamples {
+ public:
+  CountingSamples() = default;
+  CountingSamples(std::span<const double> weights, std::uint64_t samples);
+
+  [[nodiscard]] std::uint64_t count() const { return counting.size(); }
+  [[nodiscard]] const zel::IndexList<>& numbers() const { return counting; }
+  // Fold f of folds, which numbers the counting samples only, in the numbers of all; the other
+  // samples are held out by one fold after the other.
+  [[nodiscard]] Fold inAll(Fold&& fold, std::uint64_t f, std::uint64_t folds) const;
+
+ private:
+  zel::IndexList<> counting;
+  zel::IndexList<> others;
+};
 
 }  // namespace zelsvm

@@ -12,6 +12,9 @@ class OneClassSvm : public AbstractTrainer<T> {
  public:
   using AbstractTrainer<T>::AbstractTrainer;
   void train(GenericModel<T>& model, SvmData<T>& data) override;
+
+ private:
+  [[nodiscard]] T budget(const SvmData<T>& data) const;
 };
 
 }  // namespace zelsvm

@@ -1,5 +1,6 @@
 #include "training/regressor.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/output/console.h"
@@ -12,7 +13,7 @@ namespace {
 template <typename T>
 SolverProblem<T> regressionProblem(const SvmData<T>& data, T C, T epsilon) {
   const std::uint64_t n = data.sampleCount();
-  SolverProblem<T> problem(2 * n, C);
+  SolverProblem<T> problem(2 * n, C, data.weights());
   for (std::uint64_t i = 0; i < n; ++i) {
     const T z = data.label(i);
     problem.p.set(i, epsilon - z);
@@ -39,8 +40,7 @@ void CoreSvmRegressor<T>::train(GenericModel<T>& model, SvmData<T>& data) {
   problem.startsAtZero = true;
   const SmoSolution solution = this->solve(data, problem);
   if (zel::isVerbose()) {
-    const T n = static_cast<T>(data.sampleCount());
-    zel::printMessage("nu = %g\n", solution.alphaSum / (n * this->context->C));
+    zel::printMessage("nu = %g\n", solution.alphaSum / (data.totalWeight() * this->context->C));
     printSolution(solution);
   }
   subtractHalves(problem.alpha);
@@ -53,9 +53,9 @@ void NuSvmRegressor<T>::train(GenericModel<T>& model, SvmData<T>& data) {
   const T C = this->context->C;
   SolverProblem<T> problem = regressionProblem<T>(data, C, 0);
   const std::uint64_t n = data.sampleCount();
-  T budget = C * this->context->nu * static_cast<T>(n) * 0.5;
+  T budget = C * this->context->nu * data.totalWeight() * 0.5;
   for (std::uint64_t i = 0; i < n; ++i) {
-    const T a = budget <= C ? budget : C;
+    const T a = std::min(budget, problem.bound(i));
     problem.alpha.set(i, a);
     problem.alpha.set(i + n, a);
     budget -= a;

@@ -15,7 +15,7 @@ class CoreSvmRegressor : public AbstractTrainer<T> {
   void train(GenericModel<T>& model, SvmData<T>& data) override;
 };
 
-// Nu regression: nu bounds the fraction of samples outside the tube, whose width follows.
+// Nu regression: nu bounds the share of the samples' weight outside the tube, whose width follows.
 template <typename T>
 class NuSvmRegressor : public AbstractTrainer<T> {
  public:

@@ -25,14 +25,16 @@ using Values = std::vector<double>;
 using Model = zelsvm::GenericModel<double>;
 
 TEST(LaplaceScale, LeavesOutliersOut) {
-  EXPECT_EQ(laplaceScale(hostVector<double>({1, 2, 3})), 2);
+  EXPECT_EQ(laplaceScale(hostVector<double>({1, 2, 3}), {}), 2);
   Values residuals(19, 1);
   residuals.push_back(100);  // the limit is 5 sqrt(2) (119 / 20) = 42.07
-  EXPECT_EQ(laplaceScale(hostVector(residuals)), 1);
+  EXPECT_EQ(laplaceScale(hostVector(residuals), {}), 1);
+  EXPECT_EQ(laplaceScale<double>(hostVector<double>({1, 100}), Values{19, 1}), 1);
   residuals.back() = 10.39;  // 10.391
-  EXPECT_NEAR(laplaceScale(hostVector(residuals)), 29.39 / 20, 1e-14);
-  EXPECT_EQ(laplaceScale(hostVector<double>({0, 0, 0})), -1);
-  EXPECT_EQ(laplaceScale(hostVector<double>({1, std::numeric_limits<double>::quiet_NaN()})), -1);
+  EXPECT_NEAR(laplaceScale(hostVector(residuals), {}), 29.39 / 20, 1e-14);
+  EXPECT_EQ(laplaceScale(hostVector<double>({0, 0, 0}), {}), -1);
+  EXPECT_EQ(laplaceScale(hostVector<double>({1, std::numeric_limits<double>::quiet_NaN()}), {}),
+            -1);
 }
 
 class ProbabilityTraining : public testing::Test {

@@ -89,7 +89,9 @@ void ZelSvmMain<T>::createContext() {
   parameters.p = options->epsilon;
   parameters.nu = options->nu;
   parameters.eps = options->tolerance;
-  parameters.weights = zelsvm::parseClassWeights(options->weights);
+  const auto weights = zelsvm::parseClassWeights(options->weights);
+  // Other formulations pass them over.
+  if (options->svmType == zelsvm::SVM_TYPE_C_CLASSIFICATION) parameters.weights = weights;
   parameters.maxIterations = options->maxIterations;
   parameters.cacheSize = options->cacheSize;
   parameters.sparse = !options->denseMatrix;

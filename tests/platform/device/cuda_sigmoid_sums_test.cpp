@@ -13,18 +13,20 @@ struct Sums {
   long double loss = 0, g1 = 0, g2 = 0, h11 = 0, h21 = 0, h22 = 0;
 };
 
-Sums plainSums(const std::vector<double>& d, const std::vector<double>& t, double A, double B) {
+Sums plainSums(const std::vector<double>& d, const std::vector<double>& t,
+               const std::vector<double>& weights, double A, double B) {
   Sums sums;
   for (std::size_t i = 0; i < d.size(); ++i) {
     const long double f = static_cast<long double>(A) * d[i] + B;
     const long double p = 1 / (1 + std::exp(f));
     const long double q = p * (1 - p);
-    sums.loss -= t[i] * std::log(p) + (1 - t[i]) * (f + std::log(p));
-    sums.g1 += d[i] * (t[i] - p);
-    sums.g2 += t[i] - p;
-    sums.h11 += d[i] * d[i] * q;
-    sums.h21 += d[i] * q;
-    sums.h22 += q;
+    const long double w = weights.empty() ? 1 : weights[i];
+    sums.loss -= w * (t[i] * std::log(p) + (1 - t[i]) * (f + std::log(p)));
+    sums.g1 += w * d[i] * (t[i] - p);
+    sums.g2 += w * (t[i] - p);
+    sums.h11 += w * d[i] * d[i] * q;
+    sums.h21 += w * d[i] * q;
+    sums.h22 += w * q;
   }
   return sums;
 }
@@ -43,13 +45,15 @@ TEST(CudaSigmoidSums, AgreeWithPlainSums) {
     SCOPED_TRACE(n);
     std::vector<double> d(n);
     std::vector<double> t(n);
+    std::vector<double> weights(n % 2 == 0 ? n : 0);
     for (std::size_t i = 0; i < n; ++i) {
       d[i] = 20 * uniform(generator) - 10;
       t[i] = uniform(generator);
     }
-    sums->assign(d, t);
+    for (double& weight : weights) weight = 2 * uniform(generator);
+    sums->assign(d, t, weights);
     for (const auto& [A, B] : {std::pair(-0.7, 0.1), std::pair(0.0, 0.4), std::pair(2.0, -3.0)}) {
-      const Sums expected = plainSums(d, t, A, B);
+      const Sums expected = plainSums(d, t, weights, A, B);
       for (int again = 0; again < 2; ++again) {
         expectNear(sums->loss(A, B), expected.loss);
         const auto [g1, g2, h11, h21, h22] = sums->derivatives(A, B);

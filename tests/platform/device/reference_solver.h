@@ -32,6 +32,8 @@ struct ReferenceSolver {
     std::mt19937 generator(seed + 1);
     std::uniform_real_distribution<double> uniform(0, 1);
     const std::size_t l = shape.twice ? 2 * shape.samples : shape.samples;
+    for (std::size_t s = 0; shape.fractions && s < shape.samples; ++s)
+      factors.push_back(0.5 + static_cast<double>(s % 3));
     for (std::size_t t = 0; t < l; ++t) {
       const bool positive = shape.twice ? t < shape.samples : generator() % 2 == 0;
       signs.push_back(positive ? 1 : -1);
@@ -58,11 +60,14 @@ struct ReferenceSolver {
             .linearTerm = linearTerm,
             .Cp = Cp,
             .Cn = Cn,
-            .cacheMegabytes = 0};
+            .cacheMegabytes = 0,
+            .factors = factors};
   }
   [[nodiscard]] std::size_t count() const { return signs.size(); }
   [[nodiscard]] bool isPositive(std::size_t t) const { return signs[t] > 0; }
-  [[nodiscard]] double bound(std::size_t t) const { return isPositive(t) ? Cp : Cn; }
+  [[nodiscard]] double bound(std::size_t t) const {
+    return (isPositive(t) ? Cp : Cn) * (factors.empty() ? 1 : factors[t % shape.samples]);
+  }
   [[nodiscard]] double kernelOf(std::size_t a, std::size_t b) const {
     return matrixOfKernel[a % shape.samples][b % shape.samples];
   }
@@ -125,6 +130,7 @@ struct ReferenceSolver {
   SampleMatrix matrix;
   double Cp = 1.5;
   double Cn = 0.75;
+  std::vector<double> factors;
   std::vector<signed char> signs;
   std::vector<double> start;
   std::vector<double> linearTerm;

@@ -80,7 +80,7 @@ class Steps {
 
 class Sums {
  public:
-  Sums() { sums->assign(randomValues(count, 1), randomValues(count, 2)); }
+  Sums() { sums->assign(randomValues(count, 1), randomValues(count, 2), {}); }
   Outcome operator()() {
     const auto [g1, g2, h11, h21, h22] = sums->derivatives(0.3, 0.1);
     return {sums->loss(0.3, 0.1), g1, g2, h11, h21, h22};

@@ -18,6 +18,7 @@ using zel::Isa;
 struct Samples {
   std::vector<double> decisions;
   std::vector<double> targets;
+  std::vector<double> weights;
 };
 
 // What stands behind the last one must not count.
@@ -28,17 +29,20 @@ Samples samplesAndMore(std::uint64_t n) {
   for (std::uint64_t i = 0; i < n; ++i) {
     samples.decisions.push_back(normal(generator));
     samples.targets.push_back(i % 3 == 0 ? 0.9 : 0.05);
+    samples.weights.push_back(0.25 * static_cast<double>(1 + i % 5));
   }
   samples.decisions.resize(n + 8, std::numeric_limits<double>::quiet_NaN());
   samples.targets.resize(n + 8, std::numeric_limits<double>::quiet_NaN());
+  samples.weights.resize(n + 8, std::numeric_limits<double>::quiet_NaN());
   return samples;
 }
 
 std::vector<double> sums(const Samples& samples, std::uint64_t n, double A, double B) {
   const double* const d = samples.decisions.data();
   const double* const t = samples.targets.data();
-  const auto derivatives = zelsvm::sigmoidSweeps().hessian(d, t, n, A, B);
-  return {zelsvm::sigmoidSweeps().functional(d, t, n, A, B),
+  const double* const w = samples.weights.data();
+  const auto derivatives = zelsvm::sigmoidSweeps().hessian(d, t, w, n, A, B);
+  return {zelsvm::sigmoidSweeps().functional(d, t, w, n, A, B),
           derivatives.g1,
           derivatives.g2,
           derivatives.h11,
@@ -61,8 +65,8 @@ std::vector<Real> slowSums(const Samples& samples, std::uint64_t n, Real A, Real
                           d * spread,
                           spread};
     for (std::size_t k = 0; k < 6; ++k) {
-      result[k] += terms[k];
-      result[k + 6] += std::fabs(terms[k]);
+      result[k] += samples.weights[i] * terms[k];
+      result[k + 6] += samples.weights[i] * std::fabs(terms[k]);
     }
   }
   return result;

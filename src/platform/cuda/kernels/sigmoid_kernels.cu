@@ -34,6 +34,10 @@ __device__ __forceinline__ void sumOverGrid(Sum* out, unsigned n, unsigned& coun
   counter = 0;
 }
 
+__device__ __forceinline__ double weightOf(unsigned i) {
+  return zelsvm_sigw == nullptr ? 1.0 : __ldg(zelsvm_sigw + i);
+}
+
 }  // namespace
 
 template <typename T>
@@ -41,7 +45,7 @@ __global__ void __launch_bounds__(blockThreads)
     findSigmoidFunctionalKernel(T* out, T A, T B, unsigned n) {
   const auto term = [=](unsigned i) {
     const T f = sigmoidArgument(fetchDouble(zelsvm_tx_sigx[0], i), A, B);
-    return sigmoidLoss(fetchDouble(zelsvm_tx_sigx[1], i), f, log(1 + exp(-fabs(f))));
+    return weightOf(i) * sigmoidLoss(fetchDouble(zelsvm_tx_sigx[1], i), f, log(1 + exp(-fabs(f))));
   };
   sumOverGrid(out, n, zelsvm_reduction_sem, term, [](T& sum, T part) { sum += part; });
 }
@@ -52,7 +56,8 @@ __global__ void __launch_bounds__(blockThreads)
   const auto term = [=](unsigned i) {
     const T d = fetchDouble(zelsvm_tx_sigx[0], i);
     const T f = sigmoidArgument(d, A, B);
-    return sigmoidDerivatives(d, fetchDouble(zelsvm_tx_sigx[1], i), f, exp(-fabs(f)));
+    return weightedDerivatives(
+        weightOf(i), sigmoidDerivatives(d, fetchDouble(zelsvm_tx_sigx[1], i), f, exp(-fabs(f))));
   };
   const auto add = [](SigmoidHessian<T>& sum, const SigmoidHessian<T>& part) {
     addDerivatives(sum, part);

@@ -1,5 +1,5 @@
 // Device kernels of the sigmoid fit. Decision values and targets are read through the two textures
-// of zelsvm_tx_sigx.
+// of zelsvm_tx_sigx, weights through zelsvm_sigw.
 #pragma once
 
 #include <cuda_runtime.h>

@@ -27,7 +27,7 @@ __device__ __forceinline__ SmoDelta<T> movePair(T* alpha, unsigned i, unsigned j
       pairStep(sameSign, fetchDouble(zelsvm_tx_f, i), fetchDouble(zelsvm_tx_f, j), curvature);
   const PairValues old{fetchDouble(zelsvm_tx_alpha, i), fetchDouble(zelsvm_tx_alpha, j)};
   const PairValues moved =
-      clippedPair(sameSign, old, step, {upperBound(positiveI), upperBound(positiveJ)});
+      clippedPair(sameSign, old, step, {upperBound(i, positiveI), upperBound(j, positiveJ)});
   alpha[i] = moved.i;
   alpha[j] = moved.j;
   return {moved.i - old.i, moved.j - old.j};

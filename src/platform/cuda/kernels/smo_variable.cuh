@@ -17,19 +17,20 @@ struct SmoVariable {
 
 __device__ __forceinline__ bool isPositive(unsigned t) { return fetchBytes(zelsvm_tx_ys, t).y > 0; }
 
-__device__ __forceinline__ double upperBound(bool positive) {
-  return positive ? zelsvm_Cp : zelsvm_Cn;
+// The sample whose kernel row and diagonal the variable uses.
+__device__ __forceinline__ unsigned sampleOf(unsigned t) {
+  return t < zelsvm_N ? t : t - static_cast<unsigned>(zelsvm_N);
+}
+
+__device__ __forceinline__ double upperBound(unsigned t, bool positive) {
+  const double c = positive ? zelsvm_Cp : zelsvm_Cn;
+  return zelsvm_factors == nullptr ? c : c * __ldg(zelsvm_factors + sampleOf(t));
 }
 
 __device__ __forceinline__ SmoVariable fetchVariable(unsigned t) {
   const bool positive = isPositive(t);
-  return {positive, fetchDouble(zelsvm_tx_alpha, t), upperBound(positive),
+  return {positive, fetchDouble(zelsvm_tx_alpha, t), upperBound(t, positive),
           violation(positive, fetchDouble(zelsvm_tx_f, t))};
-}
-
-// The sample whose kernel row and diagonal the variable uses.
-__device__ __forceinline__ unsigned sampleOf(unsigned t) {
-  return t < zelsvm_N ? t : t - static_cast<unsigned>(zelsvm_N);
 }
 
 template <bool unitDiagonal>

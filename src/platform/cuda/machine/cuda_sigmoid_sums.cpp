@@ -20,13 +20,16 @@ CudaSigmoidSums::CudaSigmoidSums(DeviceTurns& turns)
       hessianLimit(zel::gridLimit(findSigmoidHessianKernel<double>, blockThreads)) {}
 
 void CudaSigmoidSums::assign(std::span<const double> newDecisionValues,
-                             std::span<const double> newTargets) {
+                             std::span<const double> newTargets,
+                             std::span<const double> newWeights) {
   DeviceTurn turn(*this);
   decisionTexture.reset();
   targetTexture.reset();
   samples = static_cast<unsigned>(newDecisionValues.size());
   decisionValues.assign(newDecisionValues);
   targets.assign(newTargets);
+  weights.assign(newWeights);
+  isWeighted = !newWeights.empty();
   decisionTexture.emplace(decisionValues);
   targetTexture.emplace(targets);
   losses.resize(zel::gridSize(lossLimit, samples, blockThreads));
@@ -38,6 +41,7 @@ void CudaSigmoidSums::publish() {
   // assign() has made both. NOLINTNEXTLINE(bugprone-unchecked-optional-access)
   const cudaTextureObject_t handles[] = {decisionTexture->handle(), targetTexture->handle()};
   zel::publishSymbol(zelsvm_tx_sigx, handles);
+  zel::publishSymbol(zelsvm_sigw, isWeighted ? weights.data() : nullptr);
   zel::publishSymbol(zelsvm_reduction_sem, 0);
   zel::publishSymbol(zelsvm_sigmoid_sem, 0);
 }

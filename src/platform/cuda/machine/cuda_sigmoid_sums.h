@@ -15,7 +15,8 @@ class CudaSigmoidSums : public SigmoidSums, private SymbolUser {
   // It outlives this.
   explicit CudaSigmoidSums(DeviceTurns& turns);
 
-  void assign(std::span<const double> decisionValues, std::span<const double> targets) override;
+  void assign(std::span<const double> decisionValues, std::span<const double> targets,
+              std::span<const double> weights) override;
   double loss(double A, double B) override;
   SigmoidHessian<double> derivatives(double A, double B) override;
 
@@ -25,6 +26,8 @@ class CudaSigmoidSums : public SigmoidSums, private SymbolUser {
   unsigned samples = 0;
   zel::DeviceVector<double> decisionValues;
   zel::DeviceVector<double> targets;
+  zel::DeviceVector<double> weights;
+  bool isWeighted = false;
   std::optional<zel::LinearTexture<double>> decisionTexture;
   std::optional<zel::LinearTexture<double>> targetTexture;
   zel::DeviceVector<double> losses;  // per block of a launch; entry 0 is the sum

@@ -55,6 +55,7 @@ void CudaSolver::begin(const SolverTask& newTask, const std::function<void()>& c
   statusTexture.emplace(status);
   alpha.assign(task.start);
   alphaTexture.emplace(alpha);
+  factors.assign(task.factors);
   gradient.assign(task.linearTerm);
   gradientTexture.emplace(gradient);
   active.resize(variableCount());
@@ -70,6 +71,7 @@ void CudaSolver::publish() {
   zel::publishSymbol(zelsvm_N, task.samples->rows());
   zel::publishSymbol(zelsvm_Cp, task.Cp);
   zel::publishSymbol(zelsvm_Cn, task.Cn);
+  zel::publishSymbol(zelsvm_factors, task.factors.empty() ? nullptr : factors.data());
   publishKernel(task.kernel);
   // begin() has made the textures. NOLINTBEGIN(bugprone-unchecked-optional-access)
   zel::publishSymbol(zelsvm_tx_ys, statusTexture->handle());

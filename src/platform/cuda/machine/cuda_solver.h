@@ -49,6 +49,7 @@ class CudaSolver : public SolverMachine, private SymbolUser {
 
   zel::DeviceVector<double> alpha;
   zel::DeviceVector<double> gradient;
+  zel::DeviceVector<double> factors;
   zel::DeviceVector<char2> status;
   zel::DeviceVector<unsigned> activeSet;
   std::vector<unsigned> active;

@@ -14,29 +14,31 @@ using D = Lanes<double>;
 constexpr std::uint64_t sumCount = 8;
 constexpr std::uint64_t vectors = sumCount / D::count;
 
-// Decision values and targets of some samples, sumCount at a time.
+// Decision values, targets and weights of some samples, sumCount at a time.
 class Samples {
  public:
-  Samples(const double* decisions, const double* targets, std::uint64_t left)
-      : decisions(decisions), targets(targets), left(left) {
+  Samples(const double* decisions, const double* targets, const double* weights, std::uint64_t left)
+      : decisions(decisions), targets(targets), weights(weights), left(left) {
     if (left >= sumCount) return;
     for (std::uint64_t i = 0; i < left; ++i) {
       lastDecisions[i] = decisions[i];
       lastTargets[i] = targets[i];
+      lastWeights[i] = weights[i];
     }
     this->decisions = lastDecisions;
     this->targets = lastTargets;
+    this->weights = lastWeights;
   }
   Samples(const Samples&) = delete;
   Samples& operator=(const Samples&) = delete;
 
   HWY_INLINE D decision(std::uint64_t vector) const { return at(decisions, vector); }
   HWY_INLINE D target(std::uint64_t vector) const { return at(targets, vector); }
-  // sum grows by the terms of samples that there are.
+  // sum grows by the weighted terms of samples that there are.
   HWY_INLINE void add(std::uint64_t vector, D terms, D& sum) const {
     const std::uint64_t before = vector * D::count;
     const auto present = hn::FirstN(D::Tag(), left > before ? left - before : 0);
-    sum = sum + D(hn::IfThenElseZero(present, terms.v));
+    sum = sum + D(hn::IfThenElseZero(present, (at(weights, vector) * terms).v));
   }
 
  private:
@@ -46,9 +48,11 @@ class Samples {
 
   const double* decisions;
   const double* targets;
+  const double* weights;
   std::uint64_t left;
   double lastDecisions[sumCount] = {};
   double lastTargets[sumCount] = {};
+  double lastWeights[sumCount] = {};
 };
 
 HWY_INLINE D smallExponential(D f) { return exp(D(hn::Neg(hn::Abs(f.v)))); }
@@ -61,11 +65,12 @@ double total(const D (&sums)[vectors]) {
   return sum;
 }
 
-double functional(const double* d, const double* t, std::uint64_t n, double A, double B) {
+double functional(const double* d, const double* t, const double* w, std::uint64_t n, double A,
+                  double B) {
   D sums[vectors];
   for (D& sum : sums) sum = 0.0;
   for (std::uint64_t i = 0; i < n; i += sumCount) {
-    const Samples samples(d + i, t + i, n - i);
+    const Samples samples(d + i, t + i, w + i, n - i);
     for (std::uint64_t v = 0; v < vectors; ++v) {
       const D f = sigmoidArgument(samples.decision(v), D(A), D(B));
       const D loss = sigmoidLoss(samples.target(v), f, log(smallExponential(f) + 1.0));
@@ -75,13 +80,13 @@ double functional(const double* d, const double* t, std::uint64_t n, double A, d
   return total(sums);
 }
 
-SigmoidHessian<double> hessian(const double* d, const double* t, std::uint64_t n, double A,
-                               double B) {
+SigmoidHessian<double> hessian(const double* d, const double* t, const double* w, std::uint64_t n,
+                               double A, double B) {
   D sums[5][vectors];
   for (auto& of : sums)
     for (D& sum : of) sum = 0.0;
   for (std::uint64_t i = 0; i < n; i += sumCount) {
-    const Samples samples(d + i, t + i, n - i);
+    const Samples samples(d + i, t + i, w + i, n - i);
     for (std::uint64_t v = 0; v < vectors; ++v) {
       const D decision = samples.decision(v);
       const D f = sigmoidArgument(decision, D(A), D(B));

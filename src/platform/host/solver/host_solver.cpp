@@ -93,7 +93,10 @@ class HostSolver : public SolverMachine {
 
  private:
   [[nodiscard]] bool isPositive(unsigned t) const { return task.signs[t] > 0; }
-  [[nodiscard]] double upperBound(unsigned t) const { return isPositive(t) ? task.Cp : task.Cn; }
+  [[nodiscard]] double upperBound(unsigned t) const {
+    const double c = isPositive(t) ? task.Cp : task.Cn;
+    return task.factors.empty() ? c : c * task.factors[sweeps.sampleOf(t)];
+  }
   [[nodiscard]] double diagonal(unsigned t) const {
     return rows.diagonal() == nullptr ? 1.0 : rows.diagonal()[sweeps.sampleOf(t)];
   }

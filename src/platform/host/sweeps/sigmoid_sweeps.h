@@ -7,11 +7,12 @@
 
 namespace zelsvm {
 
-// Both take n decision values d and targets t.
+// Both take n decision values d, targets t and weights w.
 struct SigmoidSweeps {
-  double (*functional)(const double* d, const double* t, std::uint64_t n, double A, double B);
-  SigmoidHessian<double> (*hessian)(const double* d, const double* t, std::uint64_t n, double A,
-                                    double B);
+  double (*functional)(const double* d, const double* t, const double* w, std::uint64_t n, double A,
+                       double B);
+  SigmoidHessian<double> (*hessian)(const double* d, const double* t, const double* w,
+                                    std::uint64_t n, double A, double B);
 };
 
 // The sweeps for this processor.
