@@ -109,20 +109,36 @@ void KernelBlock<T>::computeBatches(const SampleChoice& rows, const BlockUse<T>&
                       count,
                       nullptr,
                       use.stored.empty() ? nullptr : use.stored.data() + first,
-                      rows.count() * columns() * sizeof(T) > cachedBytes,
+                      use.then == nullptr && rows.count() * columns() * sizeof(T) > cachedBytes,
                       use.weights.data() + first * functions,
                       functions,
                       use.sums.data(),
                       mirror,
                       mirrorPitch,
                       first};
-    isDense ? computeDense(rows.part(first, count), task)
-            : computeSparse(rows.part(first, count), task);
+    isDense ? computeDense(rows.part(first, count), use, task)
+            : computeSparse(rows.part(first, count), use, task);
   }
 }
 
 template <typename T>
-void KernelBlock<T>::computeDense(const SampleChoice& batch, BlockTask<T>& task) {
+double KernelBlock<T>::nanosecondsPerValue() const {
+  const double products =
+      isDense ? nanosecondsPerProduct * static_cast<double>(denseColumns.length())
+              : nanosecondsPerSparseValue / static_cast<double>(groupRows) *
+                    static_cast<double>(sparseColumns.stored()) / static_cast<double>(columns());
+  return products + functionNanoseconds;
+}
+
+template <typename T>
+void KernelBlock<T>::finish(const BlockUse<T>& use, std::uint64_t begin, std::uint64_t end) const {
+  const std::uint64_t width = blockSweeps<T>().panelColumns;
+  if (use.then != nullptr) (*use.then)(begin * width, std::min(end * width, columns()));
+}
+
+template <typename T>
+void KernelBlock<T>::computeDense(const SampleChoice& batch, const BlockUse<T>& use,
+                                  BlockTask<T>& task) {
   denseRows.assign(batch);
   task.rowNorms = denseRows.norms();
   const DenseFactors<T> factors{denseColumns.values(), denseColumns.length(), denseRows.values(),
@@ -135,11 +151,13 @@ void KernelBlock<T>::computeDense(const SampleChoice& batch, BlockTask<T>& task)
   zel::forEachChunk(denseColumns.panels(), panelsTogether(perPanel), perPanel,
                     [&](std::uint64_t begin, std::uint64_t end) {
                       sweeps.dense[type](task, factors, begin, end);
+                      finish(use, begin, end);
                     });
 }
 
 template <typename T>
-void KernelBlock<T>::computeSparse(const SampleChoice& batch, BlockTask<T>& task) {
+void KernelBlock<T>::computeSparse(const SampleChoice& batch, const BlockUse<T>& use,
+                                   BlockTask<T>& task) {
   if (task.rows == 1 && task.functions == 0 && task.mirror == nullptr && task.stored != nullptr &&
       computeSingle(batch, task))
     return;
@@ -157,6 +175,7 @@ void KernelBlock<T>::computeSparse(const SampleChoice& batch, BlockTask<T>& task
   zel::forEachChunk(panels, panelsTogether(perPanel), perPanel,
                     [&](std::uint64_t begin, std::uint64_t end) {
                       sweeps.sparse[type](task, factors, begin, end);
+                      finish(use, begin, end);
                     });
 }
 

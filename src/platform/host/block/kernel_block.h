@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 
 #include "platform/host/block/inverted_samples.h"
@@ -24,6 +25,9 @@ struct BlockUse {
   // May be left out.
   std::span<const T> weights{};
   std::span<T* const> sums{};
+  // Takes columns begin … end - 1 once they have been stored and added, on the thread that did it,
+  // whose caches have them; begin is a panel's. Must not throw. May be left out.
+  const std::function<void(std::uint64_t begin, std::uint64_t end)>* then = nullptr;
 };
 
 template <typename T>
@@ -53,12 +57,15 @@ class KernelBlock {
   void computeAll(T* values, std::uint64_t pitch);
   // values[i] = K(column i, column i); there is room for blockPitch of the columns.
   void computeDiagonal(T* values) const;
+  // What one value costs a thread, about, where many rows are made.
+  [[nodiscard]] double nanosecondsPerValue() const;
 
  private:
   void computeBatches(const SampleChoice& rows, const BlockUse<T>& use, T* mirror,
                       std::uint64_t mirrorPitch);
-  void computeDense(const SampleChoice& batch, BlockTask<T>& task);
-  void computeSparse(const SampleChoice& batch, BlockTask<T>& task);
+  void computeDense(const SampleChoice& batch, const BlockUse<T>& use, BlockTask<T>& task);
+  void computeSparse(const SampleChoice& batch, const BlockUse<T>& use, BlockTask<T>& task);
+  void finish(const BlockUse<T>& use, std::uint64_t begin, std::uint64_t end) const;
   bool computeSingle(const SampleChoice& row, const BlockTask<T>& task);
 
   SampleChoice chosen;

@@ -13,6 +13,8 @@ namespace {
 // Columns whose sums stay in the first-level cache while rows are added to them.
 constexpr std::uint64_t columnGrain = 1024;
 constexpr double nanosecondsPerEntry = 0.2;
+// Values that cost less are made faster than they are written to fresh memory and read again.
+constexpr double leastKeptNanoseconds = 2.5;
 
 }  // namespace
 
@@ -21,14 +23,17 @@ void SetRows::assign(const SetTask& task) {
   const std::uint64_t n = samples->rows();
   pitch = zel::roundedCapacity(n);
   const std::uint64_t obtainable = zel::obtainableMemory() + cache.capacity() * sizeof(double);
-  const std::uint64_t slots = rowSlotCount(
-      n, pitch * sizeof(double), rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
+  block.assign(SampleChoice(*samples), task.kernel);
+  const std::uint64_t slots =
+      block.nanosecondsPerValue() < leastKeptNanoseconds
+          ? 0
+          : rowSlotCount(n, pitch * sizeof(double),
+                         rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
   keeper.assign(n, slots);
   cache.resize(slots * pitch);
   scratch.resize(mixed * pitch);
   work.resize(pitch);
   asked.assign(n, false);
-  block.assign(SampleChoice(*samples), task.kernel);
   madeCount = 0;
   askedCount = 0;
 }
@@ -42,9 +47,12 @@ void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
   std::copy(sums.begin(), sums.end(), work.data());
   addNew({ordered.begin(), known});
   for (std::span<const WeightedRow> rest(known, ordered.end()); !rest.empty();) {
-    const std::size_t count = std::min(mixed, rest.size());
-    addKnown(rest.first(count));
-    rest = rest.subspan(count);
+    const std::span<const WeightedRow> some = rest.first(std::min(mixed, rest.size()));
+    const bool isCached = std::any_of(some.begin(), some.end(), [&](const WeightedRow& row) {
+      return keeper.find(row.sample, row.keep) != RowKeeper::noSlot;
+    });
+    isCached ? addMixed(some) : addNew(some);
+    rest = rest.subspan(some.size());
   }
   std::copy_n(work.data(), sums.size(), sums.begin());
 }
@@ -60,10 +68,11 @@ void SetRows::addNew(std::span<const WeightedRow> rows) {
     weights.push_back(row.weight);
     targets.push_back(place == RowKeeper::noSlot ? nullptr : slot(place));
   }
-  make(true);
+  double* const sums[] = {work.data()};
+  make({.stored = targets, .weights = weights, .sums = sums});
 }
 
-void SetRows::addKnown(std::span<const WeightedRow> rows) {
+void SetRows::addMixed(std::span<const WeightedRow> rows) {
   const double* values[mixed] = {};
   numbers.clear();
   weights.clear();
@@ -80,24 +89,18 @@ void SetRows::addKnown(std::span<const WeightedRow> rows) {
     targets.push_back(place != RowKeeper::noSlot ? slot(place) : scratch.data() + r * pitch);
     values[r] = targets.back();
   }
-  const bool allMade = numbers.size() == rows.size();
-  make(allMade);
-  if (allMade) return;
-  zel::forEachChunk(
-      samples->rows(), columnGrain, nanosecondsPerEntry * static_cast<double>(rows.size()),
-      [&](std::uint64_t begin, std::uint64_t end) {
-        setSweeps().addRows(values, weights.data(), rows.size(), begin, end, work.data());
-      });
+  const std::function<void(std::uint64_t, std::uint64_t)> addAll = [&](std::uint64_t begin,
+                                                                       std::uint64_t end) {
+    setSweeps().addRows(values, weights.data(), rows.size(), begin, end, work.data());
+  };
+  if (numbers.empty())
+    return zel::forEachChunk(samples->rows(), columnGrain,
+                             nanosecondsPerEntry * static_cast<double>(rows.size()), addAll);
+  make({.stored = targets, .then = &addAll});
 }
 
-void SetRows::make(bool add) {
+void SetRows::make(const BlockUse<double>& use) {
   if (numbers.empty()) return;
-  double* const sums[] = {work.data()};
-  BlockUse<double> use{.stored = targets};
-  if (add) {
-    use.weights = weights;
-    use.sums = sums;
-  }
   block.compute(SampleChoice(*samples, numbers), use);
   madeCount += numbers.size();
 }

@@ -26,12 +26,12 @@ class SetRows {
   }
 
  private:
-  // Rows that may come from the cache or not are added so many at a time.
+  // Rows that may come from the cache are added so many at a time.
   static constexpr std::size_t mixed = 32;
 
   void addNew(std::span<const WeightedRow> rows);
-  void addKnown(std::span<const WeightedRow> rows);
-  void make(bool add);
+  void addMixed(std::span<const WeightedRow> rows);
+  void make(const BlockUse<double>& use);
   [[nodiscard]] double* slot(std::uint64_t number) { return cache.data() + number * pitch; }
 
   const zelmag::AbstractMatrix<double>* samples = nullptr;
