@@ -48,10 +48,13 @@ struct PairValues {
   double j;
 };
 
+ZEL_RULE double withinBox(double a, double c) { return a < 0 ? 0 : (a > c ? c : a); }
+
 // The two multipliers after their unconstrained step along delta and the clipping to [0, c]: the
 // tests of the second round read what the first produced, while the invariant (sum or difference)
 // stays the one before clipping. A step across the whole box and more ends alike, so it is cut
-// first: beside the huge steps along flat pairs the invariant would lose its digits.
+// first: beside the huge steps along flat pairs the invariant would lose its digits. Of unequal
+// bounds the last subtraction may round to a place outside.
 ZEL_RULE PairValues clippedPair(bool sameSign, PairValues a, double delta, PairValues c) {
   const double farthest = c.i + c.j;
   delta = delta > farthest ? farthest : (delta < -farthest ? -farthest : delta);
@@ -72,7 +75,7 @@ ZEL_RULE PairValues clippedPair(bool sameSign, PairValues a, double delta, PairV
   } else if (sameSign && n.j < 0) {
     n = {sum, 0};
   }
-  return n;
+  return {withinBox(n.i, c.i), withinBox(n.j, c.j)};
 }
 
 // Step of the pair (i, j) from its gradient entries.

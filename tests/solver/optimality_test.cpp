@@ -42,7 +42,7 @@ QuadraticProgram programOf(const SolvedProblem& problem, const Samples& samples,
     qp.b.push_back(dot(row, problem.start));
     if (!perSign) break;
   }
-  for (const int y : problem.y) qp.u.push_back(y > 0 ? problem.Cp : problem.Cn);
+  qp.u = problem.bounds;
   return qp;
 }
 
@@ -152,6 +152,9 @@ TEST_P(Optimality, WithUnequalClassesAndWeights) {
   Samples samples = samplesFor(30, 3);
   if (!zeltest::isRegression(parameters.svmType))
     for (std::uint64_t i = 0; i < 30; ++i) samples.labels[i] = i % 4 == 0 ? 1 : -1;
+  check(samples);
+  for (std::uint64_t i = 0; i < 30; ++i)
+    samples.weights.push_back(0.3 * static_cast<double>(1 + i % 7));
   check(samples);
 }
 

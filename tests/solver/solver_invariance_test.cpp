@@ -124,7 +124,7 @@ double largestViolation(const SolvedProblem& problem, const Samples& samples, in
     if (sign != 0 && y != sign) continue;
     const double v =
         -y * problem.p[t] - zeltest::product(weights.data(), samples.row(t % n), samples.cols);
-    const double bound = y > 0 ? problem.Cp : problem.Cn;
+    const double bound = problem.bounds[t];
     if (y > 0 ? problem.alpha[t] < bound : problem.alpha[t] > 0) up = std::max(up, v);
     if (y > 0 ? problem.alpha[t] > 0 : problem.alpha[t] < bound) low = std::min(low, v);
   }

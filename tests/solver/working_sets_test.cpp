@@ -79,7 +79,7 @@ void expectOptimal(const SolvedProblem& problem, const Samples& samples,
     for (std::size_t k = 0; k < problem.y.size(); ++k) {
       const int y = problem.y[k];
       if (hasTwoGroups(parameters) && y != sign) continue;
-      const double bound = y > 0 ? problem.Cp : problem.Cn;
+      const double bound = problem.bounds[k];
       const double a = problem.alpha[k];
       ASSERT_TRUE(a >= 0 && a <= bound);
       balance += y * (a - problem.start[k]);
@@ -104,7 +104,9 @@ class WorkingSets : public testing::TestWithParam<std::tuple<int, int>> {
 
 TEST_P(WorkingSets, EndWhereNothingViolatesOptimality) {
   for (const std::uint64_t rows : {usualSize, 2 * usualSize}) {
-    const Samples samples = samplesFor(parameters, rows);
+    Samples samples = samplesFor(parameters, rows);
+    for (std::uint64_t s = 0; rows > usualSize && s < rows; ++s)
+      samples.weights.push_back(0.3 * static_cast<double>(1 + s % 7));
     const Training training = train(samples, parameters);
     EXPECT_NE(training.text.find("Finished"), std::string::npos);
     expectOptimal(training.only(), samples, parameters);

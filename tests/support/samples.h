@@ -18,6 +18,7 @@ struct Samples {
   std::uint64_t cols;
   std::vector<double> values;
   std::vector<double> labels;
+  std::vector<double> weights = {};  // empty: all are 1
 
   [[nodiscard]] std::uint64_t rows() const { return labels.size(); }
   [[nodiscard]] const double* row(std::uint64_t i) const { return values.data() + i * cols; }
@@ -27,6 +28,7 @@ struct Samples {
     for (const std::uint64_t i : numbers) {
       chosen.values.insert(chosen.values.end(), row(i), row(i) + cols);
       chosen.labels.push_back(labels[i]);
+      if (!weights.empty()) chosen.weights.push_back(weights[i]);
     }
     return chosen;
   }
@@ -144,6 +146,7 @@ class DataSet {
                                           samples.cols, samples.rows());
     zelsvm::HostVector<double> labelView(labels.size(), labels.data());
     view = std::make_unique<zelsvm::UserData<double>>(*matrix, labelView);
+    view->setWeights(samples.weights);
   }
 
   [[nodiscard]] zelsvm::UserData<double>& data() { return *view; }

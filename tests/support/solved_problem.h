@@ -23,6 +23,7 @@ struct SolvedProblem {
   std::vector<int> y;
   double Cp = 0;
   double Cn = 0;
+  std::vector<double> bounds;  // of the multipliers
   zelsvm::SmoSolution solution;
 };
 
@@ -39,6 +40,7 @@ class RecordingSolver : public Solver {
     for (const signed char sign : valuesOf(problem.signs)) record.y.push_back(sign);
     record.Cp = problem.Cp;
     record.Cn = problem.Cn;
+    for (std::uint64_t k = 0; k < record.y.size(); ++k) record.bounds.push_back(problem.bound(k));
     record.solution = Solver::solve(problem, samples);
     record.alpha = valuesOf(problem.alpha);
     problems.push_back(record);
