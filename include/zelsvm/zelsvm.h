@@ -82,6 +82,23 @@ struct SparseArrays {
   Compressed order = Compressed::rows;
 };
 
+// What the columns of given kernel values stand for: the training samples, or the support vectors
+// of the model that predicts, in its order.
+enum class KernelColumns { trainingSamples, supportVectors };
+
+// Kernel values that the caller computes as they are needed.
+struct KernelRows {
+  std::size_t rows = 0;
+  std::size_t columns = 0;
+  // Writes K(row, column) for all columns. Called on the thread that trains or predicts and on no
+  // other; must not call the library. A row may be asked for several times: as in training a cache
+  // holds cacheMegabytes of them. An exception ends the call and reaches its caller.
+  std::function<void(std::size_t row, std::span<double> values)> compute = {};
+  // K(row, row) of training samples; empty: taken from the rows, each of which is computed once
+  // more for it.
+  std::vector<double> diagonal = {};
+};
+
 // Rows of features, dense or sparse; copies share the same memory. Vectors that are given away
 // (std::move) are owned, anything else is borrowed. Features must be finite to be trained on.
 class ZELSVM_API Samples {
@@ -108,13 +125,25 @@ class ZELSVM_API Samples {
   // and for more than 2147483647 values.
   static Samples csr(const SparseArrays& arrays);
 
+  // Kernel values in place of features, for Kernel::precomputed: a row per sample, borrowed and
+  // read in place. To train on they are square and taken to be symmetric, in the order of the
+  // samples; a training that they do not suit (not positive semidefinite) ends all the same, if not
+  // at its tolerance. Values that are not finite are refused where they are read. Throws
+  // AppException unless there is at least one value, or for KernelRows that lack a function or have
+  // a diagonal of another length than their rows.
+  static Samples kernel(const Table<double>& values,
+                        KernelColumns columns = KernelColumns::trainingSamples);
+  static Samples kernel(const Table<float>& values,
+                        KernelColumns columns = KernelColumns::trainingSamples);
+  static Samples kernel(KernelRows values, KernelColumns columns = KernelColumns::trainingSamples);
+
   // There is no move, as it would leave samples without content.
   Samples(const Samples&) = default;
   Samples& operator=(const Samples&) = default;
   ~Samples() = default;
 
   [[nodiscard]] std::size_t rows() const;
-  [[nodiscard]] std::size_t features() const;
+  [[nodiscard]] std::size_t features() const;  // columns of kernel values
 
  private:
   friend struct detail::Access;
@@ -132,7 +161,8 @@ enum class Formulation {
 
 // Of u and v: linear u'v, polynomial (gamma u'v + coef0)^degree, radial exp(-gamma |u - v|^2),
 // sigmoid tanh(gamma u'v + coef0).
-enum class Kernel { linear = 0, polynomial = 1, radial = 2, sigmoid = 3 };
+// precomputed: the values are given (Samples::kernel), and gamma, coef0 and degree mean nothing.
+enum class Kernel { linear = 0, polynomial = 1, radial = 2, sigmoid = 3, precomputed = 4 };
 
 // Equal ends stand for no interval.
 struct Interval {
@@ -206,18 +236,20 @@ class ZELSVM_API Model {
 
   // Writes a model file, which the tools read, too: with six digits a number, but labels and
   // bounds of scaling that need more in full, and without support vectors whose features are all 0.
+  // Throws AppException for a model of a precomputed kernel, which that form has no room for.
   void save(const std::string& path, unsigned indexBase = 1) const;
 
   // Features that the samples lack are 0, features that the model lacks count in distances only.
   // With probability a classification goes by the likeliest label; throws AppException for a model
-  // trained without probability, and for one-class.
+  // trained without probability, and for one-class. A model of a precomputed kernel takes kernel
+  // values with all training samples or with its support vectors.
   [[nodiscard]] Predictions predict(const Samples& samples, bool probability = false,
                                     const Sink& sink = {}) const;
 
   [[nodiscard]] Formulation formulation() const;
   [[nodiscard]] std::vector<double> labels() const;  // 1 and -1 for one-class, none for regression
   [[nodiscard]] std::size_t supportVectorCount() const;
-  [[nodiscard]] std::size_t featureCount() const;
+  [[nodiscard]] std::size_t featureCount() const;  // training samples of a precomputed kernel
   [[nodiscard]] bool hasProbability() const;
   // Scale of the Laplace distribution of a regression's residuals, in the targets' units; 0 unless
   // trained with probability.

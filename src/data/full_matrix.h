@@ -52,7 +52,7 @@ void forEachStretch(const FullMatrix<T>& matrix, std::uint64_t row, const Use& u
   }
 }
 
-// Every matrix that is not sparse is a full one.
+// Every matrix of features that is not sparse is a full one.
 template <typename T>
 const FullMatrix<T>& asFull(const AbstractMatrix<T>& matrix) {
   return static_cast<const FullMatrix<T>&>(matrix);

@@ -10,6 +10,8 @@
 
 namespace zelmag {
 
+class KernelValues;
+
 // Immutable after construction.
 template <typename T>
 class AbstractMatrix {
@@ -24,8 +26,14 @@ class AbstractMatrix {
   [[nodiscard]] std::uint64_t rows() const { return rowCount; }
   // For a subset, each row's number in the full data set; empty for a matrix made from data.
   [[nodiscard]] const zel::IndexList<>& rowIds() const { return ids; }
+  [[nodiscard]] std::uint64_t rowNumber(std::uint64_t row) const {
+    return ids.size() == 0 ? row : ids[row];
+  }
   // Sum of squares of each row's stored values.
   [[nodiscard]] const zelsvm::HostVector<T>& rowNorms() const { return norms; }
+
+  // Of samples that are known by their kernel values only: these values. Else null.
+  [[nodiscard]] virtual const KernelValues* kernelValues() const { return nullptr; }
 
   // The stored values, row after row; null for a matrix whose rows are to be copied.
   [[nodiscard]] virtual const T* values() const = 0;

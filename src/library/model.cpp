@@ -2,6 +2,7 @@
 
 #include "data/scaled_data.h"
 #include "library/engine_call.h"
+#include "library/kernel_samples.h"
 #include "library/model_state.h"
 #include "library/rows.h"
 #include "platform/host/host_machine.h"
@@ -30,9 +31,19 @@ std::vector<double> bySample(const HostVector<double>& values, std::uint64_t sam
   return ordered;
 }
 
+std::unique_ptr<zelmag::AbstractMatrix<double>> testMatrix(
+    const ModelState& state, const std::shared_ptr<const detail::Rows>& rows) {
+  const bool precomputed = state.context->kernelType == SVM_KERNEL_PRECOMPUTED;
+  if (precomputed != (rows->kernel != nullptr))
+    throw AppException(precomputed ? "This model takes kernel values, not features."
+                                   : "This model takes features, not kernel values.");
+  if (precomputed) return detail::testKernel(*rows, *state.model);
+  return detail::matrixOf(*detail::widened(rows, state.model->testWidth()));
+}
+
 Predictions predictRows(const ModelState& state, const Samples& samples, bool probability) {
-  const auto rows = detail::widened(detail::Access::rows(samples), state.model->testWidth());
-  const auto matrix = detail::matrixOf(*rows);
+  const auto rows = detail::Access::rows(samples);
+  const auto matrix = testMatrix(state, rows);
   // Nothing is known of the samples but their features.
   HostVector<double> targets(rows->rows);
   targets.fill(0);

@@ -14,7 +14,13 @@
 
 namespace zelsvm::detail {
 
-// Sparse where there are row offsets, else dense.
+// Kernel values as the caller gives them.
+struct GivenKernel {
+  std::variant<zelmag::StridedNumbers<double>, zelmag::StridedNumbers<float>, KernelRows> values;
+  KernelColumns columns;
+};
+
+// Kernel values, or features: sparse where there are row offsets, else dense.
 struct Rows {
   std::vector<double> ownedValues{};
   std::vector<int> ownedColumns{};
@@ -25,8 +31,9 @@ struct Rows {
   // Where dense: so many of the features, those behind them are 0.
   std::variant<zelmag::StridedNumbers<double>, zelmag::StridedNumbers<float>> table{};
   std::uint64_t tableColumns = 0;
+  std::shared_ptr<const GivenKernel> kernel{};
   std::uint64_t rows = 0;
-  std::uint64_t features = 0;
+  std::uint64_t features = 0;  // columns of kernel values
 
   [[nodiscard]] bool isSparse() const { return !offsets.empty(); }
 };
@@ -38,7 +45,7 @@ struct Access {
   static Model model(std::unique_ptr<ModelState> state);
 };
 
-// A matrix that looks at the rows.
+// A matrix that looks at the rows, which hold features.
 std::unique_ptr<zelmag::AbstractMatrix<double>> matrixOf(const Rows& rows);
 
 // The same samples with at least so many features, the new ones 0. They look at the original's

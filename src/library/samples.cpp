@@ -37,12 +37,16 @@ void requireWholeRows(std::size_t numbers, std::size_t features) {
 }
 
 template <typename Number>
+zelmag::StridedNumbers<Number> numbersOf(const Table<Number>& table) {
+  return {table.first, table.rowStride, table.columnStride};
+}
+
+template <typename Number>
 Samples makeDense(const Table<Number>& numbers, std::vector<double>&& owner) {
   requireWholeRows(std::min<std::size_t>(numbers.rows, 1) * numbers.columns, numbers.columns);
   auto content = std::make_shared<Rows>();
   content->ownedValues = std::move(owner);
-  content->table =
-      zelmag::StridedNumbers<Number>{numbers.first, numbers.rowStride, numbers.columnStride};
+  content->table = numbersOf(numbers);
   content->tableColumns = content->features = numbers.columns;
   content->rows = numbers.rows;
   return detail::Access::samples(std::move(content));
@@ -65,6 +69,18 @@ auto narrowedOr(const char* message) {
     if (index > static_cast<std::int64_t>(indexLimit)) throw AppException(message);
     return index < 0 ? -1 : static_cast<int>(index);
   };
+}
+
+// So many rows and columns of kernel values.
+template <typename Values>
+Samples makeKernel(std::size_t rows, std::size_t columns, Values values, KernelColumns meaning) {
+  if (rows == 0 || columns == 0) throw AppException("There must be kernel values, at least one.");
+  auto content = std::make_shared<Rows>();
+  content->kernel = std::make_shared<detail::GivenKernel>(
+      detail::GivenKernel{.values = std::move(values), .columns = meaning});
+  content->rows = rows;
+  content->features = columns;
+  return detail::Access::samples(std::move(content));
 }
 
 Samples makeSparse(std::shared_ptr<Rows> content) {
@@ -129,6 +145,23 @@ Samples Samples::csr(const SparseArrays& arrays) {
       inType(arrays.rowOffsets, content->ownedOffsets,
              narrowedOr("Sparse samples of more than 2147483647 values are not supported."));
   return makeSparse(std::move(content));
+}
+
+Samples Samples::kernel(const Table<double>& values, KernelColumns columns) {
+  return makeKernel(values.rows, values.columns, numbersOf(values), columns);
+}
+
+Samples Samples::kernel(const Table<float>& values, KernelColumns columns) {
+  return makeKernel(values.rows, values.columns, numbersOf(values), columns);
+}
+
+Samples Samples::kernel(KernelRows values, KernelColumns columns) {
+  if (!values.compute) throw AppException("Kernel rows need a function that computes them.");
+  if (!values.diagonal.empty() && values.diagonal.size() != values.rows)
+    throw AppException("The diagonal of kernel rows must have a value for each of them.");
+  const std::size_t rows = values.rows;
+  const std::size_t width = values.columns;
+  return makeKernel(rows, width, std::move(values), columns);
 }
 
 std::size_t Samples::rows() const { return content->rows; }

@@ -9,6 +9,7 @@
 #include "data/filtered_data.h"
 #include "data/scaled_data.h"
 #include "library/engine_call.h"
+#include "library/kernel_samples.h"
 #include "library/model_state.h"
 #include "library/rows.h"
 #include "platform/host/host_machine.h"
@@ -62,7 +63,8 @@ SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
           .maxIterations = parameters.maxIterations,
           .cacheSize = parameters.cacheMegabytes,
           .sparse = sparse,
-          .shrinking = parameters.shrinking};
+          .shrinking = parameters.shrinking,
+          .precomputed = parameters.kernel == Kernel::precomputed};
 }
 
 zel::Interval rangeOf(const Interval& interval) {
@@ -97,11 +99,12 @@ class Task {
     if (targets.size() != rows->rows)
       throw AppException("There must be one label or target for every sample.");
     requireWeights(weights, rows->rows);
+    detail::requireKernelFits(*rows, parameters);
     context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
                                                    ParameterChecks::training, hostMachine());
     zel::seedRandom(parameters.randomSeed != 0 ? parameters.randomSeed
                                                : static_cast<unsigned>(std::time(nullptr)));
-    matrix = detail::matrixOf(*rows);
+    matrix = rows->kernel ? detail::trainingKernel(*rows) : detail::matrixOf(*rows);
     // Only looked at: what is trained on is a scaled copy.
     labels = HostVector<double>(targets.size(), const_cast<double*>(targets.data()));
     data = std::make_unique<UserData<double>>(*matrix, labels);
@@ -145,6 +148,7 @@ Model train(const Samples& samples, std::span<const double> targets, const Param
     Task task(samples, targets, parameters, weights, Weightless::absent);
     GenericProcessor<double>(*task.context)
         .train(*task.model, *task.scaled, parameters.probability);
+    if (task.rows->kernel) detail::releaseKernel(*task.model);
     return detail::Access::model(std::make_unique<detail::ModelState>(LoadedModel<double>{
         .reader = nullptr, .context = std::move(task.context), .model = std::move(task.model)}));
   });

@@ -117,6 +117,8 @@ void fillClasses(GenericModel<T>& model, const ModelHeader& header, ProblemKind 
 template <typename T>
 void writeModel(const std::string& path, std::uint64_t indexBase, const SvmContext<T>& context,
                 const GenericModel<T>& model) {
+  if (context.kernelType == SVM_KERNEL_PRECOMPUTED)
+    throw zel::AppException("A model of a precomputed kernel cannot be written as text.");
   const ModelHeader header = describe(context, model);
   requireFinite(header, model);
   UserFileWriter<T> writer(path, indexBase);

@@ -48,8 +48,9 @@ const char* nameOf(SVM_TYPE type) {
 template <typename T>
 SvmSettings<T>::SvmSettings(const SvmParameters& parameters)
     : svmType(static_cast<SVM_TYPE>(numberOrUnsupported(parameters.svmType, SVM_TYPE_UNSUPPORTED))),
-      kernelType(static_cast<SVM_KERNEL>(
-          numberOrUnsupported(parameters.kernelType, SVM_KERNEL_UNSUPPORTED))),
+      kernelType(parameters.precomputed ? SVM_KERNEL_PRECOMPUTED
+                                        : static_cast<SVM_KERNEL>(numberOrUnsupported(
+                                              parameters.kernelType, SVM_KERNEL_UNSUPPORTED))),
       algorithmName(nameOf(svmType)),
       kernelName(nameOf(kernelType)),
       problemKind(kindOf(svmType)),

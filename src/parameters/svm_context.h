@@ -46,6 +46,7 @@ struct SvmParameters {
   std::uint64_t cacheSize = 100;          // MB
   bool sparse = true;
   bool shrinking = true;
+  bool precomputed = false;  // kernel values are given, whatever the kernel type says
 };
 
 // Which parameters are checked: those read back from a model lack the training ones.

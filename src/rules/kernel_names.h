@@ -7,7 +7,7 @@
 
 namespace zelsvm {
 
-// "" for the unsupported one.
+// "" for one that files cannot name.
 constexpr const char* nameOf(SVM_KERNEL type) {
   if (type >= SVM_KERNEL_UNSUPPORTED) return "";
   return withKernel(type, []<typename Function>() { return Function::name; });

@@ -11,6 +11,8 @@ enum SVM_KERNEL : unsigned {
   SVM_KERNEL_RADIAL = 2,
   SVM_KERNEL_SIGMOID = 3,
   SVM_KERNEL_UNSUPPORTED = 4,
+  // No function: the values are given. Not among those that options and files can name.
+  SVM_KERNEL_PRECOMPUTED = 5,
 };
 
 }  // namespace zelsvm

@@ -8,6 +8,7 @@
 
 #include "base/errors.h"
 #include "base/output/console.h"
+#include "data/kernel_values.h"
 #include "rules/smo_rules.h"
 #include "solver/solver_choice.h"
 #include "threads/clock.h"
@@ -77,7 +78,9 @@ SmoSolution SmoBaseSolver<T>::solve(SolverProblem<T>& problem,
 
 template <typename T>
 bool SmoBaseSolver<T>::goesBySets(const zelmag::AbstractMatrix<T>& samples) const {
-  return setMachine && worksBySets(context->svmType, samples.rows());
+  // A set asks for rows that others before it asked for. Who computes them for us is to do so once.
+  const bool readsFreely = samples.kernelValues() == nullptr || samples.kernelValues()->isShared();
+  return setMachine && readsFreely && worksBySets(context->svmType, samples.rows());
 }
 
 // False where the two-variable method is to go on from what the problem holds then.

@@ -12,7 +12,7 @@ namespace zelsvm {
 // unknown one has none.
 inline bool hasParameter(std::string_view kernelName, std::string_view keyword) {
   const SVM_KERNEL type = kernelTypeByName(kernelName);
-  if (type == SVM_KERNEL_UNSUPPORTED) return false;
+  if (type >= SVM_KERNEL_UNSUPPORTED) return false;
   return withKernel(type, [keyword]<typename Function>() {
     if (keyword == keywords::degree) return Function::takesDegree;
     if (keyword == keywords::coef0) return Function::takesCoef0;

@@ -42,7 +42,8 @@ class HostPredictor : public PredictorMachine {
 
   void decide(const zelmag::AbstractMatrix<double>& test, std::uint64_t first, std::uint64_t count,
               double* values) override {
-    if (count <= (holdsVectors ? fewSamplesThen : fewSamples))
+    // Given values lie in rows of the samples.
+    if (test.kernelValues() != nullptr || count <= (holdsVectors ? fewSamplesThen : fewSamples))
       return decideFew({test, first, count}, values);
     block.assign({test, first, count}, task.kernel);
     const std::uint64_t functions = task.rho.size();

@@ -4,8 +4,9 @@
 #include <limits>
 
 #include "base/memory.h"
+#include "data/kernel_values.h"
 #include "platform/row_slots.h"
-#include "rules/kernel_functions.h"
+#include "rules/kernel_traits.h"
 #include "threads/parallel.h"
 
 namespace zelsvm {
@@ -23,14 +24,12 @@ constexpr std::uint64_t anyMemory = std::numeric_limits<std::uint64_t>::max();
 // be spread evenly.
 double rowNanoseconds(const zelmag::AbstractMatrix<double>& matrix, std::uint64_t samples,
                       SVM_KERNEL kernel) {
-  const double function =
-      withKernel(kernel, []<typename Function>() { return Function::nanoseconds; });
   const auto features = static_cast<double>(matrix.cols());
   const double perRow =
       static_cast<double>(matrix.valueCount()) / static_cast<double>(matrix.rows());
   const double product = std::min(nanosecondsPerProduct * features,
                                   nanosecondsPerSparseValue * perRow * perRow / features);
-  return static_cast<double>(samples) * (product + function);
+  return static_cast<double>(samples) * (product + nanosecondsOf(kernel));
 }
 
 }  // namespace
@@ -42,6 +41,8 @@ double rowNanoseconds(const zelmag::AbstractMatrix<double>& matrix, std::uint64_
 // dots are not to depend on the number of threads: there the shares must hold all rows.
 unsigned pairsAtOnce(const zelmag::AbstractMatrix<double>& samples, const KernelSettings& kernel,
                      std::uint64_t cacheMegabytes, const PairLoad& load) {
+  // A caller's function is called by one thread.
+  if (samples.kernelValues() != nullptr && !samples.kernelValues()->isShared()) return 1;
   const auto threads = std::min(static_cast<std::uint64_t>(zel::threadCount()), load.pairs);
   const double row = rowNanoseconds(samples, load.largest, kernel.type);
   const double total = load.kernelValues * row / static_cast<double>(load.largest);

@@ -75,6 +75,10 @@ struct BlockSweeps {
   // sums[positions[p]] += factor * values[p], p from begin to end - 1.
   void (*addColumn)(const T* values, const unsigned* positions, std::uint64_t begin,
                     std::uint64_t end, T factor, T* sums);
+  // sums[c] += sum of weights[r] rows[r][c] for begin <= c < end, row after row, each fused as in
+  // the block. Arrays are aligned to 64 bytes, begin too, and have room up to the next multiple.
+  void (*addRows)(const T* const* rows, const T* weights, std::uint64_t count, std::uint64_t begin,
+                  std::uint64_t end, T* sums);
 };
 
 // Rows in the tile that begins where so many are left.

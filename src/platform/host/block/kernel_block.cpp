@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/system/available_memory.h"
+#include "rules/kernel_traits.h"
 #include "threads/parallel.h"
 
 namespace zelsvm {
@@ -60,8 +61,9 @@ template <typename T>
 void KernelBlock<T>::assign(const SampleChoice& columns, const KernelSettings& kernel) {
   chosen = columns;
   type = kernel.type;
+  if (isGiven()) return given.assign(columns);
   constants = {kernel.gamma, kernel.coef0, effectiveDegree(kernel.degree)};
-  functionNanoseconds = withKernel(type, []<typename Function>() { return Function::nanoseconds; });
+  functionNanoseconds = nanosecondsOf(type);
   isDense = densePays(columns, sizeof(T));
   if (isDense) return denseColumns.assign(columns);
   sparseColumns.assign(columns);
@@ -71,6 +73,7 @@ void KernelBlock<T>::assign(const SampleChoice& columns, const KernelSettings& k
 
 template <typename T>
 void KernelBlock<T>::compute(const SampleChoice& rows, const BlockUse<T>& use) {
+  if (isGiven()) return given.compute(rows, use);
   computeBatches(rows, use, nullptr, 0);
 }
 
@@ -78,16 +81,14 @@ template <typename T>
 void KernelBlock<T>::computeAll(T* values, std::uint64_t pitch) {
   std::vector<T*> stored(columns());
   for (std::uint64_t r = 0; r < stored.size(); ++r) stored[r] = values + r * pitch;
+  if (isGiven()) return given.compute(chosen, {stored, {}, {}});
   computeBatches(chosen, {stored, {}, {}}, values, pitch);
 }
 
 template <typename T>
 void KernelBlock<T>::computeDiagonal(T* values) const {
-  const bool isUnit = withKernel(type, []<typename Function>() {
-    static_assert(Function::unitDiagonal || !Function::readsNorms);
-    return Function::unitDiagonal;
-  });
-  if (isUnit) {
+  if (isGiven()) return given.computeDiagonal(values);
+  if (hasUnitDiagonal(type)) {
     std::fill_n(values, columns(), T{1});
     return;
   }
@@ -123,6 +124,7 @@ void KernelBlock<T>::computeBatches(const SampleChoice& rows, const BlockUse<T>&
 
 template <typename T>
 double KernelBlock<T>::nanosecondsPerValue() const {
+  if (isGiven()) return nanosecondsOf(type);
   const double products =
       isDense ? nanosecondsPerProduct * static_cast<double>(denseColumns.length())
               : nanosecondsPerSparseValue / static_cast<double>(groupRows) *

@@ -4,9 +4,9 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <span>
 
+#include "platform/host/block/block_use.h"
+#include "platform/host/block/given_block.h"
 #include "platform/host/block/inverted_samples.h"
 #include "platform/host/block/packed_columns.h"
 #include "platform/host/block/sparse_block.h"
@@ -14,38 +14,19 @@
 
 namespace zelsvm {
 
-// What is made of the values of some rows. Arrays along the columns are aligned to 64 bytes and
-// have room for blockPitch<T>(columns) elements; what is written behind the last column means
-// nothing.
-template <typename T>
-struct BlockUse {
-  // By row: where its values go; null for nowhere. May be left out.
-  std::span<T* const> stored{};
-  // sums[f][c] += sum of weights[r * sums.size() + f] K(row r, column c), in the order of the rows.
-  // May be left out.
-  std::span<const T> weights{};
-  std::span<T* const> sums{};
-  // Takes columns begin … end - 1 once they have been stored and added, on the thread that did it,
-  // whose caches have them; begin is a panel's. Must not throw. May be left out.
-  const std::function<void(std::uint64_t begin, std::uint64_t end)>* then = nullptr;
-};
-
-template <typename T>
-constexpr std::uint64_t blockPitch(std::uint64_t columns) {
-  constexpr std::uint64_t step = 64 / sizeof(T);
-  return (columns + step - 1) / step * step;
-}
-
-// Doubles, or floats where a few digits do. Used by one thread at a time; its loops take threads.
+// Values that are given are handed on; those come with the rows. Doubles, or floats where a few
+// digits do. Used by one thread at a time; its loops take threads.
 template <typename T>
 class KernelBlock {
  public:
   // Columns, which outlive the use of the block. Memory is kept for the next ones. Throws
-  // std::bad_alloc, as the other functions do.
+  // std::bad_alloc, as the other functions do; these throw what a source of given values throws,
+  // too.
   void assign(const SampleChoice& columns, const KernelSettings& kernel);
 
   [[nodiscard]] std::uint64_t columns() const { return chosen.count(); }
-  // Squared norms of the columns, by which equal samples are at distance 0.
+  // Squared norms of the columns, by which equal samples are at distance 0; not where values are
+  // given.
   [[nodiscard]] const T* norms() const {
     return isDense ? denseColumns.norms() : sparseColumns.norms();
   }
@@ -63,12 +44,14 @@ class KernelBlock {
  private:
   void computeBatches(const SampleChoice& rows, const BlockUse<T>& use, T* mirror,
                       std::uint64_t mirrorPitch);
+  [[nodiscard]] bool isGiven() const { return type == SVM_KERNEL_PRECOMPUTED; }
   void computeDense(const SampleChoice& batch, const BlockUse<T>& use, BlockTask<T>& task);
   void computeSparse(const SampleChoice& batch, const BlockUse<T>& use, BlockTask<T>& task);
   void finish(const BlockUse<T>& use, std::uint64_t begin, std::uint64_t end) const;
   bool computeSingle(const SampleChoice& row, const BlockTask<T>& task);
 
   SampleChoice chosen;
+  GivenBlock<T> given;
   SVM_KERNEL type = SVM_KERNEL_LINEAR;
   KernelConstants constants{};
   double functionNanoseconds = 0;

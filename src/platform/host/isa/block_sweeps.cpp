@@ -280,6 +280,32 @@ void addColumn(const T* values, const unsigned* positions, std::uint64_t begin, 
     sums[positions[p]] = fused(factor, values[p], sums[positions[p]]);
 }
 
+template <typename T, unsigned packs>
+HWY_INLINE void addToPacks(const T* const* rows, const T* weights, std::uint64_t count,
+                           std::uint64_t c, T* sums) {
+  constexpr std::uint64_t lanes = Lanes<T>::count;
+  Lanes<T> totals[packs];
+  ZEL_UNROLLED for (unsigned u = 0; u < packs; ++u) totals[u] =
+      Lanes<T>::load(sums + c + u * lanes);
+  for (std::uint64_t r = 0; r < count; ++r) {
+    const Lanes<T> weight = Lanes<T>::all(weights[r]);
+    ZEL_UNROLLED for (unsigned u = 0; u < packs; ++u) totals[u] =
+        fusedMultiplyAdd(weight, Lanes<T>::load(rows[r] + c + u * lanes), totals[u]);
+  }
+  ZEL_UNROLLED for (unsigned u = 0; u < packs; ++u) totals[u].store(sums + c + u * lanes);
+}
+
+template <typename T>
+void addRows(const T* const* rows, const T* weights, std::uint64_t count, std::uint64_t begin,
+             std::uint64_t end, T* sums) {
+  constexpr std::uint64_t lanes = Lanes<T>::count;
+  constexpr unsigned packs = 8;
+  std::uint64_t c = begin;
+  for (; c + packs * lanes <= end; c += packs * lanes)
+    addToPacks<T, packs>(rows, weights, count, c, sums);
+  for (; c < end; c += lanes) addToPacks<T, 1>(rows, weights, count, c, sums);
+}
+
 template <unsigned type, typename T>
 constexpr void addKernels(BlockSweeps<T>& table) {
   using Function = KernelFunction<static_cast<SVM_KERNEL>(type)>;
@@ -291,7 +317,8 @@ constexpr void addKernels(BlockSweeps<T>& table) {
 
 template <typename T>
 constexpr BlockSweeps<T> makeTable() {
-  BlockSweeps<T> table{tileColumns<T>, tallTile, {}, {}, {}, sumSquares<T>, addColumn<T>};
+  BlockSweeps<T> table{tileColumns<T>, tallTile,     {},        {}, {},
+                       sumSquares<T>,  addColumn<T>, addRows<T>};
   addKernels<0>(table);
   return table;
 }

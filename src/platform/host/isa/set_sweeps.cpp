@@ -122,31 +122,10 @@ unsigned findSecond(const SetArrays& arrays, unsigned group, const K* rowI, doub
   return best.index;
 }
 
-template <std::uint64_t packs>
-ZEL_RULE void addToPacks(const double* const* rows, const double* weights, std::uint64_t count,
-                         std::uint64_t c, double* sums) {
-  Pack totals[packs];
-  for (std::uint64_t u = 0; u < packs; ++u) totals[u] = load(sums + c + u * lanes);
-  for (std::uint64_t r = 0; r < count; ++r)
-    for (std::uint64_t u = 0; u < packs; ++u)
-      totals[u] =
-          hn::MulAdd(hn::Set(doubles, weights[r]), load(rows[r] + c + u * lanes), totals[u]);
-  for (std::uint64_t u = 0; u < packs; ++u) hn::Store(totals[u], doubles, sums + c + u * lanes);
-}
-
-void addRows(const double* const* rows, const double* weights, std::uint64_t count,
-             std::uint64_t begin, std::uint64_t end, double* sums) {
-  constexpr std::uint64_t packs = 8;
-  std::uint64_t c = begin;
-  for (; c + packs * lanes <= end; c += packs * lanes)
-    addToPacks<packs>(rows, weights, count, c, sums);
-  for (; c < end; c += lanes) addToPacks<1>(rows, weights, count, c, sums);
-}
-
 }  // namespace
 
 extern const SetSweepTable setSweepTable;
-const SetSweepTable setSweepTable{
-    {findFirst<float>, findSecond<float>}, {findFirst<double>, findSecond<double>}, addRows};
+const SetSweepTable setSweepTable{{findFirst<float>, findSecond<float>},
+                                  {findFirst<double>, findSecond<double>}};
 
 }  // namespace zelsvm::ZEL_ISA

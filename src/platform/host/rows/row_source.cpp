@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/memory.h"
-#include "rules/kernel_functions.h"
+#include "rules/kernel_traits.h"
 
 namespace zelsvm {
 namespace {
@@ -23,10 +23,8 @@ void RowSource::assign(const SolverTask& task) {
   slots.assign(n, rowSlotCount(n, slotPitch * sizeof(double),
                                rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers)));
   memory.resize(slots.count() * slotPitch);
-  const bool isUnit =
-      withKernel(task.kernel.type, []<typename Function>() { return Function::unitDiagonal; });
   diagonalValues = nullptr;
-  if (!isUnit) {
+  if (!hasUnitDiagonal(task.kernel.type)) {
     ownDiagonal.resize(slotPitch);
     block.computeDiagonal(ownDiagonal.data());
     diagonalValues = ownDiagonal.data();

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/memory.h"
-#include "platform/host/sets/set_sweeps.h"
+#include "platform/host/block/block_sweeps.h"
 #include "platform/row_slots.h"
 #include "threads/parallel.h"
 
@@ -91,7 +91,7 @@ void SetRows::addMixed(std::span<const WeightedRow> rows) {
   }
   const std::function<void(std::uint64_t, std::uint64_t)> addAll = [&](std::uint64_t begin,
                                                                        std::uint64_t end) {
-    setSweeps().addRows(values, weights.data(), rows.size(), begin, end, work.data());
+    blockSweeps<double>().addRows(values, weights.data(), rows.size(), begin, end, work.data());
   };
   if (numbers.empty())
     return zel::forEachChunk(samples->rows(), columnGrain,

@@ -42,10 +42,6 @@ struct SetSweeps {
 struct SetSweepTable {
   SetSweeps<float> single;
   SetSweeps<double> full;
-  // sums[c] += sum of weights[r] rows[r][c] for begin <= c < end, row after row, each fused as in a
-  // kernel block. Arrays are aligned to 64 bytes, begin too, and have room up to the next multiple.
-  void (*addRows)(const double* const* rows, const double* weights, std::uint64_t count,
-                  std::uint64_t begin, std::uint64_t end, double* sums);
 };
 
 // The sweeps for this processor. Those within a set do not depend on it by a bit.

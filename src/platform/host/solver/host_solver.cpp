@@ -5,15 +5,11 @@
 
 #include "platform/host/rows/row_source.h"
 #include "platform/host/solver/gradient_sweeps.h"
-#include "rules/kernel_functions.h"
+#include "rules/kernel_traits.h"
 #include "rules/smo_rules.h"
 
 namespace zelsvm {
 namespace {
-
-bool hasUnitDiagonal(SVM_KERNEL kernel) {
-  return withKernel(kernel, []<typename Function>() { return Function::unitDiagonal; });
-}
 
 // A step that v does not show yet, in changes of the multipliers times their signs.
 struct PendingStep {
