@@ -66,20 +66,18 @@ zelsvm::Samples given(const std::vector<Number>& values, std::size_t rows,
 
 // By a function, which must be called on this thread only.
 zelsvm::Samples computed(const std::vector<double>& values, std::size_t rows,
-                         std::vector<double> diagonal = {}) {
+                         std::vector<double> diagonal = {}, std::size_t* calls = nullptr) {
   const std::size_t columns = values.size() / rows;
-  return zelsvm::Samples::kernel({.rows = rows,
-                                  .columns = columns,
-                                  .compute =
-                                      [&values, columns, caller = std::this_thread::get_id()](
-                                          std::size_t row, std::span<double> target) {
-                                        EXPECT_EQ(std::this_thread::get_id(), caller);
-                                        EXPECT_EQ(target.size(), columns);
-                                        std::copy_n(values.begin() +
-                                                        static_cast<std::ptrdiff_t>(row * columns),
-                                                    columns, target.begin());
-                                      },
-                                  .diagonal = std::move(diagonal)});
+  const auto compute = [&values, columns, calls, caller = std::this_thread::get_id()](
+                           std::size_t row, std::span<double> target) {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    EXPECT_EQ(target.size(), columns);
+    if (calls != nullptr) ++*calls;
+    std::copy_n(values.begin() + static_cast<std::ptrdiff_t>(row * columns), columns,
+                target.begin());
+  };
+  return zelsvm::Samples::kernel(
+      {.rows = rows, .columns = columns, .compute = compute, .diagonal = std::move(diagonal)});
 }
 
 // All that a training gives.
@@ -175,12 +173,27 @@ TEST(LibraryPrecomputed, FunctionsOfManySamplesEndAtTheSameOptimum) {
   const auto expected =
       zelsvm::train(zelsvm::Samples::dense(samples.values, samples.cols), samples.labels, exact)
           .predict(zelsvm::Samples::dense(test.values, test.cols));
-  for (const auto& training : {given(values, 1600), computed(values, 1600)}) {
+  std::size_t calls = 0;
+  for (const auto& training :
+       {given(values, 1600), computed(values, 1600, std::vector<double>(1600, 1), &calls)}) {
     const Model model = zelsvm::train(training, samples.labels, parameters);
     const auto found = model.predict(given(testValues, 5));
     for (std::size_t i = 0; i < 5; ++i)
       EXPECT_NEAR(found.decisionValues[i], expected.decisionValues[i], 1e-9);
   }
+  EXPECT_TRUE(calls > 0 && calls <= 1600) << "the cache holds all rows: " << calls;
+}
+
+// Pairs that would be trained side by side.
+TEST(LibraryPrecomputed, FunctionsAreCalledByTheCallingThreadAlone) {
+  const Samples samples = labelled(1500, {1, 2, 3});
+  const auto values = kernelOf<double>(samples, samples, radial);
+  const Parameters parameters{.kernel = Kernel::precomputed};
+  const auto rows = given(values, 1500);
+  EXPECT_EQ(zelsvm::train(computed(values, 1500), samples.labels, parameters)
+                .predict(rows)
+                .decisionValues,
+            zelsvm::train(rows, samples.labels, parameters).predict(rows).decisionValues);
 }
 
 TEST(LibraryPrecomputed, ModelsOutliveTheValuesTheyWereTrainedOn) {
