@@ -150,6 +150,16 @@ struct Predictions {
   std::vector<double> probabilities;  // one per label in Model::labels() order, sample by sample
 };
 
+// How the solve of a pair of labels went, or the one solve of one-class and regression.
+struct Solve {
+  std::uint64_t iterations = 0;
+  bool converged =
+      false;             // within the tolerance; else stopped by maxIterations or for want of gain
+  double gap = 0;        // the largest violation that is left, as in Progress
+  double objective = 0;  // of the dual problem, minimised
+  double seconds = 0;
+};
+
 // A trained model, movable. Once moved away it throws AppException.
 class ZELSVM_API Model {
  public:
@@ -178,6 +188,27 @@ class ZELSVM_API Model {
   // Scale of the Laplace distribution of a regression's residuals, in the targets' units; 0 unless
   // trained with probability.
   [[nodiscard]] double residualScale() const;
+
+  // What was learnt. A decision function is f(x) = sum_v c_v K(s_v, x) + intercept, where s_v and x
+  // are scaled if the model scales. There is one per pair of labels in the order of
+  // Predictions::decisionValues, one in all for one-class and regression.
+  // Support vectors stand class by class in the order of labels().
+  [[nodiscard]] std::vector<std::size_t> supportCounts() const;  // one per label, none: regression
+  // Their rows in the training samples, from 0; empty for a model read from a text file.
+  [[nodiscard]] std::vector<std::size_t> supportIndices() const;
+  // The vectors, owned, as they were given to train(). Of a scaled model read from a text file they
+  // are unscaled, with rounding; then they are dense.
+  [[nodiscard]] Samples supportVectors() const;
+  // c, function by function, a number per support vector: multiplier times sign of the label, 0 for
+  // vectors of other labels; differences of multipliers for regression.
+  [[nodiscard]] std::vector<double> dualCoefficients() const;
+  [[nodiscard]] std::vector<double> intercepts() const;  // one per function
+  // Those in force, gamma as it was computed. Of a model read from a text file only what such a
+  // file tells; the rest are defaults.
+  [[nodiscard]] Parameters parameters() const;
+  // One per function, of the training that made this object; empty for a model that was read and
+  // for one of one label, which needs no solve. Solves of folds and probabilities are not told.
+  [[nodiscard]] std::vector<Solve> solves() const;
 
  private:
   friend struct detail::Access;

@@ -15,7 +15,7 @@ namespace {
 
 using detail::ModelState;
 
-ModelState& required(const std::unique_ptr<ModelState>& state) {
+const ModelState& required(const std::unique_ptr<ModelState>& state) {
   if (!state) throw AppException("The model was moved away.");
   return *state;
 }
@@ -64,8 +64,9 @@ Model::~Model() = default;
 
 Model Model::load(const std::string& path, unsigned indexBase) {
   return detail::callEngine({}, [&] {
-    return Model(
-        std::make_unique<ModelState>(readModel<double>(path, indexBase, false, hostMachine())));
+    LoadedModel<double> loaded = readModel<double>(path, indexBase, false, hostMachine());
+    Parameters known = detail::knownParameters(loaded);
+    return Model(std::make_unique<ModelState>(std::move(loaded), std::move(known)));
   });
 }
 

@@ -68,6 +68,12 @@ zel::Interval rangeOf(const Interval& interval) {
   return range;
 }
 
+zel::IndexList<> indexList(std::span<const unsigned long long> indices) {
+  zel::IndexList<> list(indices.size());
+  std::copy(indices.begin(), indices.end(), list.data());
+  return list;
+}
+
 // The data of a training and all that it needs, in the order that they depend on each other.
 class Task {
  public:
@@ -87,6 +93,20 @@ class Task {
     fillScale(model->scale, *context, *data,
               {rangeOf(parameters.featureScale), rangeOf(parameters.targetScale)});
     scaled = std::make_unique<ScaledData<double>>(*data, model->scale);
+  }
+
+  // The trained model; the task is over.
+  std::unique_ptr<detail::ModelState> finish(const Parameters& parameters) {
+    std::unique_ptr<zelmag::AbstractMatrix<double>> given;
+    if (model->scale.scalesFeatures()) given = matrix->subset(indexList(model->indices()));
+    Parameters inForce = parameters;
+    inForce.gamma = context->kernelSettings(model->featureCount).gamma;
+    auto state = std::make_unique<detail::ModelState>(
+        LoadedModel<double>{
+            .reader = nullptr, .context = std::move(context), .model = std::move(model)},
+        std::move(inForce));
+    state->givenVectors = std::move(given);
+    return state;
   }
 
   std::shared_ptr<const detail::Rows> rows;
@@ -111,8 +131,7 @@ Model train(const Samples& samples, std::span<const double> targets, const Param
     Task task(samples, targets, parameters);
     GenericProcessor<double>(*task.context)
         .train(*task.model, *task.scaled, parameters.probability);
-    return detail::Access::model(std::make_unique<detail::ModelState>(LoadedModel<double>{
-        .reader = nullptr, .context = std::move(task.context), .model = std::move(task.model)}));
+    return detail::Access::model(task.finish(parameters));
   });
 }
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "base/vectors.h"
@@ -59,6 +60,11 @@ class GenericModel {
   void setCoefficients(HostVector<T>&& values) { weights = std::move(values); }
   // Row numbers of the support vectors in the training data.
   void setIndices(zel::IndexList<>&& indices) { vectorIndices = std::move(indices); }
+  // None for a model without them.
+  [[nodiscard]] std::span<const unsigned long long> indices() const {
+    if (!vectorIndices) return {};
+    return {vectorIndices->data(), vectorIndices->size()};
+  }
   void setVectors(std::unique_ptr<zelmag::AbstractMatrix<T>> vectors) { rows = std::move(vectors); }
   // Gathers the support vectors' rows from the training matrix, unless they are there.
   void gatherVectors(const zelmag::AbstractMatrix<T>& trainingMatrix);
