@@ -163,7 +163,8 @@ struct Solve {
 // A trained model, movable. Once moved away it throws AppException.
 class ZELSVM_API Model {
  public:
-  // Reads a model file; indexBase is the number of its first feature, 0 or 1. What the tools warn
+  // Reads a model file of either form; indexBase is the number of the first feature in a text file,
+  // 0 or 1. What the tools warn
   // of, such as text that counts as 0 and lines that are ignored, is passed over in silence.
   static Model load(const std::string& path, unsigned indexBase = 1);
   Model(Model&&) noexcept;
@@ -173,6 +174,13 @@ class ZELSVM_API Model {
   // Writes a model file, which the tools read, too: with six digits a number, but labels and
   // bounds of scaling that need more in full, and without support vectors whose features are all 0.
   void save(const std::string& path, unsigned indexBase = 1) const;
+
+  // The model without the loss of a bit, and back: it predicts the same and tells the same, but for
+  // solves(). Bytes that were cut or changed, or made by a newer version, are refused by
+  // RuntimeException. saveExact() writes them to a file, which load() and zelsvm-predict read.
+  [[nodiscard]] std::string toBytes() const;
+  static Model fromBytes(std::string_view bytes);
+  void saveExact(const std::string& path) const;
 
   // Features that the samples lack are 0, features that the model lacks count in distances only.
   // With probability a classification goes by the likeliest label; throws AppException for a model

@@ -55,24 +55,6 @@ Samples unscaled(const Matrix& matrix, const SvmScale<double>& scale) {
 
 }  // namespace
 
-Parameters detail::knownParameters(const LoadedModel<double>& loaded) {
-  const SvmContext<double>& context = *loaded.context;
-  const GenericModel<double>& model = *loaded.model;
-  const auto interval = [](const zel::Interval& range) {
-    return Interval{range.lower, range.upper};
-  };
-  Parameters known;
-  known.formulation = static_cast<Formulation>(context.svmType);
-  known.kernel = static_cast<Kernel>(context.kernelType);
-  known.gamma = context.kernelSettings(model.vectors().features().count()).gamma;
-  known.coef0 = context.coef0;
-  known.degree = context.degree;
-  known.probability = model.probability;
-  known.featureScale = interval(model.scale.xRange());
-  known.targetScale = interval(model.scale.yRange());
-  return known;
-}
-
 std::vector<std::size_t> Model::supportCounts() const {
   const auto& model = *required(state).model;
   if (!model.hasLabels()) return {};
@@ -88,7 +70,7 @@ std::vector<std::size_t> Model::supportIndices() const {
 Samples Model::supportVectors() const {
   const ModelState& trained = required(state);
   return detail::callEngine({}, [&] {
-    if (trained.givenVectors) return copyOf(*trained.givenVectors);
+    if (trained.model->givenVectors) return copyOf(*trained.model->givenVectors);
     const auto& model = *trained.model;
     return model.scale.scalesFeatures() ? unscaled(model.vectors(), model.scale)
                                         : copyOf(model.vectors());
@@ -115,7 +97,30 @@ std::vector<double> Model::intercepts() const {
   return offsets;
 }
 
-Parameters Model::parameters() const { return required(state).parameters; }
+Parameters Model::parameters() const {
+  const ModelState& trained = required(state);
+  const SvmContext<double>& context = *trained.context;
+  const GenericModel<double>& model = *trained.model;
+  const zel::Interval& features = model.scale.xRange();
+  const zel::Interval& targets = model.scale.yRange();
+  return {.formulation = static_cast<Formulation>(context.svmType),
+          .kernel = static_cast<Kernel>(context.kernelType),
+          .gamma = context.kernelSettings(model.vectors().features().count()).gamma,
+          .coef0 = context.coef0,
+          .degree = context.degree,
+          .cost = context.C,
+          .classWeights = context.weights,
+          .nu = context.nu,
+          .epsilon = context.p,
+          .tolerance = context.eps,
+          .maxIterations = context.limitOfIterations(),
+          .cacheMegabytes = context.cacheSize,
+          .shrinking = context.shrinking,
+          .probability = model.probability,
+          .randomSeed = model.seed,
+          .featureScale = {features.lower, features.upper},
+          .targetScale = {targets.lower, targets.upper}};
+}
 
 std::vector<Solve> Model::solves() const {
   std::vector<Solve> told;

@@ -83,30 +83,26 @@ class Task {
       throw AppException("There must be one label or target for every sample.");
     context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
                                                    ParameterChecks::training, hostMachine());
-    zel::seedRandom(parameters.randomSeed != 0 ? parameters.randomSeed
-                                               : static_cast<unsigned>(std::time(nullptr)));
+    const unsigned seed = parameters.randomSeed != 0 ? parameters.randomSeed
+                                                     : static_cast<unsigned>(std::time(nullptr));
+    zel::seedRandom(seed);
     matrix = detail::matrixOf(*rows);
     // Only looked at: what is trained on is a scaled copy.
     labels = HostVector<double>(targets.size(), const_cast<double*>(targets.data()));
     data = std::make_unique<UserData<double>>(*matrix, labels);
     model = std::make_unique<GenericModel<double>>();
+    model->seed = seed;
     fillScale(model->scale, *context, *data,
               {rangeOf(parameters.featureScale), rangeOf(parameters.targetScale)});
     scaled = std::make_unique<ScaledData<double>>(*data, model->scale);
   }
 
   // The trained model; the task is over.
-  std::unique_ptr<detail::ModelState> finish(const Parameters& parameters) {
-    std::unique_ptr<zelmag::AbstractMatrix<double>> given;
-    if (model->scale.scalesFeatures()) given = matrix->subset(indexList(model->indices()));
-    Parameters inForce = parameters;
-    inForce.gamma = context->kernelSettings(model->featureCount).gamma;
-    auto state = std::make_unique<detail::ModelState>(
-        LoadedModel<double>{
-            .reader = nullptr, .context = std::move(context), .model = std::move(model)},
-        std::move(inForce));
-    state->givenVectors = std::move(given);
-    return state;
+  std::unique_ptr<detail::ModelState> finish() {
+    if (model->scale.scalesFeatures())
+      model->givenVectors = matrix->subset(indexList(model->indices()));
+    return std::make_unique<detail::ModelState>(LoadedModel<double>{
+        .reader = nullptr, .context = std::move(context), .model = std::move(model)});
   }
 
   std::shared_ptr<const detail::Rows> rows;
@@ -131,7 +127,7 @@ Model train(const Samples& samples, std::span<const double> targets, const Param
     Task task(samples, targets, parameters);
     GenericProcessor<double>(*task.context)
         .train(*task.model, *task.scaled, parameters.probability);
-    return detail::Access::model(task.finish(parameters));
+    return detail::Access::model(task.finish());
   });
 }
 

@@ -88,6 +88,10 @@ class GenericModel {
   bool probability = false;               // carries probability parameters
   std::map<LabelPair, Sigmoid> sigmoids;  // by label pair
   std::vector<SolveReport> solves;        // in pair order; none where nothing was solved
+  // The support vectors before they were scaled; null where they are as they were given, or where
+  // nobody knows.
+  std::unique_ptr<zelmag::AbstractMatrix<T>> givenVectors;
+  std::uint32_t seed = 0;  // where the random numbers of the training began
 
  private:
   std::optional<HostVector<T>> labelValues;

@@ -96,7 +96,7 @@ TEST(LibraryModel, WhatWasLearntMakesTheDecisionValues) {
         expectNear(
             decisionsOf(model, scaled(samples, scale), gamma),
             formulation >= Formulation::epsilonRegression ? found.values : found.decisionValues,
-            1e-12);
+            1e-11);
         expectVectors(model, samples);
         const auto labels = model.labels();
         const auto counts = model.supportCounts();
