@@ -224,10 +224,21 @@ struct Predictions {
   std::vector<double> probabilities;  // one per label in Model::labels() order, sample by sample
 };
 
+// How the solve of a pair of labels went, or the one solve of one-class and regression.
+struct Solve {
+  std::uint64_t iterations = 0;
+  bool converged =
+      false;             // within the tolerance; else stopped by maxIterations or for want of gain
+  double gap = 0;        // the largest violation that is left, as in Progress
+  double objective = 0;  // of the dual problem, minimised
+  double seconds = 0;
+};
+
 // A trained model, movable. Once moved away it throws AppException.
 class ZELSVM_API Model {
  public:
-  // Reads a model file; indexBase is the number of its first feature, 0 or 1. What the tools warn
+  // Reads a model file of either form; indexBase is the number of the first feature in a text file,
+  // 0 or 1. What the tools warn
   // of, such as text that counts as 0 and lines that are ignored, is passed over in silence.
   static Model load(const std::string& path, unsigned indexBase = 1);
   Model(Model&&) noexcept;
@@ -238,6 +249,13 @@ class ZELSVM_API Model {
   // bounds of scaling that need more in full, and without support vectors whose features are all 0.
   // Throws AppException for a model of a precomputed kernel, which that form has no room for.
   void save(const std::string& path, unsigned indexBase = 1) const;
+
+  // The model without the loss of a bit, and back: it predicts the same and tells the same, but for
+  // solves(). Bytes that were cut or changed, or made by a newer version, are refused by
+  // RuntimeException. saveExact() writes them to a file, which load() and zelsvm-predict read.
+  [[nodiscard]] std::string toBytes() const;
+  static Model fromBytes(std::string_view bytes);
+  void saveExact(const std::string& path) const;
 
   // Features that the samples lack are 0, features that the model lacks count in distances only.
   // With probability a classification goes by the likeliest label; throws AppException for a model
@@ -254,6 +272,27 @@ class ZELSVM_API Model {
   // Scale of the Laplace distribution of a regression's residuals, in the targets' units; 0 unless
   // trained with probability.
   [[nodiscard]] double residualScale() const;
+
+  // What was learnt. A decision function is f(x) = sum_v c_v K(s_v, x) + intercept, where s_v and x
+  // are scaled if the model scales. There is one per pair of labels in the order of
+  // Predictions::decisionValues, one in all for one-class and regression.
+  // Support vectors stand class by class in the order of labels().
+  [[nodiscard]] std::vector<std::size_t> supportCounts() const;  // one per label, none: regression
+  // Their rows in the training samples, from 0; empty for a model read from a text file.
+  [[nodiscard]] std::vector<std::size_t> supportIndices() const;
+  // The vectors, owned, as they were given to train(). Of a scaled model read from a text file they
+  // are unscaled, with rounding; then they are dense.
+  [[nodiscard]] Samples supportVectors() const;
+  // c, function by function, a number per support vector: multiplier times sign of the label, 0 for
+  // vectors of other labels; differences of multipliers for regression.
+  [[nodiscard]] std::vector<double> dualCoefficients() const;
+  [[nodiscard]] std::vector<double> intercepts() const;  // one per function
+  // Those in force, gamma as it was computed. Of a model read from a text file only what such a
+  // file tells; the rest are defaults.
+  [[nodiscard]] Parameters parameters() const;
+  // One per function, of the training that made this object; empty for a model that was read and
+  // for one of one label, which needs no solve. Solves of folds and probabilities are not told.
+  [[nodiscard]] std::vector<Solve> solves() const;
 
  private:
   friend struct detail::Access;

@@ -27,6 +27,12 @@ class Multiscale {
            range.lower;
   }
 
+  // The way back, up to rounding.
+  static T unscale(T v, const zel::Interval& range, const zel::Interval& bounds) {
+    return (v - range.lower) * (bounds.upper - bounds.lower) / (range.upper - range.lower) +
+           bounds.lower;
+  }
+
   // Columns for which bounds holds no entry stay as they are.
   static T scale(T v, const zel::Interval& range, const zelsvm::HostVector<zel::Interval>& bounds,
                  std::uint64_t column) {

@@ -1,10 +1,12 @@
 #include <utility>
 
+#include "base/files.h"
 #include "data/scaled_data.h"
 #include "library/engine_call.h"
 #include "library/kernel_samples.h"
 #include "library/model_state.h"
 #include "library/rows.h"
+#include "model/model_bytes.h"
 #include "platform/host/host_machine.h"
 #include "prediction/prediction_handlers.h"
 #include "prediction/predictor.h"
@@ -16,7 +18,7 @@ namespace {
 
 using detail::ModelState;
 
-ModelState& required(const std::unique_ptr<ModelState>& state) {
+const ModelState& required(const std::unique_ptr<ModelState>& state) {
   if (!state) throw AppException("The model was moved away.");
   return *state;
 }
@@ -83,6 +85,27 @@ Model Model::load(const std::string& path, unsigned indexBase) {
 void Model::save(const std::string& path, unsigned indexBase) const {
   const ModelState& trained = required(state);
   detail::callEngine({}, [&] { writeModel(path, indexBase, *trained.context, *trained.model); });
+}
+
+std::string Model::toBytes() const {
+  const ModelState& trained = required(state);
+  return detail::callEngine({}, [&] { return modelBytes(*trained.context, *trained.model); });
+}
+
+Model Model::fromBytes(std::string_view bytes) {
+  return detail::callEngine({}, [&] {
+    return Model(std::make_unique<ModelState>(modelFromBytes<double>(bytes, hostMachine())));
+  });
+}
+
+void Model::saveExact(const std::string& path) const {
+  const std::string bytes = toBytes();
+  detail::callEngine({}, [&] {
+    zel::CFile file(zel::FileMode::write);
+    file.open(path);
+    file.write(bytes.data(), bytes.size());
+    file.close();
+  });
 }
 
 Predictions Model::predict(const Samples& samples, bool probability, const Sink& sink) const {

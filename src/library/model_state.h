@@ -15,8 +15,9 @@ struct ModelState : LoadedModel<double> {
   mutable PredictorPool predictors;
 };
 
-inline std::vector<double> toVector(const HostVector<double>& values) {
-  return {values.data(), values.data() + values.size()};
+template <typename Vector>
+auto toVector(const Vector& values) {
+  return std::vector(values.data(), values.data() + values.size());
 }
 
 }  // namespace zelsvm::detail

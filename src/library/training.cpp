@@ -90,6 +90,12 @@ void requireWeights(std::span<const double> weights, std::uint64_t samples) {
 // What becomes of samples that count nothing.
 enum class Weightless { absent, predicted };
 
+zel::IndexList<> indexList(std::span<const unsigned long long> indices) {
+  zel::IndexList<> list(indices.size());
+  std::copy(indices.begin(), indices.end(), list.data());
+  return list;
+}
+
 // The data of a training and all that it needs, in the order that they depend on each other.
 class Task {
  public:
@@ -102,8 +108,9 @@ class Task {
     detail::requireKernelFits(*rows, parameters);
     context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
                                                    ParameterChecks::training, hostMachine());
-    zel::seedRandom(parameters.randomSeed != 0 ? parameters.randomSeed
-                                               : static_cast<unsigned>(std::time(nullptr)));
+    const unsigned seed = parameters.randomSeed != 0 ? parameters.randomSeed
+                                                     : static_cast<unsigned>(std::time(nullptr));
+    zel::seedRandom(seed);
     matrix = rows->kernel ? detail::trainingKernel(*rows) : detail::matrixOf(*rows);
     // Only looked at: what is trained on is a scaled copy.
     labels = HostVector<double>(targets.size(), const_cast<double*>(targets.data()));
@@ -112,11 +119,26 @@ class Task {
     counting = CountingSamples(weights, rows->rows);
     if (counting.count() != rows->rows) chosen.emplace(*data, counting.numbers());
     model = std::make_unique<GenericModel<double>>();
+    model->seed = seed;
     const SvmData<double>& counted = chosen ? static_cast<SvmData<double>&>(*chosen) : *data;
     fillScale(model->scale, *context, counted,
               {rangeOf(parameters.featureScale), rangeOf(parameters.targetScale)});
     scaled = std::make_unique<ScaledData<double>>(
         weightless == Weightless::absent ? counted : *data, model->scale);
+  }
+
+  // The trained model; the task is over.
+  std::unique_ptr<detail::ModelState> finish() {
+    if (chosen) {
+      zel::IndexList<> inAll(model->indices().size());
+      for (std::uint64_t k = 0; k < inAll.size(); ++k)
+        inAll[k] = counting.numbers()[model->indices()[k]];
+      model->setIndices(std::move(inAll));
+    }
+    if (model->scale.scalesFeatures())
+      model->givenVectors = matrix->subset(indexList(model->indices()));
+    return std::make_unique<detail::ModelState>(LoadedModel<double>{
+        .reader = nullptr, .context = std::move(context), .model = std::move(model)});
   }
 
   std::shared_ptr<const detail::Rows> rows;
@@ -149,8 +171,7 @@ Model train(const Samples& samples, std::span<const double> targets, const Param
     GenericProcessor<double>(*task.context)
         .train(*task.model, *task.scaled, parameters.probability);
     if (task.rows->kernel) detail::releaseKernel(*task.model);
-    return detail::Access::model(std::make_unique<detail::ModelState>(LoadedModel<double>{
-        .reader = nullptr, .context = std::move(task.context), .model = std::move(task.model)}));
+    return detail::Access::model(task.finish());
   });
 }
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "base/vectors.h"
@@ -59,6 +60,11 @@ class GenericModel {
   void setCoefficients(HostVector<T>&& values) { weights = std::move(values); }
   // Row numbers of the support vectors in the training data.
   void setIndices(zel::IndexList<>&& indices) { vectorIndices = std::move(indices); }
+  // None for a model without them.
+  [[nodiscard]] std::span<const unsigned long long> indices() const {
+    if (!vectorIndices) return {};
+    return {vectorIndices->data(), vectorIndices->size()};
+  }
   void setVectors(std::unique_ptr<zelmag::AbstractMatrix<T>> vectors) { rows = std::move(vectors); }
   // Gathers the support vectors' rows from the training matrix, unless they are there.
   void gatherVectors(const zelmag::AbstractMatrix<T>& trainingMatrix);
@@ -82,6 +88,10 @@ class GenericModel {
   bool probability = false;               // carries probability parameters
   std::map<LabelPair, Sigmoid> sigmoids;  // by label pair
   std::vector<SolveReport> solves;        // in pair order; none where nothing was solved
+  // The support vectors before they were scaled; null where they are as they were given, or where
+  // nobody knows.
+  std::unique_ptr<zelmag::AbstractMatrix<T>> givenVectors;
+  std::uint32_t seed = 0;  // where the random numbers of the training began
 
  private:
   std::optional<HostVector<T>> labelValues;

@@ -9,6 +9,7 @@
 #include "files/read_data.h"
 #include "files/user_file_writer.h"
 #include "model/finite_model.h"
+#include "model/model_bytes.h"
 
 namespace zelsvm {
 namespace {
@@ -130,6 +131,7 @@ void writeModel(const std::string& path, std::uint64_t indexBase, const SvmConte
 template <typename T>
 LoadedModel<T> readModel(const std::string& path, std::uint64_t indexBase, bool dense,
                          const Machine& machine) {
+  if (holdsModelBytes(path)) return modelFromBytes<T>(wholeFile(path), machine);
   LoadedModel<T> loaded;
   loaded.reader = createReader<T>(path, indexBase, dense);
   UserFileReader<T>& reader = *loaded.reader;

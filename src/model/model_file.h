@@ -26,9 +26,9 @@ struct LoadedModel {
   std::unique_ptr<GenericModel<T>> model;
 };
 
-// Reads a model file, its rows sparse or dense, for use on the machine. Throws AppException for a
-// file that is no model, bad parameters or numbers that are not finite, RuntimeException for broken
-// contents.
+// Reads a model file, its rows sparse or dense, for use on the machine; or a file of modelBytes.
+// Throws AppException for a file that is no model, bad parameters or numbers that are not finite,
+// RuntimeException for broken contents.
 template <typename T>
 LoadedModel<T> readModel(const std::string& path, std::uint64_t indexBase, bool dense,
                          const Machine& machine);

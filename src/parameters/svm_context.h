@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <string>
 
@@ -59,6 +60,11 @@ struct SvmSettings {
 
   // The kernel function for samples of so many features: a gamma of 0 is one over their number.
   [[nodiscard]] KernelSettings kernelSettings(std::uint64_t features) const;
+
+  // As it was asked for: 0 for none.
+  [[nodiscard]] std::uint64_t limitOfIterations() const {
+    return maxIterations == std::numeric_limits<std::uint64_t>::max() ? 0 : maxIterations;
+  }
 
   const SVM_TYPE svmType;
   const SVM_KERNEL kernelType;

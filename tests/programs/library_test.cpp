@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "support/captured_output.h"
+#include "support/programs/library_samples.h"
 #include "support/programs/tool_runs.h"
 #include "support/temp_file.h"
 
@@ -20,9 +21,11 @@ using zelsvm::Kernel;
 using zelsvm::Model;
 using zelsvm::Parameters;
 using zelsvm::Progress;
+using zeltest::dense;
 using zeltest::expectNear;
 using zeltest::numbersIn;
 using zeltest::Samples;
+using zeltest::sparse;
 using zeltest::succeed;
 using zeltest::words;
 using zeltest::Workspace;
@@ -41,16 +44,6 @@ Samples exact(Samples samples) {
 
 Samples threeClasses() { return exact(zeltest::classSamples(90, 4, {2, -1, 5}, 1)); }
 Samples targets() { return exact(zeltest::targetSamples(70, 3, 2)); }
-
-zelsvm::Samples dense(const Samples& samples) {
-  return zelsvm::Samples::dense(samples.values, samples.cols);
-}
-
-zelsvm::Samples sparse(const Samples& samples) {
-  zeltest::CsrArrays csr = zeltest::compressed(samples);
-  return zelsvm::Samples::csr(std::move(csr.values), std::move(csr.columns), std::move(csr.offsets),
-                              samples.cols);
-}
 
 // The numbers of the tool's predictions in its order: a line of labels first, where there is one.
 std::vector<double> inToolOrder(const Model& model, const zelsvm::Predictions& found) {
