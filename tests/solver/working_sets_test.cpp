@@ -164,6 +164,17 @@ TEST(WorkingSetEnds, OnSingularProblems) {
     }
 }
 
+// Features so far from 0 that squared norms in single precision say nothing of distances.
+TEST(WorkingSetEnds, WhereSinglePrecisionIsTooCoarse) {
+  for (const int type : {0, 2, 3}) {
+    const SvmParameters parameters{.svmType = type, .gamma = 0.4, .C = 3};
+    Samples samples = samplesFor(parameters, usualSize);
+    for (double& value : samples.values) value += 1000;
+    SCOPED_TRACE(type);
+    expectOptimal(train(samples, parameters).only(), samples, parameters);
+  }
+}
+
 TEST(WorkingSetEnds, AtAnyCost) {
   for (const int type : {0, 3})
     for (const double cost : {1e-6, 1e6}) {

@@ -1,6 +1,7 @@
 #include "platform/host/sets/set_sweeps.h"
 
 #include "platform/host/isa/extremes.h"
+#include "platform/host/isa/lanes.h"
 #include "rules/smo_rules.h"
 
 namespace zelsvm::ZEL_ISA {
@@ -122,31 +123,33 @@ unsigned findSecond(const SetArrays& arrays, unsigned group, const K* rowI, doub
   return best.index;
 }
 
-template <std::uint64_t packs>
-ZEL_RULE void addToPacks(const double* const* rows, const double* weights, std::uint64_t count,
-                         std::uint64_t c, double* sums) {
-  Pack totals[packs];
-  for (std::uint64_t u = 0; u < packs; ++u) totals[u] = load(sums + c + u * lanes);
+template <std::uint64_t packs, typename K>
+ZEL_RULE void addToPacks(const K* const* rows, const K* weights, std::uint64_t count,
+                         std::uint64_t c, K* sums) {
+  constexpr std::uint64_t width = Lanes<K>::count;
+  Lanes<K> totals[packs];
+  for (std::uint64_t u = 0; u < packs; ++u) totals[u] = Lanes<K>::load(sums + c + u * width);
   for (std::uint64_t r = 0; r < count; ++r)
     for (std::uint64_t u = 0; u < packs; ++u)
-      totals[u] =
-          hn::MulAdd(hn::Set(doubles, weights[r]), load(rows[r] + c + u * lanes), totals[u]);
-  for (std::uint64_t u = 0; u < packs; ++u) hn::Store(totals[u], doubles, sums + c + u * lanes);
+      totals[u] = fusedMultiplyAdd(Lanes<K>::all(weights[r]),
+                                   Lanes<K>::load(rows[r] + c + u * width), totals[u]);
+  for (std::uint64_t u = 0; u < packs; ++u) totals[u].store(sums + c + u * width);
 }
 
-void addRows(const double* const* rows, const double* weights, std::uint64_t count,
-             std::uint64_t begin, std::uint64_t end, double* sums) {
+template <typename K>
+void addRows(const K* const* rows, const K* weights, std::uint64_t count, std::uint64_t begin,
+             std::uint64_t end, K* sums) {
   constexpr std::uint64_t packs = 8;
+  constexpr std::uint64_t together = packs * Lanes<K>::count;
   std::uint64_t c = begin;
-  for (; c + packs * lanes <= end; c += packs * lanes)
-    addToPacks<packs>(rows, weights, count, c, sums);
-  for (; c < end; c += lanes) addToPacks<1>(rows, weights, count, c, sums);
+  for (; c + together <= end; c += together) addToPacks<packs>(rows, weights, count, c, sums);
+  for (; c < end; c += Lanes<K>::count) addToPacks<1>(rows, weights, count, c, sums);
 }
 
 }  // namespace
 
 extern const SetSweepTable setSweepTable;
-const SetSweepTable setSweepTable{
-    {findFirst<float>, findSecond<float>}, {findFirst<double>, findSecond<double>}, addRows};
+const SetSweepTable setSweepTable{{findFirst<float>, findSecond<float>, addRows<float>},
+                                  {findFirst<double>, findSecond<double>, addRows<double>}};
 
 }  // namespace zelsvm::ZEL_ISA

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "rules/smo_records.h"
 
@@ -37,19 +38,28 @@ struct SetSweeps {
   // up.
   unsigned (*findSecond)(const SetArrays& arrays, unsigned group, const K* rowI, double up,
                          double diagonalI);
+  // sums[c] += sum of weights[r] rows[r][c] for begin <= c < end, row after row, each fused as in a
+  // kernel block. Arrays are aligned to 64 bytes and have room up to the next multiple; begin is a
+  // multiple of setLanes or a panel's first column.
+  void (*addRows)(const K* const* rows, const K* weights, std::uint64_t count, std::uint64_t begin,
+                  std::uint64_t end, K* sums);
 };
 
 struct SetSweepTable {
   SetSweeps<float> single;
   SetSweeps<double> full;
-  // sums[c] += sum of weights[r] rows[r][c] for begin <= c < end, row after row, each fused as in a
-  // kernel block. Arrays are aligned to 64 bytes, begin too, and have room up to the next multiple.
-  void (*addRows)(const double* const* rows, const double* weights, std::uint64_t count,
-                  std::uint64_t begin, std::uint64_t end, double* sums);
 };
 
 // The sweeps for this processor. Those within a set do not depend on it by a bit.
-const SetSweepTable& setSweeps();
+const SetSweepTable& setSweepTable();
+
+template <typename K>
+const SetSweeps<K>& setSweeps() {
+  if constexpr (std::is_same_v<K, float>)
+    return setSweepTable().single;
+  else
+    return setSweepTable().full;
+}
 
 #ifdef __x86_64__
 namespace avx512 {
