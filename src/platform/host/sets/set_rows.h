@@ -28,7 +28,7 @@ class SetRows {
 
  private:
   // Rows that may come from the cache are added so many at a time.
-  static constexpr std::size_t mixed = 32;
+  static constexpr std::size_t mixed = groupRows<T>;
 
   void addNew(std::span<const WeightedRow> rows);
   void addMixed(std::span<const WeightedRow> rows);
