@@ -198,6 +198,14 @@ class ClockedSets : public zelsvm::SetMachine {
     const Clock clock(report.setRows);
     inner->addRows(weighted, sums);
   }
+  void addExactly(std::span<const zelsvm::WeightedRow> weighted, std::span<const unsigned> samples,
+                  std::span<double> sums) override {
+    const Clock clock(report.setRows);
+    const auto values = static_cast<double>(weighted.size() * samples.size());
+    report.setRows.flops += values / rows * flopsPerRow;
+    report.setRows.exponentials += values * exponentials;
+    inner->addExactly(weighted, samples, sums);
+  }
   [[nodiscard]] std::uint64_t rowsMade() const override { return inner->rowsMade(); }
   [[nodiscard]] double cacheHitRate() const override { return inner->cacheHitRate(); }
   void chooseSet(std::span<const unsigned> samples, zelsvm::SetPrecision precision) override {

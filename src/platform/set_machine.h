@@ -11,12 +11,15 @@
 
 namespace zelsvm {
 
+enum class SetPrecision { single, full };
+
 // What it points to outlives the solve.
 struct SetTask {
   const zelmag::AbstractMatrix<double>* samples;
   KernelSettings kernel;
-  std::uint64_t cacheMegabytes;  // for kernel rows
-  unsigned cacheSharers = 1;     // solves that share that memory
+  std::uint64_t cacheMegabytes;                 // for kernel rows
+  unsigned cacheSharers = 1;                    // solves that share that memory
+  SetPrecision precision = SetPrecision::full;  // of kernel rows
 };
 
 // A sample's kernel row with a factor; keep: the row will probably be asked for again.
@@ -25,8 +28,6 @@ struct WeightedRow {
   bool keep;
   double weight;
 };
-
-enum class SetPrecision { single, full };
 
 struct SetSteps {
   std::uint64_t count;
@@ -47,8 +48,11 @@ class SetMachine {
   // Releases what the solve needed; memory that the next one can use stays.
   virtual void end() = 0;
 
-  // sums[s] += weight K(row, s) for each row and all samples s, exact doubles throughout.
+  // sums[s] += weight K(row, s) for each row and all samples s, in the task's precision.
   virtual void addRows(std::span<const WeightedRow> rows, std::span<double> sums) = 0;
+  // sums[i] += weight K(row, samples[i]) for each row, exact doubles throughout.
+  virtual void addExactly(std::span<const WeightedRow> rows, std::span<const unsigned> samples,
+                          std::span<double> sums) = 0;
   // Kernel rows computed since begin().
   [[nodiscard]] virtual std::uint64_t rowsMade() const = 0;
   // The part of the rows asked for since then that the cache held; 0 before the first.

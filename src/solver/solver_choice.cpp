@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "rules/kernel_functions.h"
+
 namespace zelsvm {
 
 // One thread, AVX-512, 100 features, milliseconds of whole processes, pairs against sets. 1,500
@@ -22,6 +24,12 @@ std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables) {
   const std::uint64_t most = samples < 50'000 ? 4096 : 8192;
   const std::uint64_t usual = std::clamp<std::uint64_t>(samples / 10, 1024, most);
   return std::min(samples, std::clamp(freeVariables, usual, most));
+}
+
+// Values of at most 1 have errors of 1e-7 or so in single precision, sums over them 1e-4 (cost 1).
+SetPrecision rowPrecision(SVM_KERNEL kernel) {
+  const bool isSmall = withKernel(kernel, []<typename F>() { return F::unitDiagonal; });
+  return isSmall ? SetPrecision::single : SetPrecision::full;
 }
 
 bool startsFromSubset(SVM_TYPE type) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "parameters/svm_context.h"
+#include "platform/set_machine.h"
 
 namespace zelsvm {
 
@@ -13,6 +14,9 @@ bool worksBySets(SVM_TYPE type, std::uint64_t samples);
 
 // Samples of a working set while so many variables are free.
 std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables);
+
+// Of kernel rows, until the sums of the samples that decide are made exact.
+SetPrecision rowPrecision(SVM_KERNEL kernel);
 
 // Whether the solution of a part of the problem is worth its time as a start.
 bool startsFromSubset(SVM_TYPE type);

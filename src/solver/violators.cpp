@@ -48,6 +48,18 @@ void Violators::look(const SetVariables& variables, std::span<const double> sums
 
 double Violators::gap() const { return std::max(states[0].gap(), states[1].gap()); }
 
+void Violators::listNear(const SetVariables& variables, std::span<const double> sums, double margin,
+                         std::vector<unsigned>& samples) const {
+  samples.clear();
+  for (unsigned s = 0; s < variables.samples; ++s) {
+    bool isNear = false;
+    for (unsigned g = 0; g < variables.groups(); ++g)
+      isNear = isNear || variables.rise(s, g).offset - sums[s] > states[g].up - margin ||
+               variables.fall(s, g).offset - sums[s] < states[g].low + margin;
+    if (isNear) samples.push_back(s);
+  }
+}
+
 void Violators::choose(const SetVariables& variables, std::span<const double> sums,
                        double tolerance, std::uint64_t most, std::uint32_t step,
                        std::vector<unsigned>& set) {

@@ -35,6 +35,11 @@ class Violators {
     return states[0].freeCount + states[1].freeCount;
   }
 
+  // Samples with a variable whose violation is less than the margin from its group's extreme, or
+  // beyond it, in ascending order; the extremes as they were looked at last.
+  void listNear(const SetVariables& variables, std::span<const double> sums, double margin,
+                std::vector<unsigned>& samples) const;
+
   // At most so many samples in ascending order: those with variables that rise from above the
   // middle and that fall from below in turns, by chance. The most violating ones would resemble
   // each other. step: how many sets were chosen before.

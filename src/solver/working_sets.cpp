@@ -25,8 +25,9 @@ constexpr unsigned mostDistantSets = 200;
 }  // namespace
 
 SetEnding WorkingSets::solve(const SetVariables& problem,
-                             const zelmag::AbstractMatrix<double>& samples, const Check& check) {
+                             const zelmag::AbstractMatrix<double>& allSamples, const Check& check) {
   variables = problem;
+  samples = &allSamples;
   steps = 0;
   sets = 0;
   precision = SetPrecision::single;
@@ -34,10 +35,9 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
   idleSets = distantSets = 0;
   subspace.clear();
   isDrifted = isChecked = false;
-  machine->begin({.samples = &samples,
-                  .kernel = context->kernelSettings(samples.features().count()),
-                  .cacheMegabytes = context->cacheSize,
-                  .cacheSharers = context->cacheSharers});
+  madeBefore = 0;
+  begin(rowPrecision(context->kernelSettings(samples->features().count()).type));
+  rough.begin(variables.samples, context->eps);
   sums.assign(variables.samples, 0);
   if (startsFromSubset(context->svmType)) placeStart();
   addAllRows();
@@ -64,6 +64,15 @@ void WorkingSets::readGradient(std::span<double> gradient) const {
     const double sum = sums[k % variables.samples];
     gradient[k] = violation(variables.isPositive(k), variables.offset(k) - sum);
   }
+}
+
+void WorkingSets::begin(SetPrecision rowPrecision) {
+  isRough = rowPrecision == SetPrecision::single;
+  machine->begin({.samples = samples,
+                  .kernel = context->kernelSettings(samples->features().count()),
+                  .cacheMegabytes = context->cacheSize,
+                  .cacheSharers = context->cacheSharers,
+                  .precision = rowPrecision});
 }
 
 // Solves a part of the problem and gives each group's sum to the variables that its solution calls
@@ -158,9 +167,19 @@ void WorkingSets::addChanges() {
 void WorkingSets::addRows() {
   const std::span<const WeightedRow> all = rows;
   for (std::size_t first = 0; first < all.size(); first += rowBatch) {
-    machine->addRows(all.subspan(first, std::min(rowBatch, all.size() - first)), sums);
+    const std::span<const WeightedRow> some =
+        all.subspan(first, std::min(rowBatch, all.size() - first));
+    if (isRough && !rough.add(some, sums, *machine)) useFullRows();
+    if (!isRough) machine->addRows(some, sums);
     lookOut();
   }
+}
+
+// From now on; sums of rough rows are made anew before the end.
+void WorkingSets::useFullRows() {
+  madeBefore += machine->rowsMade();
+  begin(SetPrecision::full);
+  isDrifted = isDrifted || rough.isUsed();
 }
 
 // Single precision is too coarse where kernel values are large.
@@ -180,6 +199,14 @@ void WorkingSets::stepInSubspace() {
 
 // Makes drifted sums anew, which may open the gap again; then without further steps that drift.
 bool WorkingSets::isExact() {
+  if (isRough && rough.makeExact(variables, violators, sums, *machine)) {
+    isChecked = true;
+    idleSets = distantSets = 0;
+    lowestObjective = closestGap = std::numeric_limits<double>::infinity();
+    violators.look(variables, sums);
+    return violators.gap() <= context->eps;
+  }
+  if (isRough) useFullRows();
   if (!isDrifted) return true;
   isDrifted = false;
   isChecked = true;
@@ -220,8 +247,9 @@ void WorkingSets::lookOut() const {
                      .tolerance = context->eps,
                      .cacheHitRate = machine->cacheHitRate(),
                      .supportVectors = static_cast<std::uint64_t>(positive),
-                     .kernelValues = static_cast<double>(machine->rowsMade()) *
-                                     static_cast<double>(variables.samples)});
+                     .kernelValues = static_cast<double>(madeBefore + machine->rowsMade()) *
+                                         static_cast<double>(variables.samples) +
+                                     rough.exactValues()});
 }
 
 }  // namespace zelsvm

@@ -11,6 +11,7 @@
 #include "parameters/svm_context.h"
 #include "platform/set_machine.h"
 #include "solver/chosen_set.h"
+#include "solver/rough_sums.h"
 #include "solver/subspace_step.h"
 #include "solver/violators.h"
 
@@ -41,6 +42,7 @@ class WorkingSets {
   void readGradient(std::span<double> gradient) const;
 
  private:
+  void begin(SetPrecision rowPrecision);
   void placeStart();
   void addAllRows();
   void solveSet();
@@ -49,6 +51,7 @@ class WorkingSets {
   void countSteps(std::uint64_t count);
   void addChanges();
   void addRows();
+  void useFullRows();
   void watchPrecision();
   void stepInSubspace();
   [[nodiscard]] bool isExact();
@@ -57,6 +60,7 @@ class WorkingSets {
   void lookOut() const;
 
   const SvmContext<double>* context;
+  const zelmag::AbstractMatrix<double>* samples = nullptr;
   SetMachine* machine;
   SetVariables variables{};
   std::vector<double> sums;  // K (y α)
@@ -66,13 +70,17 @@ class WorkingSets {
   ChosenSet set;
   std::vector<WeightedRow> rows;
 
+  bool isRough = false;  // the sums are
+  RoughSums rough;
+  std::uint64_t madeBefore = 0;  // rows of another precision
+
   SetPrecision precision = SetPrecision::single;
   double innerTolerance = 0;
 
   SubspaceStep subspace;
   std::vector<SubspaceStep::Change> changes;  // of the last set
   std::vector<double> sumsBefore;             // that set
-  bool isDrifted = false;                     // the sums may be, by steps in the subspace
+  bool isDrifted = false;                     // the sums may be, by more than rounding
   bool isChecked = false;                     // they have been made anew
 
   double lowestObjective = 0;

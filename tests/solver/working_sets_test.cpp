@@ -166,6 +166,18 @@ TEST(WorkingSetEnds, OnSingularProblems) {
     }
 }
 
+// Features so far from 0 that squared norms in single precision say little or nothing of distances.
+TEST(WorkingSetEnds, WhereSinglePrecisionIsCoarse) {
+  for (const int type : {0, 1, 2, 3})
+    for (const double distance : {5, 12, 1000}) {
+      const SvmParameters parameters{.svmType = type, .gamma = 0.4, .C = 3};
+      Samples samples = samplesFor(parameters, usualSize);
+      for (double& value : samples.values) value += distance;
+      SCOPED_TRACE(testing::Message() << type << ", " << distance);
+      expectOptimal(train(samples, parameters).only(), samples, parameters);
+    }
+}
+
 TEST(WorkingSetEnds, AtAnyCost) {
   for (const int type : {0, 3})
     for (const double cost : {1e-6, 1e6}) {

@@ -23,7 +23,7 @@ const PortableTable& portableTable() {
                                 avx512::portableFunctions);
 }
 
-const SetSweepTable& setSweeps() {
+const SetSweepTable& setSweepTable() {
   return zel::tableForProcessor(baseline::setSweepTable, avx2::setSweepTable,
                                 avx512::setSweepTable);
 }
@@ -46,7 +46,7 @@ const SigmoidSweeps& sigmoidSweeps() { return baseline::sigmoidSweepTable; }
 
 const PortableTable& portableTable() { return baseline::portableFunctions; }
 
-const SetSweepTable& setSweeps() { return baseline::setSweepTable; }
+const SetSweepTable& setSweepTable() { return baseline::setSweepTable; }
 
 template <>
 const BlockSweeps<double>& blockSweeps() {

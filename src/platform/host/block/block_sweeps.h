@@ -9,7 +9,8 @@
 namespace zelsvm {
 
 // Rows whose values stay in the first-level cache until they have been used.
-inline constexpr std::uint64_t groupRows = 32;
+template <typename T>
+inline constexpr std::uint64_t groupRows = 256 / sizeof(T);
 
 // What is made of the kernel values. Each is a single running sum of fused products over ascending
 // features, so that its bits depend on its row and column alone.
@@ -45,7 +46,7 @@ struct DenseFactors {
 };
 
 // Columns as compressed sparse ones, their features distinct and ascending. places[feature] tells
-// which of the lines holds that feature of the rows, groupRows at most; line 0 holds zeros, for
+// which of the lines holds that feature of the rows, groupRows<T> at most; line 0 holds zeros, for
 // features that no row has.
 template <typename T>
 struct SparseFactors {

@@ -24,10 +24,10 @@ void GivenBlock<T>::compute(const SampleChoice& rows, const BlockUse<T>& use) {
   for (std::uint64_t c = 0; c < columns.size(); ++c)
     columns[c] = source.columnOf(chosen.matrix().rowNumber(chosen[c]));
   const std::uint64_t pitch = blockPitch<T>(columns.size());
-  scratch.resize(groupRows * pitch);
-  for (std::uint64_t first = 0; first < rows.count(); first += groupRows) {
-    const std::uint64_t count = std::min(groupRows, rows.count() - first);
-    T* targets[groupRows];
+  scratch.resize(groupRows<T> * pitch);
+  for (std::uint64_t first = 0; first < rows.count(); first += groupRows<T>) {
+    const std::uint64_t count = std::min(groupRows<T>, rows.count() - first);
+    T* targets[groupRows<T>];
     for (std::uint64_t r = 0; r < count; ++r) {
       T* const stored = use.stored.empty() ? nullptr : use.stored[first + r];
       targets[r] = stored != nullptr ? stored : scratch.data() + r * pitch;
@@ -64,7 +64,7 @@ template <typename T>
 void GivenBlock<T>::add(const T* const* rows, std::uint64_t count, const T* weights,
                         std::span<T* const> sums) const {
   for (std::uint64_t f = 0; f < sums.size(); ++f) {
-    T own[groupRows];
+    T own[groupRows<T>];
     for (std::uint64_t r = 0; r < count; ++r) own[r] = weights[r * sums.size() + f];
     zel::forEachChunk(columns.size(), stretchSums, nanosecondsPerSum * static_cast<double>(count),
                       [&](std::uint64_t begin, std::uint64_t end) {

@@ -9,11 +9,12 @@ namespace {
 constexpr std::uint64_t leastStretch = 2048;
 
 // Stretches of at least as many values as there are features.
+template <typename T>
 std::uint64_t stretchFor(std::uint64_t rows, std::uint64_t features, std::uint64_t values) {
   const std::uint64_t stretches =
       std::max<std::uint64_t>(1, values / std::max<std::uint64_t>(1, features));
   const std::uint64_t even = (rows + stretches - 1) / stretches;
-  return std::max(leastStretch, (even + groupRows - 1) / groupRows * groupRows);
+  return std::max(leastStretch, (even + groupRows<T> - 1) / groupRows<T> * groupRows<T>);
 }
 
 }  // namespace
@@ -25,7 +26,7 @@ void InvertedSamples<T>::assign(const SparseFactors<T>& samples, std::uint64_t c
   cols = featureCount;
   std::uint64_t stored = 0;
   for (std::uint64_t i = 0; i < rows; ++i) stored += samples.ends[i] - samples.begins[i];
-  stretchRows = stretchFor(rows, cols, stored);
+  stretchRows = stretchFor<T>(rows, cols, stored);
   const std::uint64_t cells = (rows + stretchRows - 1) / stretchRows * cols;
   elements.resize(stored);
   positions.resize(stored);

@@ -47,8 +47,9 @@ bool densePays(const SampleChoice& columns, std::uint64_t elementBytes) {
          storesFiniteValues(columns);
 }
 
+template <typename T>
 std::uint64_t rowsTogether(std::uint64_t rowBytes) {
-  return std::clamp<std::uint64_t>(packedBytes / rowBytes / groupRows, 1, 128) * groupRows;
+  return std::clamp<std::uint64_t>(packedBytes / rowBytes / groupRows<T>, 1, 128) * groupRows<T>;
 }
 
 std::uint64_t panelsTogether(double nanosecondsPerPanel) {
@@ -100,7 +101,7 @@ template <typename T>
 void KernelBlock<T>::computeBatches(const SampleChoice& rows, const BlockUse<T>& use, T* mirror,
                                     std::uint64_t mirrorPitch) {
   const std::uint64_t together =
-      isDense ? rowsTogether(rows.matrix().cols() * sizeof(T)) : groupRows;
+      isDense ? rowsTogether<T>(rows.matrix().cols() * sizeof(T)) : groupRows<T>;
   const std::uint64_t functions = use.sums.size();
   for (std::uint64_t first = 0; first < rows.count(); first += together) {
     const std::uint64_t count = std::min(together, rows.count() - first);
@@ -127,7 +128,7 @@ double KernelBlock<T>::nanosecondsPerValue() const {
   if (isGiven()) return nanosecondsOf(type);
   const double products =
       isDense ? nanosecondsPerProduct * static_cast<double>(denseColumns.length())
-              : nanosecondsPerSparseValue / static_cast<double>(groupRows) *
+              : nanosecondsPerSparseValue / static_cast<double>(groupRows<T>) *
                     static_cast<double>(sparseColumns.stored()) / static_cast<double>(columns());
   return products + functionNanoseconds;
 }

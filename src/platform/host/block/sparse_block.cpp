@@ -95,7 +95,7 @@ void SparseRows<T>::assign(const SampleChoice& samples) {
     readEntries(samples.matrix(), samples[r]);
     placeFeatures();
   }
-  elements.resize((placed.size() + 1) * groupRows);
+  elements.resize((placed.size() + 1) * groupRows<T>);
   std::fill_n(elements.data(), elements.size(), T{0});
   for (std::uint64_t r = 0; r < samples.count(); ++r) {
     readEntries(samples.matrix(), samples[r]);
@@ -142,7 +142,7 @@ void SparseRows<T>::addEntries(std::uint64_t r) {
   for (std::uint64_t k = 0; k < entryFeatures.size(); ++k) {
     const auto feature = static_cast<std::uint64_t>(entryFeatures[k]);
     if (feature < placeOf.size())
-      elements.data()[placeOf[feature] * groupRows + r] = entryValues[k];
+      elements.data()[placeOf[feature] * groupRows<T> + r] = entryValues[k];
   }
 }
 

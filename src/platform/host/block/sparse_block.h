@@ -42,8 +42,8 @@ class SparseSamples {
   HostVector<T> squares;
 };
 
-// At most groupRows samples, dense or sparse, laid out densely over the features that one of them
-// has; of a repeated feature the last entry counts.
+// At most groupRows<T> samples, dense or sparse, laid out densely over the features that one of
+// them has; of a repeated feature the last entry counts.
 template <typename T>
 class SparseRows {
  public:
@@ -69,7 +69,7 @@ class SparseRows {
   std::vector<unsigned> placeOf;
   std::vector<int> placed;
   HostVector<T> elements;
-  alignas(64) T squares[groupRows];
+  alignas(64) T squares[groupRows<T>];
   zelmag::AscendingRow<double> ascending;
   // Of one row.
   std::vector<int> entryFeatures;

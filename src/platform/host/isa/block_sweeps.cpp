@@ -14,7 +14,7 @@ constexpr std::uint64_t least(std::uint64_t a, std::uint64_t b) { return a < b ?
 // Values of a group of rows with a panel's columns, row by row.
 template <typename T>
 struct alignas(64) Group {
-  T values[groupRows * tileColumns<T>];
+  T values[groupRows<T> * tileColumns<T>];
   HWY_INLINE T* row(std::uint64_t r) { return values + r * tileColumns<T>; }
 };
 
@@ -75,7 +75,7 @@ HWY_INLINE void multiplySparseColumn(const SparseFactors<T>& factors, std::uint6
   const std::uint64_t end = factors.ends[column];
   for (std::uint64_t p = factors.begins[column]; p < end; ++p) {
     const Lanes<T> value = Lanes<T>::all(static_cast<T>(factors.values[p]));
-    const T* const line = factors.lines + factors.places[factors.features[p]] * groupRows;
+    const T* const line = factors.lines + factors.places[factors.features[p]] * groupRows<T>;
     ZEL_UNROLLED for (std::uint64_t v = 0; v < vectors; ++v) sums[v] =
         fusedMultiplyAdd(value, Lanes<T>::load(line + firstRow + v * lanes), sums[v]);
   }
@@ -205,9 +205,9 @@ void makeDense(const BlockTask<T>& task, const DenseFactors<T>& factors, std::ui
   for (std::uint64_t panel = begin; panel < end; ++panel) {
     const Place<T> place(task, panel);
     const std::uint64_t all = rowsFor(task, panel);
-    for (std::uint64_t first = 0; first < all; first += groupRows) {
+    for (std::uint64_t first = 0; first < all; first += groupRows<T>) {
       // Tiles were cut from all rows.
-      const std::uint64_t rows = least(groupRows, task.rows - first);
+      const std::uint64_t rows = least(groupRows<T>, task.rows - first);
       multiply(factors, panel, first, rows, group);
       useGroup<Function>(task, place, first, rows, group);
     }
@@ -218,17 +218,21 @@ void makeDense(const BlockTask<T>& task, const DenseFactors<T>& factors, std::ui
 template <typename Function, typename T>
 void makeSparse(const BlockTask<T>& task, const SparseFactors<T>& factors, std::uint64_t begin,
                 std::uint64_t end) {
-  // Rows that registers hold sums of.
-  constexpr std::uint64_t most = least(groupRows, 8 * Lanes<T>::count);
-  constexpr std::uint64_t few = most / 4 < Lanes<T>::count ? Lanes<T>::count : most / 4;
+  // Rows that registers hold sums of, and less where there are fewer.
+  constexpr std::uint64_t lanes = Lanes<T>::count;
+  constexpr std::uint64_t most = least(groupRows<T>, 8 * lanes) / lanes;
+  constexpr std::uint64_t half = most / 2;
+  constexpr std::uint64_t few = most / 4;
   Group<T> group;
   for (std::uint64_t panel = begin; panel < end; ++panel) {
     if (rowsFor(task, panel) == 0) continue;
     const Place<T> place(task, panel);
-    if (task.rows <= few)
-      multiplySparse<T, few / Lanes<T>::count>(task, factors, place, group);
+    if (task.rows <= few * lanes)
+      multiplySparse<T, few>(task, factors, place, group);
+    else if (task.rows <= half * lanes)
+      multiplySparse<T, half>(task, factors, place, group);
     else
-      multiplySparse<T, most / Lanes<T>::count>(task, factors, place, group);
+      multiplySparse<T, most>(task, factors, place, group);
     useGroup<Function>(task, place, 0, task.rows, group);
   }
   if (task.streamed) hwy::FlushStream();

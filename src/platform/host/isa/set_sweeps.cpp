@@ -1,6 +1,7 @@
 #include "platform/host/sets/set_sweeps.h"
 
 #include "platform/host/isa/extremes.h"
+#include "platform/host/isa/lanes.h"
 #include "rules/smo_rules.h"
 
 namespace zelsvm::ZEL_ISA {

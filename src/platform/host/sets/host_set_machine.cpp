@@ -1,5 +1,8 @@
 #include "platform/host/sets/host_set_machine.h"
 
+#include <variant>
+
+#include "platform/host/sets/part_sums.h"
 #include "platform/host/sets/set_matrix.h"
 #include "platform/host/sets/set_rows.h"
 #include "platform/host/sets/set_solver.h"
@@ -11,17 +14,26 @@ class HostSetMachine : public SetMachine {
  public:
   void begin(const SetTask& newTask) override {
     task = newTask;
-    rows.assign(task);
+    task.precision == SetPrecision::single ? assign<float>() : assign<double>();
   }
 
   void end() override { task = {}; }
 
   void addRows(std::span<const WeightedRow> weighted, std::span<double> sums) override {
-    rows.add(weighted, sums);
+    std::visit([&](auto& r) { r.add(weighted, sums); }, rows);
   }
 
-  [[nodiscard]] std::uint64_t rowsMade() const override { return rows.made(); }
-  [[nodiscard]] double cacheHitRate() const override { return rows.hitRate(); }
+  void addExactly(std::span<const WeightedRow> weighted, std::span<const unsigned> samples,
+                  std::span<double> sums) override {
+    part.add(task, weighted, samples, sums);
+  }
+
+  [[nodiscard]] std::uint64_t rowsMade() const override {
+    return std::visit([](const auto& r) { return r.made(); }, rows);
+  }
+  [[nodiscard]] double cacheHitRate() const override {
+    return std::visit([](const auto& r) { return r.hitRate(); }, rows);
+  }
 
   void chooseSet(std::span<const unsigned> samples, SetPrecision precision) override {
     matrix.make(task, samples, precision);
@@ -37,8 +49,15 @@ class HostSetMachine : public SetMachine {
   }
 
  private:
+  template <typename T>
+  void assign() {
+    if (!std::holds_alternative<SetRows<T>>(rows)) rows.template emplace<SetRows<T>>();
+    std::get<SetRows<T>>(rows).assign(task);
+  }
+
   SetTask task{};
-  SetRows rows;
+  std::variant<SetRows<float>, SetRows<double>> rows;
+  PartSums part;
   SetMatrix matrix;
   SetSolver solver;
 };

@@ -18,16 +18,17 @@ constexpr double leastKeptNanoseconds = 2.5;
 
 }  // namespace
 
-void SetRows::assign(const SetTask& task) {
+template <typename T>
+void SetRows<T>::assign(const SetTask& task) {
   samples = task.samples;
   const std::uint64_t n = samples->rows();
   pitch = zel::roundedCapacity(n);
-  const std::uint64_t obtainable = zel::obtainableMemory() + cache.capacity() * sizeof(double);
+  const std::uint64_t obtainable = zel::obtainableMemory() + cache.capacity() * sizeof(T);
   block.assign(SampleChoice(*samples), task.kernel);
   const std::uint64_t slots =
       block.nanosecondsPerValue() < leastKeptNanoseconds
           ? 0
-          : rowSlotCount(n, pitch * sizeof(double),
+          : rowSlotCount(n, pitch * sizeof(T),
                          rowCacheBytes(task.cacheMegabytes, obtainable, task.cacheSharers));
   keeper.assign(n, slots);
   cache.resize(slots * pitch);
@@ -38,13 +39,14 @@ void SetRows::assign(const SetTask& task) {
   askedCount = 0;
 }
 
-void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
+template <typename T>
+void SetRows<T>::add(std::span<const WeightedRow> rows, std::span<double> sums) {
   ordered.assign(rows.begin(), rows.end());
   const auto known = std::stable_partition(
       ordered.begin(), ordered.end(), [&](const WeightedRow& row) { return !asked[row.sample]; });
   keeper.beginRound();
   askedCount += rows.size();
-  std::copy(sums.begin(), sums.end(), work.data());
+  std::fill_n(work.data(), sums.size(), T{0});
   addNew({ordered.begin(), known});
   for (std::span<const WeightedRow> rest(known, ordered.end()); !rest.empty();) {
     const std::span<const WeightedRow> some = rest.first(std::min(mixed, rest.size()));
@@ -54,10 +56,12 @@ void SetRows::add(std::span<const WeightedRow> rows, std::span<double> sums) {
     isCached ? addMixed(some) : addNew(some);
     rest = rest.subspan(some.size());
   }
-  std::copy_n(work.data(), sums.size(), sums.begin());
+  std::transform(sums.begin(), sums.end(), work.data(), sums.begin(),
+                 [](double sum, T added) { return sum + static_cast<double>(added); });
 }
 
-void SetRows::addNew(std::span<const WeightedRow> rows) {
+template <typename T>
+void SetRows<T>::addNew(std::span<const WeightedRow> rows) {
   numbers.clear();
   weights.clear();
   targets.clear();
@@ -65,20 +69,21 @@ void SetRows::addNew(std::span<const WeightedRow> rows) {
     asked[row.sample] = true;
     const std::uint32_t place = row.keep ? keeper.grab(row.sample) : RowKeeper::noSlot;
     numbers.push_back(row.sample);
-    weights.push_back(row.weight);
+    weights.push_back(static_cast<T>(row.weight));
     targets.push_back(place == RowKeeper::noSlot ? nullptr : slot(place));
   }
-  double* const sums[] = {work.data()};
+  T* const sums[] = {work.data()};
   make({.stored = targets, .weights = weights, .sums = sums});
 }
 
-void SetRows::addMixed(std::span<const WeightedRow> rows) {
-  const double* values[mixed] = {};
+template <typename T>
+void SetRows<T>::addMixed(std::span<const WeightedRow> rows) {
+  const T* values[mixed] = {};
   numbers.clear();
   weights.clear();
   targets.clear();
   for (std::size_t r = 0; r < rows.size(); ++r) {
-    weights.push_back(rows[r].weight);
+    weights.push_back(static_cast<T>(rows[r].weight));
     std::uint32_t place = keeper.find(rows[r].sample, rows[r].keep);
     if (place != RowKeeper::noSlot) {
       values[r] = slot(place);
@@ -91,7 +96,7 @@ void SetRows::addMixed(std::span<const WeightedRow> rows) {
   }
   const std::function<void(std::uint64_t, std::uint64_t)> addAll = [&](std::uint64_t begin,
                                                                        std::uint64_t end) {
-    blockSweeps<double>().addRows(values, weights.data(), rows.size(), begin, end, work.data());
+    blockSweeps<T>().addRows(values, weights.data(), rows.size(), begin, end, work.data());
   };
   if (numbers.empty())
     return zel::forEachChunk(samples->rows(), columnGrain,
@@ -99,10 +104,14 @@ void SetRows::addMixed(std::span<const WeightedRow> rows) {
   make({.stored = targets, .then = &addAll});
 }
 
-void SetRows::make(const BlockUse<double>& use) {
+template <typename T>
+void SetRows<T>::make(const BlockUse<T>& use) {
   if (numbers.empty()) return;
   block.compute(SampleChoice(*samples, numbers), use);
   madeCount += numbers.size();
 }
+
+template class SetRows<double>;
+template class SetRows<float>;
 
 }  // namespace zelsvm

@@ -1,4 +1,4 @@
-// Sums over kernel rows of all samples, through a cache.
+// Sums over kernel rows of all samples, through a cache, in doubles or, of a few digits, in floats.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,7 @@
 
 namespace zelsvm {
 
+template <typename T>
 class SetRows {
  public:
   // The task's samples must outlive the solve. Throws std::bad_alloc.
@@ -27,26 +28,26 @@ class SetRows {
 
  private:
   // Rows that may come from the cache are added so many at a time.
-  static constexpr std::size_t mixed = 32;
+  static constexpr std::size_t mixed = groupRows<T>;
 
   void addNew(std::span<const WeightedRow> rows);
   void addMixed(std::span<const WeightedRow> rows);
-  void make(const BlockUse<double>& use);
-  [[nodiscard]] double* slot(std::uint64_t number) { return cache.data() + number * pitch; }
+  void make(const BlockUse<T>& use);
+  [[nodiscard]] T* slot(std::uint64_t number) { return cache.data() + number * pitch; }
 
   const zelmag::AbstractMatrix<double>* samples = nullptr;
-  KernelBlock<double> block;
+  KernelBlock<T> block;
   std::uint64_t pitch = 0;
   RowKeeper keeper;
-  HostVector<double> cache;    // of the slots; touched as they are filled
-  HostVector<double> scratch;  // rows that are not kept
-  HostVector<double> work;     // sums, aligned
-  std::vector<bool> asked;     // by sample
+  HostVector<T> cache;      // of the slots; touched as they are filled
+  HostVector<T> scratch;    // rows that are not kept
+  HostVector<T> work;       // sums of what is being added
+  std::vector<bool> asked;  // by sample
   std::vector<WeightedRow> ordered;
   // Rows to be made.
   std::vector<std::uint64_t> numbers;
-  std::vector<double> weights;
-  std::vector<double*> targets;
+  std::vector<T> weights;
+  std::vector<T*> targets;
   std::uint64_t madeCount = 0;
   std::uint64_t askedCount = 0;
 };

@@ -11,9 +11,9 @@ SetSteps SetSolver::solve(const SetMatrix& matrix, const SetVariables& variables
                           std::span<double> sums, double tolerance, std::uint64_t mostSteps) {
   load(matrix, variables, sums);
   const SetSteps steps = matrix.isSingle()
-                             ? run(setSweeps().single, variables, tolerance, mostSteps,
+                             ? run(setSweeps<float>(), variables, tolerance, mostSteps,
                                    [&](unsigned r) { return matrix.singleRow(r); })
-                             : run(setSweeps().full, variables, tolerance, mostSteps,
+                             : run(setSweeps<double>(), variables, tolerance, mostSteps,
                                    [&](unsigned r) { return matrix.fullRow(r); });
   std::copy_n(arrays.sums, sums.size(), sums.begin());
   return steps;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "rules/smo_records.h"
 
@@ -45,7 +46,15 @@ struct SetSweepTable {
 };
 
 // The sweeps for this processor. Those within a set do not depend on it by a bit.
-const SetSweepTable& setSweeps();
+const SetSweepTable& setSweepTable();
+
+template <typename K>
+const SetSweeps<K>& setSweeps() {
+  if constexpr (std::is_same_v<K, float>)
+    return setSweepTable().single;
+  else
+    return setSweepTable().full;
+}
 
 #ifdef __x86_64__
 namespace avx512 {
