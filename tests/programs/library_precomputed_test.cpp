@@ -196,6 +196,28 @@ TEST(LibraryPrecomputed, FunctionsAreCalledByTheCallingThreadAlone) {
             zelsvm::train(rows, samples.labels, parameters).predict(rows).decisionValues);
 }
 
+// Samples that weights remove keep their columns.
+TEST(LibraryPrecomputed, WeightsCountAsForFeatures) {
+  const Samples samples = labelled(150, {4, -2, 7});
+  std::vector<double> weights;
+  for (std::size_t i = 0; i < 150; ++i) weights.push_back(static_cast<double>(i * 7 % 4) / 2);
+  const auto values = kernelOf<double>(samples, samples, product);
+  const auto features = zelsvm::Samples::dense(samples.values, samples.cols);
+  for (const Formulation formulation :
+       {Formulation::cClassification, Formulation::oneClass, Formulation::nuRegression}) {
+    Parameters parameters{.formulation = formulation, .kernel = Kernel::linear, .cost = 0.1};
+    parameters.maxIterations = 20000;
+    const auto expected =
+        zelsvm::train(features, samples.labels, parameters, weights).predict(features);
+    parameters.kernel = Kernel::precomputed;
+    for (const auto& rows : {given(values, 150), computed(values, 150)}) {
+      const auto found = zelsvm::train(rows, samples.labels, parameters, weights).predict(rows);
+      EXPECT_EQ(found.values, expected.values);
+      EXPECT_EQ(found.decisionValues, expected.decisionValues);
+    }
+  }
+}
+
 TEST(LibraryPrecomputed, ModelsOutliveTheValuesTheyWereTrainedOn) {
   const Samples samples = labelled(90, {4, -2, 7});
   const Parameters parameters{.kernel = Kernel::precomputed, .cost = 0.2};

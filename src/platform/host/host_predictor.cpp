@@ -7,10 +7,12 @@
 #include "base/vectors.h"
 #include "platform/host/block/kernel_block.h"
 #include "rules/pair_order.h"
+#include "threads/parallel.h"
 
 namespace zelsvm {
 namespace {
 
+constexpr double nanosecondsPerAdded = 2.5;
 constexpr std::uint64_t minBlockSize = 64;
 // Vectors are packed for each block, which costs as much as their products with some ten samples.
 constexpr std::uint64_t maxBlockSize = 2048;
@@ -28,7 +30,11 @@ constexpr std::uint64_t maxDenseBytes = std::uint64_t{16} << 20;
 class HostPredictor : public PredictorMachine {
  public:
   explicit HostPredictor(const DecisionTask& newTask)
-      : task(newTask), classes(task.classStarts.size() - 1), shares(classes - 1) {}
+      : task(newTask), classes(task.classStarts.size() - 1), shares(classes - 1) {
+    for (std::uint64_t cls = 0; cls < classes; ++cls)
+      for (std::uint64_t j = 0; j < shares.size(); ++j)
+        places.push_back(static_cast<unsigned>(functionOf(cls, j)));
+  }
 
   std::uint64_t blockSize(const zelmag::AbstractMatrix<double>& test) override {
     if (test.rows() <= minBlockSize) return minBlockSize;
@@ -82,23 +88,23 @@ class HostPredictor : public PredictorMachine {
     std::vector<double*> stored(count);
     for (std::uint64_t c = 0; c < count; ++c) stored[c] = kernelValues.data() + c * pitch;
     vectors.compute(samples, {stored, {}, {}});
-    std::vector<double> functions(task.rho.size());
-    for (std::uint64_t c = 0; c < count; ++c) {
-      std::fill(functions.begin(), functions.end(), 0.0);
-      for (std::uint64_t cls = 0; cls < classes; ++cls) addClass(cls, stored[c], functions.data());
-      for (std::uint64_t f = 0; f < functions.size(); ++f)
-        values[f * count + c] = functions[f] - task.rho[f];
-    }
+    const std::uint64_t functions = task.rho.size();
+    sums.resize(count * functions);
+    const double perSample = nanosecondsPerAdded * static_cast<double>(task.coefficients.size());
+    zel::forEachChunk(count, 1, perSample, [&](std::uint64_t c, std::uint64_t /*next*/) {
+      double* const own = sums.data() + c * functions;
+      std::fill_n(own, functions, 0.0);
+      for (std::uint64_t cls = 0; cls < classes; ++cls) addClass(cls, stored[c], own);
+      for (std::uint64_t f = 0; f < functions; ++f) values[f * count + c] = own[f] - task.rho[f];
+    });
   }
 
-  void addClass(std::uint64_t cls, const double* kernel, double* functions) {
-    const std::uint64_t others = classes - 1;
-    std::vector<unsigned> places(others);
-    for (std::uint64_t j = 0; j < others; ++j)
-      places[j] = static_cast<unsigned>(functionOf(cls, j));
+  void addClass(std::uint64_t cls, const double* kernel, double* own) const {
+    const std::uint64_t others = shares.size();
     const auto add = blockSweeps<double>().addColumn;
     for (std::uint64_t v = task.classStarts[cls]; v < task.classStarts[cls + 1]; ++v)
-      add(task.coefficients.data() + v * others, places.data(), 0, others, kernel[v], functions);
+      add(task.coefficients.data() + v * others, places.data() + cls * others, 0, others, kernel[v],
+          own);
   }
 
   DecisionTask task;
@@ -107,8 +113,9 @@ class HostPredictor : public PredictorMachine {
   bool holdsVectors = false;
   HostVector<double> kernelValues;
   KernelBlock<double> block;
-  HostVector<double> sums;      // by function
-  std::vector<double*> shares;  // of a class, by the pair's other class
+  HostVector<double> sums;       // by function, or of few samples by sample
+  std::vector<unsigned> places;  // the functions of each class's coefficients
+  std::vector<double*> shares;   // of a class, by the pair's other class
 };
 
 }  // namespace

@@ -161,16 +161,16 @@ void KernelBlock<T>::computeDense(const SampleChoice& batch, const BlockUse<T>& 
 template <typename T>
 void KernelBlock<T>::computeSparse(const SampleChoice& batch, const BlockUse<T>& use,
                                    BlockTask<T>& task) {
+  const BlockSweeps<T>& sweeps = blockSweeps<T>();
+  const std::uint64_t panels = (columns() + sweeps.panelColumns - 1) / sweeps.panelColumns;
   if (task.rows == 1 && task.functions == 0 && task.mirror == nullptr && task.stored != nullptr &&
       computeSingle(batch, task))
-    return;
+    return finish(use, 0, panels);
   sparseRows.assign(batch);
   task.rowNorms = sparseRows.norms();
   SparseFactors<T> factors = sparseColumns.factors();
   factors.places = sparseRows.places();
   factors.lines = sparseRows.lines();
-  const BlockSweeps<T>& sweeps = blockSweeps<T>();
-  const std::uint64_t panels = (columns() + sweeps.panelColumns - 1) / sweeps.panelColumns;
   const double perPanel =
       static_cast<double>(sparseColumns.stored()) / static_cast<double>(panels) *
           nanosecondsPerSparseValue +

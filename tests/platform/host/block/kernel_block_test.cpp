@@ -256,6 +256,29 @@ double fused(double a, double b, double c) {
   return std::fma(a, b, c);
 }
 
+// A row alone, which sparse samples may meet feature by feature, and several.
+TEST(KernelBlock, HandsColumnsOnOnceTheyAreMade) {
+  const SparseData data;
+  for (const Matrix* const matrix : {data.dense.get(), data.sparse.get()})
+    for (const std::uint64_t rows : {1, 20}) {
+      KernelBlock<double> block;
+      block.assign(SampleChoice(*matrix), kernels[zelsvm::SVM_KERNEL_RADIAL]);
+      const std::uint64_t pitch = zelsvm::blockPitch<double>(block.columns());
+      HostVector<double> memory(rows * pitch);
+      memory.fill(7);
+      std::vector<double*> stored(rows);
+      for (std::uint64_t r = 0; r < rows; ++r) stored[r] = memory.at(r * pitch);
+      std::vector<double> handed(block.columns(), 0);
+      const std::function<void(std::uint64_t, std::uint64_t)> then = [&](std::uint64_t begin,
+                                                                         std::uint64_t end) {
+        for (std::uint64_t c = begin; c < end; ++c) handed[c] += stored.back()[c];
+      };
+      block.compute({*matrix, 3, rows}, {.stored = stored, .then = &then});
+      EXPECT_EQ(handed, std::vector<double>(stored.back(), stored.back() + block.columns()))
+          << matrix->isSparse() << ' ' << rows;
+    }
+}
+
 // One function, several, and so many that tiles of all heights serve them.
 TEST(KernelBlock, AddsRowsToSumsInTheirOrder) {
   const SparseData data;
