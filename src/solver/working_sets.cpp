@@ -25,7 +25,8 @@ constexpr unsigned mostDistantSets = 200;
 }  // namespace
 
 SetEnding WorkingSets::solve(const SetVariables& problem,
-                             const zelmag::AbstractMatrix<double>& samples, const Check& check) {
+                             const zelmag::AbstractMatrix<double>& samples, bool startsNear,
+                             const Check& check) {
   variables = problem;
   steps = 0;
   sets = 0;
@@ -39,7 +40,7 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
                   .cacheMegabytes = context->cacheSize,
                   .cacheSharers = context->cacheSharers});
   sums.assign(variables.samples, 0);
-  if (startsFromSubset(context->svmType)) placeStart();
+  if (!startsNear && startsFromSubset(context->svmType)) placeStart();
   addAllRows();
   for (;;) {
     violators.look(variables, sums);
