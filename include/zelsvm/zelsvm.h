@@ -323,6 +323,15 @@ struct CrossValidation {
                                                        const Parameters& parameters,
                                                        std::size_t folds, const Sink& sink = {});
 
+// Where a training begins: at the dual coefficients of an earlier one, alpha y, of a regression
+// alpha - alpha*, one pair of labels after the other and in each the first samples in order;
+// further samples begin at 0. Any finite numbers do, as they are cut to the bounds and shifted
+// until they satisfy the constraints, and the solution is the same; near ones save iterations. What
+// probabilities need is found as without.
+struct Start {
+  std::span<const double> coefficients = {};  // empty: the usual start
+};
+
 // The same with a weight for every sample: a finite factor, 0 or more, of the bounds of its
 // multipliers. A whole number counts as so many copies, 0 as if the sample were not there; without
 // weights each sample counts 1. Where nu is a share of the samples it is one of the weight, and so
@@ -331,7 +340,7 @@ struct CrossValidation {
 // predicted by one fold after the other and do not count in the scores.
 [[nodiscard]] ZELSVM_API Model train(const Samples& samples, std::span<const double> targets,
                                      const Parameters& parameters, std::span<const double> weights,
-                                     const Sink& sink = {});
+                                     const Sink& sink = {}, const Start& start = {});
 [[nodiscard]] ZELSVM_API CrossValidation
 crossValidate(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
               std::size_t folds, std::span<const double> weights, const Sink& sink = {});

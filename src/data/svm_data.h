@@ -55,6 +55,11 @@ class SvmData {
                                  : std::accumulate(sampleWeights.begin(), sampleWeights.end(), T{});
   }
 
+  // Dual coefficients to begin the training at: one pair of labels after the other, and in each all
+  // samples; empty for the usual start.
+  [[nodiscard]] std::span<const T> start() const { return startCoefficients; }
+  void setStart(std::vector<T> values) { startCoefficients = std::move(values); }
+
  protected:
   // Takes the weights of some samples of another data set behind those that are there.
   void inheritWeights(const SvmData& base, const zel::IndexList<>& rows) {
@@ -66,6 +71,7 @@ class SvmData {
 
  private:
   std::vector<T> sampleWeights;
+  std::vector<T> startCoefficients;
 };
 
 // A data set with a label vector of its own.

@@ -2,8 +2,10 @@
 #include <cmath>
 #include <ctime>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/random.h"
 #include "data/filtered_data.h"
@@ -87,6 +89,32 @@ void requireWeights(std::span<const double> weights, std::uint64_t samples) {
     throw AppException("The weights must add up to a finite number above 0.");
 }
 
+// The start of the counting samples' training, a whole row for each of their label pairs.
+std::vector<double> startOf(const Start& start, const SvmContext<double>& context,
+                            const SvmData<double>& data, const zel::IndexList<>& counting) {
+  const std::span<const double> given = start.coefficients;
+  if (given.empty()) return {};
+  std::uint64_t pairs = 1;
+  if (context.problemKind == ProblemKind::classification) {
+    std::set<double> labels;
+    for (std::uint64_t k = 0; k < counting.size(); ++k)
+      if (std::isfinite(data.label(counting[k]))) labels.insert(data.label(counting[k]));
+    pairs = labels.size() * (labels.size() - 1) / 2;
+  }
+  const std::uint64_t samples = pairs == 0 ? 0 : given.size() / pairs;
+  if (samples * pairs != given.size() || samples > data.sampleCount())
+    throw AppException(
+        "A start must have a coefficient for every pair of labels and each of the "
+        "first samples.");
+  if (!std::all_of(given.begin(), given.end(), [](double c) { return std::isfinite(c); }))
+    throw AppException("The coefficients of a start must be finite numbers.");
+  std::vector<double> whole;
+  for (std::uint64_t pair = 0; pair < pairs; ++pair)
+    for (std::uint64_t k = 0; k < counting.size(); ++k)
+      whole.push_back(counting[k] < samples ? given[pair * samples + counting[k]] : 0);
+  return whole;
+}
+
 // What becomes of samples that count nothing.
 enum class Weightless { absent, predicted };
 
@@ -165,9 +193,10 @@ Model train(const Samples& samples, std::span<const double> targets, const Param
 }
 
 Model train(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
-            std::span<const double> weights, const Sink& sink) {
+            std::span<const double> weights, const Sink& sink, const Start& start) {
   return detail::callEngine(sink, [&] {
     Task task(samples, targets, parameters, weights, Weightless::absent);
+    task.scaled->setStart(startOf(start, *task.context, *task.data, task.counting.numbers()));
     GenericProcessor<double>(*task.context)
         .train(*task.model, *task.scaled, parameters.probability);
     if (task.rows->kernel) detail::releaseKernel(*task.model);

@@ -97,13 +97,14 @@ bool SmoBaseSolver<T>::solveBySets(Progress& progress, SolverProblem<T>& problem
                                .factors = problem.factors};
   WorkingSets sets(*context, *setMachine);
   const SetEnding ending =
-      sets.solve(variables, samples, [this](const GroupState& first, const GroupState& second) {
-        const auto selected = [](const GroupState& state) {
-          return SmoSelection<T>{0, {state.up, state.low}};
-        };
-        if (!std::isfinite(violationOf(selected(first), selected(second))))
-          throw zel::AppException(overflowText);
-      });
+      sets.solve(variables, samples, problem.startsNear,
+                 [this](const GroupState& first, const GroupState& second) {
+                   const auto selected = [](const GroupState& state) {
+                     return SmoSelection<T>{0, {state.up, state.low}};
+                   };
+                   if (!std::isfinite(violationOf(selected(first), selected(second))))
+                     throw zel::AppException(overflowText);
+                 });
   progress.iterations = sets.iterations();
   progress.converged = ending == SetEnding::converged;
   problem.startsAtZero = problem.startsAtZero && progress.iterations == 0;

@@ -47,6 +47,7 @@ struct SolverProblem {
   T Cn;                           // and of the others
   std::vector<T> factors;         // by sample, of its variables' bounds; empty: all are 1
   bool startsAtZero = false;      // no multiplier of the start is above 0
+  bool startsNear = false;        // the start is worth keeping
 };
 
 template <typename T>

@@ -25,7 +25,8 @@ constexpr unsigned mostDistantSets = 200;
 }  // namespace
 
 SetEnding WorkingSets::solve(const SetVariables& problem,
-                             const zelmag::AbstractMatrix<double>& allSamples, const Check& check) {
+                             const zelmag::AbstractMatrix<double>& allSamples, bool startsNear,
+                             const Check& check) {
   variables = problem;
   samples = &allSamples;
   steps = 0;
@@ -39,7 +40,7 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
   begin(rowPrecision(context->kernelSettings(samples->features().count()).type));
   rough.begin(variables.samples, context->eps);
   sums.assign(variables.samples, 0);
-  if (startsFromSubset(context->svmType)) placeStart();
+  if (!startsNear && startsFromSubset(context->svmType)) placeStart();
   addAllRows();
   for (;;) {
     violators.look(variables, sums);

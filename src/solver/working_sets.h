@@ -32,10 +32,11 @@ class WorkingSets {
   WorkingSets(const SvmContext<double>& context, SetMachine& machine)
       : context(&context), machine(&machine) {}
 
-  // From the variables' feasible multipliers to the solution's. Throws what check throws,
-  // zel::Stopped when the thread's sink asks for it, and what the machine throws.
+  // From the variables' feasible multipliers to the solution's; startsNear: the former are worth
+  // keeping. Throws what check throws, zel::Stopped when the thread's sink asks for it, and what
+  // the machine throws.
   SetEnding solve(const SetVariables& problem, const zelmag::AbstractMatrix<double>& samples,
-                  const Check& check);
+                  bool startsNear, const Check& check);
   // Steps of the two-variable method.
   [[nodiscard]] std::uint64_t iterations() const { return steps; }
   // The gradient Qα + p of the last solve's variables.

@@ -113,7 +113,7 @@ SolvedProblem<T> NuSvmClassifier<T>::solveTwoClass(GenericModel<T>& model, SvmDa
     problem.alpha.set(i, a);
     budget -= a;
   }
-  SmoSolution solution = this->solve(data, problem);
+  SmoSolution solution = this->solve(data, problem, Unit::any);
   const T r = solution.r;
   // Without a margin there is nothing to scale by.
   if (r == 0 || !std::isfinite(r)) throw zel::AppException("Failed to optimize the svm.");

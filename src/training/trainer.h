@@ -9,6 +9,7 @@
 #include "parameters/svm_context.h"
 #include "solver/smo_solver.h"
 #include "training/build_handler.h"
+#include "training/continuation.h"
 
 namespace zelsvm {
 
@@ -39,7 +40,9 @@ class AbstractTrainer {
   void runHandlers(GenericModel<T>& model, SvmData<T>& data) {
     for (auto* handler : handlers) handler->build(model, data);
   }
-  SmoSolution solve(const SvmData<T>& data, SolverProblem<T>& problem) {
+  SmoSolution solve(const SvmData<T>& data, SolverProblem<T>& problem,
+                    Unit startUnit = Unit::multipliers) {
+    if (!data.start().empty()) continueFrom(problem, data.start(), startUnit);
     return solver->solve(problem, data.matrix());
   }
 

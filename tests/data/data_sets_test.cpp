@@ -103,7 +103,7 @@ TEST_F(DataSets, PairDataPutsTheFirstLabelFirst) {
   setLabels({7, 3, 3, 7, 3, 3, 3});
   auto first = indexList({1, 2, 4, 5, 6});
   auto second = indexList({0, 3});
-  zelsvm::MulticlassData<double> pair(*data, {3, 7}, first, second);
+  zelsvm::MulticlassData<double> pair(*data, {3, 7}, 0, first, second);
   EXPECT_EQ(pair.sampleCount(), 7u);
   EXPECT_EQ(zeltest::valuesOf(pair.matrix().rowIds()), (Rows{1, 2, 4, 5, 6, 0, 3}));
   EXPECT_EQ(zeltest::rowOf(pair.matrix(), 6), (std::vector<double>{3, 30}));

@@ -101,6 +101,22 @@ Sigmoid fitted(const Problem& problem, const zelsvm::SigmoidFitSettings& setting
       .fit(hostVector(problem.d), problem);
 }
 
+TEST(SigmoidFit, CountsWeightsAsCopies) {
+  Problem weighted = randomProblem(60, 1, 1, 0.4, 8);
+  Problem copied{{}, {}};
+  Values weights;
+  for (std::size_t i = 0; i < 60; ++i) {
+    weights.push_back(static_cast<double>(1 + i % 3));
+    copied.d.insert(copied.d.end(), 1 + i % 3, weighted.d[i]);
+    copied.signs.insert(copied.signs.end(), 1 + i % 3, weighted.signs[i]);
+  }
+  weighted.setWeights(weights);
+  const Sigmoid found = fitted(weighted);
+  const Sigmoid expected = fitted(copied);
+  EXPECT_NEAR(found.A, expected.A, 1e-10);
+  EXPECT_NEAR(found.B, expected.B, 1e-10);
+}
+
 TEST(SigmoidFit, AgreesWithASlowOne) {
   const auto check = [](const Problem& problem, Real reach) {
     const Sigmoid sigmoid = fitted(problem);

@@ -1,5 +1,5 @@
 // Weights of samples: against copies of them, against samples that are absent, and against weights
-// of classes.
+// of classes; and trainings that start from multipliers.
 #include <gtest/gtest.h>
 #include <zelsvm/zelsvm.h>
 
@@ -209,6 +209,30 @@ TEST(SampleWeights, BadOnesAreRefused) {
   for (std::size_t i = 0; i < 20; i += 2) weights[i] = 1;
   expectRefusal("Error: there is no feasible solution for the nu value.", weights,
                 {.formulation = Formulation::nuClassification, .nu = 0.25});
+}
+
+// The starts' own tests have the rest; here labels that do not count and shorter starts.
+TEST(Start, LeadsToTheSameModel) {
+  Samples samples = zeltest::classSamples(90, 3, {1, 2, 3, 4}, 8);
+  for (const double label : samples.labels) samples.weights.push_back(label == 3 ? 0 : 1.5);
+  const Parameters parameters{.cost = 2, .tolerance = 1e-6};
+  const auto trainFrom = [&](const Numbers& start) {
+    return zelsvm::train(dense(samples), samples.labels, parameters, samples.weights, {}, {start});
+  };
+  const Numbers expected = decisions(trainFrom({}), samples);
+  for (const std::size_t length : {90, 40}) {
+    Numbers start;
+    for (std::size_t i = 0; i < 3 * length; ++i)
+      start.push_back(10 * std::sin(static_cast<double>(i)));
+    const Numbers found = decisions(trainFrom(start), samples);
+    EXPECT_NE(found, expected);
+    expectNear(found, expected, 1e-4);
+    start.back() = HUGE_VAL;
+    EXPECT_THROW(trainFrom(start), zelsvm::AppException);
+    start.pop_back();
+    EXPECT_THROW(trainFrom(start), zelsvm::AppException);
+  }
+  EXPECT_THROW(trainFrom(Numbers(3 * 91)), zelsvm::AppException);
 }
 
 }  // namespace

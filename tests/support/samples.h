@@ -19,6 +19,7 @@ struct Samples {
   std::vector<double> values;
   std::vector<double> labels;
   std::vector<double> weights = {};  // empty: all are 1
+  std::vector<double> start = {};    // dual coefficients; empty: the usual start
 
   [[nodiscard]] std::uint64_t rows() const { return labels.size(); }
   [[nodiscard]] const double* row(std::uint64_t i) const { return values.data() + i * cols; }
@@ -147,6 +148,7 @@ class DataSet {
     zelsvm::HostVector<double> labelView(labels.size(), labels.data());
     view = std::make_unique<zelsvm::UserData<double>>(*matrix, labelView);
     view->setWeights(samples.weights);
+    view->setStart(samples.start);
   }
 
   [[nodiscard]] zelsvm::UserData<double>& data() { return *view; }

@@ -47,7 +47,7 @@ MulticlassData<T> MulticlassDefinition<T>::problem(std::uint64_t pair) {
   auto first = classifier.samplesOf(a);
   auto second = classifier.samplesOf(b);
   const LabelPair labels{classifier.labels()[a], classifier.labels()[b]};
-  return MulticlassData<T>(*data, labels, first, second);
+  return MulticlassData<T>(*data, labels, pair, first, second);
 }
 
 template <typename T>

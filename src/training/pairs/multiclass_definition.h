@@ -25,6 +25,7 @@ class MulticlassDefinition {
   // How many samples a pair has.
   [[nodiscard]] std::uint64_t sampleCount(std::uint64_t pair) const;
   [[nodiscard]] const zelmag::AbstractMatrix<T>& matrix() const { return data->matrix(); }
+  [[nodiscard]] bool hasStart() const { return !data->start().empty(); }
   // A pair's problem: a copy of its samples. Threads may call at the same time.
   [[nodiscard]] MulticlassData<T> problem(std::uint64_t pair);
   // Takes a pair's multipliers, those of the first label's samples first, and what else was found.

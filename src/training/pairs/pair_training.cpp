@@ -138,8 +138,8 @@ unsigned PairTraining<T>::membersWorthwhile() const {
     load.largest = std::max(load.largest, samples);
     load.kernelValues += static_cast<double>(samples) * static_cast<double>(samples);
   }
-  // Those of C-classifications begin at zero.
-  load.sumsStartGradient = context->svmType == SVM_TYPE_NU_CLASSIFICATION;
+  // Those of C-classifications begin at zero unless they continue others.
+  load.sumsStartGradient = context->svmType == SVM_TYPE_NU_CLASSIFICATION || pairs->hasStart();
   return context->machine.solversAtOnce(pairs->matrix(),
                                         context->kernelSettings(pairs->matrix().features().count()),
                                         context->cacheSize, load);
