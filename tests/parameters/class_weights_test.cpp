@@ -91,9 +91,9 @@ TEST(ClassWeights, MultiplyTheBoundsOfTheirClass) {
 
   parameters.weights = {{3, 4}, {8, 4}};
   EXPECT_NE(train(samples, parameters).text.find("nu = "), std::string::npos);
-  parameters.svmType = zelsvm::SVM_TYPE_NU_CLASSIFICATION;  // only C-classification looks at them
+  parameters.svmType = zelsvm::SVM_TYPE_NU_CLASSIFICATION;
   parameters.nu = 0.3;
-  EXPECT_EQ(train(samples, parameters).only().Cp, 0.5);
+  EXPECT_EQ(train(samples, parameters).only().Cp, 2);
 }
 
 }  // namespace
