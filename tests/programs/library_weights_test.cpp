@@ -18,6 +18,8 @@ using zelsvm::Model;
 using zelsvm::Parameters;
 using zeltest::expectNear;
 using zeltest::Samples;
+using zeltest::succeed;
+using zeltest::words;
 using zeltest::Workspace;
 using Numbers = std::vector<double>;
 
@@ -183,6 +185,17 @@ TEST(ClassWeights, AreWeightsOfTheirSamples) {
     EXPECT_NE(found, plain);
     expectNear(found, expected, 2e-3);
   }
+}
+
+TEST(ClassWeights, OfTheToolsAreOfCClassificationAlone) {
+  const Workspace workspace;
+  workspace.write("data", fileText(zeltest::classSamples(60, 4, {1, 2}, 6)));
+  const auto modelOf = [&](const std::string& options) {
+    succeed(workspace, words("zelsvm-train " + options + "data model"));
+    return workspace.read("model");
+  };
+  EXPECT_EQ(modelOf("-s 1 -n 0.4 -w 1:1.5 "), modelOf("-s 1 -n 0.4 "));
+  EXPECT_NE(modelOf("-w 1:1.5 "), modelOf(""));
 }
 
 TEST(SampleWeights, BadOnesAreRefused) {
