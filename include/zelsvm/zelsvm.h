@@ -282,6 +282,7 @@ class ZELSVM_API Model {
   [[nodiscard]] std::vector<std::size_t> supportIndices() const;
   // The vectors, owned, as they were given to train(). Of a scaled model read from a text file they
   // are unscaled, with rounding; then they are dense.
+  // Throws AppException for a precomputed kernel, whose vectors have indices only.
   [[nodiscard]] Samples supportVectors() const;
   // c, function by function, a number per support vector: multiplier times sign of the label, 0 for
   // vectors of other labels; differences of multipliers for regression.

@@ -20,6 +20,12 @@ KernelMatrix::KernelMatrix(std::shared_ptr<const KernelValues> values,
   norms.fill(0);
 }
 
+KernelMatrix::KernelMatrix(const zel::IndexList<>& numbers, std::uint64_t trainingSamples)
+    : AbstractMatrix<double>(trainingSamples, numbers.size()) {
+  norms.fill(0);
+  setRowIds(numbers);
+}
+
 KernelMatrix::KernelMatrix(const KernelMatrix& source, const zel::IndexList<>& selection)
     : AbstractMatrix<double>(source.features(), selection.size()), given(source.given) {
   inheritRows(source, selection);
@@ -54,11 +60,6 @@ void KernelMatrix::exportScaled(double* /*values*/, int* /*columnIndices*/, int*
                                 const zel::Interval& /*range*/,
                                 const HostVector<zel::Interval>& /*bounds*/) const {
   refuse();
-}
-
-std::unique_ptr<AbstractMatrix<double>> numberedSamples(const zel::IndexList<>& numbers,
-                                                        std::uint64_t trainingSamples) {
-  return KernelMatrix(nullptr, trainingSamples, trainingSamples).subset(numbers);
 }
 
 }  // namespace zelmag

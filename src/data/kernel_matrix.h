@@ -14,9 +14,11 @@ namespace zelmag {
 // AppException.
 class KernelMatrix : public AbstractMatrix<double> {
  public:
-  // Without kernel values its rows are no more than their numbers.
   KernelMatrix(std::shared_ptr<const KernelValues> values, std::uint64_t trainingSamples,
                std::uint64_t rows);
+  // Training samples by their numbers alone: the support vectors of a model that outlives its
+  // training's kernel values.
+  KernelMatrix(const zel::IndexList<>& numbers, std::uint64_t trainingSamples);
 
   [[nodiscard]] const KernelValues* kernelValues() const override { return given.get(); }
   [[nodiscard]] const double* values() const override { return nullptr; }
@@ -40,10 +42,5 @@ class KernelMatrix : public AbstractMatrix<double> {
 
   std::shared_ptr<const KernelValues> given;
 };
-
-// Training samples by their numbers alone: the support vectors of a model that outlives its
-// training's kernel values.
-std::unique_ptr<AbstractMatrix<double>> numberedSamples(const zel::IndexList<>& numbers,
-                                                        std::uint64_t trainingSamples);
 
 }  // namespace zelmag

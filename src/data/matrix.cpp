@@ -40,6 +40,12 @@ void AbstractMatrix<T>::inheritRows(const AbstractMatrix& source,
 }
 
 template <typename T>
+void AbstractMatrix<T>::setRowIds(const zel::IndexList<>& numbers) {
+  ids.resize(numbers.size());
+  ids.copyFrom(numbers, 0, 0, numbers.size());
+}
+
+template <typename T>
 std::unique_ptr<AbstractMatrix<T>> movedTo(const FeatureNumbers& features,
                                            const AbstractMatrix<T>& matrix, Unlisted unlisted) {
   if (features.agreesWith(matrix.features())) return nullptr;

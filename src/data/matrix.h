@@ -73,6 +73,8 @@ class AbstractMatrix {
   AbstractMatrix(FeatureNumbers features, std::uint64_t rows);
   // Takes over the row ids and norms of the selected rows of source.
   void inheritRows(const AbstractMatrix& source, const zel::IndexList<>& selection);
+  // Of a subset whose full data set is nowhere.
+  void setRowIds(const zel::IndexList<>& numbers);
 
   zelsvm::HostVector<T> norms;
 

@@ -125,7 +125,8 @@ std::unique_ptr<zelmag::AbstractMatrix<double>> testKernel(const Rows& rows,
 }
 
 void releaseKernel(GenericModel<double>& model) {
-  model.setVectors(zelmag::numberedSamples(model.vectors().rowIds(), model.featureCount));
+  model.setVectors(
+      std::make_unique<zelmag::KernelMatrix>(model.vectors().rowIds(), model.featureCount));
 }
 
 }  // namespace zelsvm::detail

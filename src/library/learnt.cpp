@@ -70,6 +70,8 @@ std::vector<std::size_t> Model::supportIndices() const {
 Samples Model::supportVectors() const {
   const ModelState& trained = required(state);
   return detail::callEngine({}, [&] {
+    if (trained.context->kernelType == SVM_KERNEL_PRECOMPUTED)
+      throw AppException("Support vectors of a precomputed kernel have indices and no features.");
     if (trained.model->givenVectors) return copyOf(*trained.model->givenVectors);
     const auto& model = *trained.model;
     return model.scale.scalesFeatures() ? unscaled(model.vectors(), model.scale)
@@ -104,7 +106,9 @@ Parameters Model::parameters() const {
   const zel::Interval& features = model.scale.xRange();
   const zel::Interval& targets = model.scale.yRange();
   return {.formulation = static_cast<Formulation>(context.svmType),
-          .kernel = static_cast<Kernel>(context.kernelType),
+          .kernel = context.kernelType == SVM_KERNEL_PRECOMPUTED
+                        ? Kernel::precomputed
+                        : static_cast<Kernel>(context.kernelType),
           .gamma = context.kernelSettings(model.vectors().features().count()).gamma,
           .coef0 = context.coef0,
           .degree = context.degree,

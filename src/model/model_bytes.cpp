@@ -9,6 +9,7 @@
 
 #include "base/memory.h"
 #include "data/dense_matrix.h"
+#include "data/kernel_matrix.h"
 #include "data/sparse_matrix.h"
 #include "model/byte_seal.h"
 #include "model/byte_stream.h"
@@ -45,7 +46,9 @@ SvmParameters readSettings(ByteReader& from) {
   SvmParameters settings;
   const auto svmType = from.whole<std::uint32_t>();
   const auto kernelType = from.whole<std::uint32_t>();
-  ByteReader::require(svmType < SVM_TYPE_UNSUPPORTED && kernelType < SVM_KERNEL_UNSUPPORTED);
+  settings.precomputed = kernelType == SVM_KERNEL_PRECOMPUTED;
+  ByteReader::require(svmType < SVM_TYPE_UNSUPPORTED &&
+                      (settings.precomputed || kernelType < SVM_KERNEL_UNSUPPORTED));
   settings.svmType = static_cast<int>(svmType);
   settings.kernelType = static_cast<int>(kernelType);
   for (double* const value : {&settings.degree, &settings.gamma, &settings.coef0, &settings.C,
@@ -120,6 +123,16 @@ std::unique_ptr<AbstractMatrix<T>> readMatrix(ByteReader& from) {
   const std::uint64_t rows = offsets.size() - 1;
   return std::make_unique<zelmag::SparseMatrix<T>>(std::move(values), std::move(columns),
                                                    std::move(offsets), features, rows);
+}
+
+// Support vectors of a precomputed kernel are numbers of training samples.
+template <typename T>
+std::unique_ptr<AbstractMatrix<T>> readNumbers(ByteReader& from, std::uint64_t trainingSamples) {
+  const auto numbers = from.list<zel::IndexList<>>();
+  ByteReader::require(numbers.size() > 0 &&
+                      std::all_of(numbers.data(), numbers.data() + numbers.size(),
+                                  [&](auto number) { return number < trainingSamples; }));
+  return std::make_unique<zelmag::KernelMatrix>(numbers, trainingSamples);
 }
 
 template <typename T>
@@ -210,7 +223,10 @@ std::string modelBytes(const SvmContext<T>& context, const GenericModel<T>& mode
   to.number(model.sigma);
   to.flag(model.probability);
   writeScale(to, model.scale);
-  writeMatrix(to, model.vectors());
+  if (context.kernelType == SVM_KERNEL_PRECOMPUTED)
+    to.list(spanOf(model.vectors().rowIds()));
+  else
+    writeMatrix(to, model.vectors());
   to.flag(model.givenVectors != nullptr);
   if (model.givenVectors) writeMatrix(to, *model.givenVectors);
   to.list(model.indices());
@@ -233,7 +249,9 @@ LoadedModel<T> modelFromBytes(std::string_view bytes, const Machine& machine) {
   model.sigma = from.number();
   model.probability = from.flag();
   readScale(from, model.scale);
-  model.setVectors(readMatrix<T>(from));
+  model.setVectors(loaded.context->kernelType == SVM_KERNEL_PRECOMPUTED
+                       ? readNumbers<T>(from, model.featureCount)
+                       : readMatrix<T>(from));
   if (from.flag()) {
     model.givenVectors = readMatrix<T>(from);
     ByteReader::require(model.givenVectors->rows() == model.vectors().rows());

@@ -230,6 +230,12 @@ TEST(LibraryPrecomputed, ModelsOutliveTheValuesTheyWereTrainedOn) {
   EXPECT_EQ(model.featureCount(), 90u);
   EXPECT_EQ(model.predict(given(testValues, 3)).decisionValues,
             other.predict(given(testValues, 3)).decisionValues);
+  const Model copy = Model::fromBytes(model.toBytes());
+  EXPECT_EQ(copy.predict(given(testValues, 3)).decisionValues,
+            model.predict(given(testValues, 3)).decisionValues);
+  EXPECT_EQ(copy.supportIndices(), model.supportIndices());
+  EXPECT_TRUE(copy.parameters().kernel == Kernel::precomputed);
+  EXPECT_THROW(static_cast<void>(copy.supportVectors()), zelsvm::AppException);
 }
 
 // The support vectors' numbers, class by class: rows of the identity show their coefficients.

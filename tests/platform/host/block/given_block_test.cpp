@@ -38,10 +38,10 @@ void expectGathered() {
   for (std::uint64_t i = 0; i < samples; ++i) columnOf[i] = samples - 1 - i;
   const auto tested = std::make_shared<zelmag::KernelTable<float>>(strided, std::move(columnOf));
   const zelmag::KernelMatrix test(tested, samples, 70);
-  const auto columns = zelmag::KernelMatrix(nullptr, samples, samples).subset(odd);
+  const zelmag::KernelMatrix columns(odd, samples);
 
   KernelBlock<T> block;
-  block.assign(SampleChoice(*columns), given);
+  block.assign(SampleChoice(columns), given);
   const std::uint64_t pitch = blockPitch<T>(odd.size());
   HostVector<T> memory(73 * pitch);
   memory.fill(0);
