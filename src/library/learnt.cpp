@@ -105,7 +105,7 @@ Parameters Model::parameters() const {
   const zel::Interval& targets = model.scale.yRange();
   return {.formulation = static_cast<Formulation>(context.svmType),
           .kernel = static_cast<Kernel>(context.kernelType),
-          .gamma = context.kernelSettings(model.vectors().features().count()).gamma,
+          .gamma = context.kernelSettings(model.featureCount).gamma,
           .coef0 = context.coef0,
           .degree = context.degree,
           .cost = context.C,

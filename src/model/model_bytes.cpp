@@ -37,6 +37,7 @@ void writeSettings(ByteWriter& to, const SvmContext<T>& context) {
   for (const auto& [label, weight] : context.weights) to.interval({label, weight});
   to.whole(context.limitOfIterations());
   to.whole(context.cacheSize);
+  to.flag(context.zeroGamma);
   to.flag(context.sparse);
   to.flag(context.shrinking);
 }
@@ -57,6 +58,7 @@ SvmParameters readSettings(ByteReader& from) {
   }
   settings.maxIterations = from.whole<std::uint64_t>();
   settings.cacheSize = from.whole<std::uint64_t>();
+  settings.zeroGamma = from.flag();
   settings.sparse = from.flag();
   settings.shrinking = from.flag();
   return settings;

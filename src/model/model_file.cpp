@@ -10,6 +10,7 @@
 #include "files/user_file_writer.h"
 #include "model/finite_model.h"
 #include "model/model_bytes.h"
+#include "rules/kernel_functions.h"
 
 namespace zelsvm {
 namespace {
@@ -118,6 +119,10 @@ void fillClasses(GenericModel<T>& model, const ModelHeader& header, ProblemKind 
 template <typename T>
 void writeModel(const std::string& path, std::uint64_t indexBase, const SvmContext<T>& context,
                 const GenericModel<T>& model) {
+  const bool takesGamma =
+      withKernel(context.kernelType, []<typename Function>() { return Function::takesGamma; });
+  if (takesGamma && context.gamma == 0 && context.zeroGamma)
+    throw zel::AppException("A model file has no room for a gamma of 0.");
   const ModelHeader header = describe(context, model);
   requireFinite(header, model);
   UserFileWriter<T> writer(path, indexBase);
