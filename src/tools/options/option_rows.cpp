@@ -179,10 +179,9 @@ the targets.
 )",
            R"(The solver stops when the optimality conditions are violated by less (default 0.001).
 )"},
-    Option{
-        'L', "max-iterations", training, &Opt::maxIterations, "iterations", "", run,
-        "limit of iterations", "",
-        R"(Stops the solver after so many iterations (default 0, no limit).
+    Option{'L', "max-iterations", training, &Opt::maxIterations, "iterations", "", run,
+           "limit of iterations", "",
+           R"(Stops the solver after so many iterations (default 0, no limit).
 )"},
     Option{'m', "cache", training, &Opt::cacheSize, "cache", "", run,
            "memory for kernel rows in MB",
