@@ -1,13 +1,22 @@
 // Learns from random points which part of the plane lies inside a circle, and says how sure it is.
 #include <zelsvm/zelsvm.h>
 
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <random>
 #include <string_view>
 #include <vector>
 
+namespace {
+
+std::atomic<bool> interrupted = false;
+
+}  // namespace
+
 int main() try {
+  std::signal(SIGINT, [](int) { interrupted = true; });
   std::mt19937 generator(1);
   const auto coordinate = [&] { return static_cast<double>(generator() % 2001) / 1000 - 1; };
   std::vector<double> points;  // x and y of one point after the other
@@ -24,12 +33,18 @@ int main() try {
   const auto validation = zelsvm::crossValidate(samples, sides, parameters, 5);
   std::printf("cross-validation: %.0f %% right\n", validation.overall.accuracy);
 
-  // What zelsvm-train would print goes where the program wants it.
+  // What zelsvm-train would print goes where the program wants it, and Ctrl-C ends the training.
   const zelsvm::Sink log{
-      .message = [](std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); }};
-  zelsvm::train(samples, sides, parameters, log).save("ring.model");
+      .message = [](std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); },
+      .threads = 2,
+      .cancelled = &interrupted};
+  const auto trained = zelsvm::train(samples, sides, parameters, log);
+  trained.save("ring.model");
+  for (const zelsvm::Solve& solve : trained.solves())
+    if (!solve.converged) std::fprintf(stderr, "stopped at a gap of %g\n", solve.gap);
 
-  const auto model = zelsvm::Model::load("ring.model");
+  // As bytes a model keeps every digit; the text file keeps six of each number.
+  const auto model = zelsvm::Model::fromBytes(trained.toBytes());
   const std::vector<double> places{0, 0, 0.6, 0, 0.9, 0};
   const auto found = model.predict(zelsvm::Samples::dense(places, 2), true);
   for (std::size_t i = 0; i < found.values.size(); ++i)

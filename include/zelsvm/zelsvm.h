@@ -7,10 +7,12 @@
 //
 // All functions may be called from any thread and at the same time. Several threads may use one
 // object at once: a model predicts for all of them side by side. Only moving, assigning and
-// destroying an object take place alone. For many calls at once OMP_NUM_THREADS=1 is best.
+// destroying an object take place alone. For many calls at once one thread each is best
+// (Sink::threads).
 // Borrowed memory must stay as it is while something looks at it.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -99,6 +101,13 @@ struct KernelRows {
   std::vector<double> diagonal = {};
 };
 
+// A call ended as Sink::cancelled wished.
+class ZELSVM_API Cancelled : public std::runtime_error {
+ public:
+  Cancelled();
+  ~Cancelled() override;
+};
+
 // Rows of features, dense or sparse; copies share the same memory. Vectors that are given away
 // (std::move) are owned, anything else is borrowed. Features must be finite to be trained on.
 class ZELSVM_API Samples {
@@ -170,26 +179,46 @@ struct Interval {
   double upper = 0;
 };
 
-// What to train and how, with the tools' defaults. All numbers must be finite.
+// A number, or a rule that makes it of the samples that are trained on: one over the number of
+// features, or over that times the variance of all their values, those that are not stored counted
+// as 0, after scaling and by the samples' weights (a variance of 0 counts as 1).
+struct Gamma {
+  enum Rule { number, oneOverFeatures, oneOverFeaturesTimesVariance };
+
+  constexpr Gamma(double value) : rule(number), value(value) {}
+  constexpr Gamma(Rule rule) : rule(rule) {}
+
+  Rule rule;
+  double value = 0;
+};
+
+// What to train and how, with the tools' defaults. All numbers must be finite and in their ranges,
+// whether the formulation and the kernel use them or not; else AppException names the member before
+// anything is done.
 struct Parameters {
   Formulation formulation = Formulation::cClassification;
   Kernel kernel = Kernel::radial;
-  double gamma = 0;  // 0: one over the number of features
-  double coef0 = 0;
-  double degree = 3;
-  double cost = 1;                             // C of C-classification and the regressions
-  std::map<double, double> classWeights = {};  // factors by label: of cost, of weights with nu
-  double nu = 0.5;                             // of the nu formulations and one-class
-  double epsilon = 0.1;                        // of epsilon regression
-  double tolerance = 0.001;                    // where the solver stops
-  std::uint64_t maxIterations = 0;             // 0: no limit
-  std::uint64_t cacheMegabytes = 100;          // for kernel rows, below 4096
+  Gamma gamma = Gamma::oneOverFeatures;  // at least 0
+  double coef0 = 0;                      // any
+  double degree = 3;                     // at least 0
+  double cost = 1;                       // above 0: C of C-classification and regressions
+  std::map<double, double> classWeights =
+      {};                              // above 0: factors by label of cost, with nu of weights
+  double nu = 0.5;                     // above 0, at most 1: of the nu formulations and one-class
+  double epsilon = 0.1;                // at least 0: of epsilon regression
+  double tolerance = 0.001;            // above 0: the gap at which a solve ends
+  std::uint64_t maxIterations = 0;     // of each solve, exactly; 0: no limit
+  std::uint64_t cacheMegabytes = 100;  // for kernel rows
   bool shrinking = true;
-  bool probability = false;    // train what predict() needs for probabilities
-  unsigned randomSeed = 0;     // of folds, also those of probability; 0: from the clock
-  Interval featureScale = {};  // the model scales features from their training range to this one
-  Interval targetScale = {};   // the same for the targets of a regression
+  bool probability = false;  // train what predict() needs for probabilities; not for one-class
+  unsigned randomSeed = 0;   // of folds, also those of probability
+  // The model scales features from their training range to this one; the ends ascend.
+  Interval featureScale = {};
+  Interval targetScale = {};  // the same for the targets of a regression
 };
+
+// A seed that differs from second to second.
+[[nodiscard]] ZELSVM_API unsigned seedFromClock();
 
 // How far a running solver is. A call may run many, for probabilities, folds and pairs of labels.
 // Of pairs that are trained at the same time, the calling thread's is shown.
@@ -204,13 +233,22 @@ struct Progress {
   std::uint64_t pairsDone = 0;  // of those
 };
 
-// Where a call's messages and progress go; nowhere where a member is empty. Called on the calling
+// Where a call's messages and progress go, nowhere where a function is empty, and what it is
+// controlled by. Functions are called on the calling
 // thread; must not call the library. An exception ends the call and reaches its caller.
 struct Sink {
   std::function<void(std::string_view)> message = {};  // pieces of what the tools print
   std::function<void(const Progress&)> progress = {};
   bool verbose = true;           // informational messages, too
   double progressSeconds = 0.2;  // least time between two reports of progress
+
+  // Threads that work for the call, itself counted: a number of its own, which other calls do not
+  // take part in, or 0 for those of OMP_NUM_THREADS or the machine, which all calls share. More
+  // than the machine has processors are as many as those. Results do not depend on it.
+  unsigned threads = 0;
+  // Set by any thread, it makes the call end by Cancelled within some hundredths of a second,
+  // whatever it does. It outlives the call. May be null.
+  const std::atomic<bool>* cancelled = nullptr;
 };
 
 // Of samples, in their order.
@@ -240,7 +278,7 @@ class ZELSVM_API Model {
   // Reads a model file of either form; indexBase is the number of the first feature in a text file,
   // 0 or 1. What the tools warn
   // of, such as text that counts as 0 and lines that are ignored, is passed over in silence.
-  static Model load(const std::string& path, unsigned indexBase = 1);
+  static Model load(const std::string& path, unsigned indexBase = 1, const Sink& sink = {});
   Model(Model&&) noexcept;
   Model& operator=(Model&&) noexcept;
   ~Model();
@@ -314,7 +352,7 @@ struct CrossValidation {
   std::vector<Score> folds;
 };
 
-// One label or target per sample; labels are whole numbers.
+// One label or target per sample, any finite numbers.
 [[nodiscard]] ZELSVM_API Model train(const Samples& samples, std::span<const double> targets,
                                      const Parameters& parameters = {}, const Sink& sink = {});
 

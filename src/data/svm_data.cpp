@@ -31,9 +31,19 @@ void requireIntegerLabels(HostVector<T>& labels) {
   }
 }
 
+template <typename T>
+void requireFiniteLabels(HostVector<T>& labels) {
+  for (std::uint64_t i = 0; i < labels.size(); ++i) {
+    if (!std::isfinite(labels[i]))
+      zel::throwAppException("The label of sample %lu is not a finite number.", i + 1);
+    labels.set(i, labels[i] + 0.0);  // never -0
+  }
+}
+
 template class SvmData<double>;
 template class SimpleData<double>;
 template class UserData<double>;
 template void requireIntegerLabels(HostVector<double>&);
+template void requireFiniteLabels(HostVector<double>&);
 
 }  // namespace zelsvm

@@ -102,4 +102,9 @@ class UserData : public SimpleData<T> {
 template <typename T>
 void requireIntegerLabels(HostVector<T>& labels);
 
+// Throws AppException naming the first sample, counted from 1, with a label that is infinite or
+// NaN. The others stay as they are, but for the sign of a 0.
+template <typename T>
+void requireFiniteLabels(HostVector<T>& labels);
+
 }  // namespace zelsvm

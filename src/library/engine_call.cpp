@@ -5,6 +5,8 @@ namespace zelsvm {
 // Here, so that each has its type information in the library only.
 AppException::~AppException() = default;
 RuntimeException::~RuntimeException() = default;
+Cancelled::Cancelled() : std::runtime_error("The call was cancelled.") {}
+Cancelled::~Cancelled() = default;
 
 namespace detail {
 namespace {

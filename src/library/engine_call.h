@@ -4,11 +4,14 @@
 
 #include <zelsvm/zelsvm.h>
 
+#include <atomic>
 #include <chrono>
 #include <string_view>
 
 #include "base/errors.h"
 #include "base/output/console.h"
+#include "threads/crew.h"
+#include "threads/stop.h"
 
 namespace zelsvm::detail {
 
@@ -44,11 +47,17 @@ class CallMark {
 
 template <typename Body>
 auto callEngine(const Sink& sink, Body body) {
+  static const std::atomic<bool> never = false;
   const CallMark mark;
   CallerSink messages(sink);
   const zel::SinkScope scope(messages);
+  const zel::StopScope stop(sink.cancelled != nullptr ? *sink.cancelled : never);
+  const zel::CrewScope crew(sink.threads);
   try {
+    if (stop.isSet()) throw zel::Stopped{};
     return body();
+  } catch (const zel::Stopped&) {
+    throw Cancelled();
   } catch (const zel::AppException& error) {
     throw AppException(error.what());
   } catch (const zel::RuntimeException& error) {

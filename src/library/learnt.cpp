@@ -109,7 +109,7 @@ Parameters Model::parameters() const {
           .kernel = context.kernelType == SVM_KERNEL_PRECOMPUTED
                         ? Kernel::precomputed
                         : static_cast<Kernel>(context.kernelType),
-          .gamma = context.kernelSettings(model.vectors().features().count()).gamma,
+          .gamma = context.kernelSettings(model.featureCount).gamma,
           .coef0 = context.coef0,
           .degree = context.degree,
           .cost = context.C,

@@ -75,8 +75,8 @@ Model::Model(Model&&) noexcept = default;
 Model& Model::operator=(Model&&) noexcept = default;
 Model::~Model() = default;
 
-Model Model::load(const std::string& path, unsigned indexBase) {
-  return detail::callEngine({}, [&] {
+Model Model::load(const std::string& path, unsigned indexBase, const Sink& sink) {
+  return detail::callEngine(sink, [&] {
     return Model(
         std::make_unique<ModelState>(readModel<double>(path, indexBase, false, hostMachine())));
   });

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 #include <ctime>
 #include <optional>
 #include <set>
@@ -11,8 +10,10 @@
 #include "data/filtered_data.h"
 #include "data/scaled_data.h"
 #include "library/engine_call.h"
+#include "library/gamma_rule.h"
 #include "library/kernel_samples.h"
 #include "library/model_state.h"
+#include "library/parameter_ranges.h"
 #include "library/rows.h"
 #include "platform/host/host_machine.h"
 #include "runs/processor.h"
@@ -22,40 +23,12 @@
 namespace zelsvm {
 namespace {
 
-void requireFinite(const char* name, double value) {
-  if (!std::isfinite(value))
-    throw AppException("The parameter " + std::string(name) + " is not a finite number.");
-}
-
-void requireFiniteNumbers(const Parameters& parameters) {
-  const std::pair<const char*, double> numbers[] = {{"gamma", parameters.gamma},
-                                                    {"coef0", parameters.coef0},
-                                                    {"degree", parameters.degree},
-                                                    {"cost", parameters.cost},
-                                                    {"nu", parameters.nu},
-                                                    {"epsilon", parameters.epsilon},
-                                                    {"tolerance", parameters.tolerance},
-                                                    {"featureScale", parameters.featureScale.lower},
-                                                    {"featureScale", parameters.featureScale.upper},
-                                                    {"targetScale", parameters.targetScale.lower},
-                                                    {"targetScale", parameters.targetScale.upper}};
-  for (const auto& [name, value] : numbers) requireFinite(name, value);
-  for (const auto& [label, weight] : parameters.classWeights) {
-    requireFinite("classWeights", label);
-    requireFinite("classWeights", weight);
-  }
-}
-
 SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
-  requireFiniteNumbers(parameters);
-  for (const auto& [label, weight] : parameters.classWeights)
-    if (!(weight > 0)) throw AppException("Invalid classification weight.");
-  // The engine counts its bytes in 32 bits.
-  if (parameters.cacheMegabytes >= 4096) throw AppException("The cache must be below 4096 MB.");
   return {.svmType = static_cast<int>(parameters.formulation),
           .kernelType = static_cast<int>(parameters.kernel),
           .degree = parameters.degree,
-          .gamma = parameters.gamma,
+          .gamma = parameters.gamma.value,
+          .zeroGamma = parameters.gamma.rule == Gamma::number,
           .coef0 = parameters.coef0,
           .C = parameters.cost,
           .p = parameters.epsilon,
@@ -66,14 +39,11 @@ SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
           .cacheSize = parameters.cacheMegabytes,
           .sparse = sparse,
           .shrinking = parameters.shrinking,
+          .anyLabels = true,
           .precomputed = parameters.kernel == Kernel::precomputed};
 }
 
-zel::Interval rangeOf(const Interval& interval) {
-  const zel::Interval range{interval.lower, interval.upper};
-  if (range.lower != range.upper) requireScaleRange(range);
-  return range;
-}
+zel::Interval rangeOf(const Interval& interval) { return {interval.lower, interval.upper}; }
 
 void requireWeights(std::span<const double> weights, std::uint64_t samples) {
   if (weights.empty()) return;
@@ -133,12 +103,10 @@ class Task {
     if (targets.size() != rows->rows)
       throw AppException("There must be one label or target for every sample.");
     requireWeights(weights, rows->rows);
+    detail::requireParameters(parameters);
     detail::requireKernelFits(*rows, parameters);
-    context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
-                                                   ParameterChecks::training, hostMachine());
-    const unsigned seed = parameters.randomSeed != 0 ? parameters.randomSeed
-                                                     : static_cast<unsigned>(std::time(nullptr));
-    zel::seedRandom(seed);
+    makeContext(parameters);
+    zel::seedRandom(parameters.randomSeed);
     matrix = rows->kernel ? detail::trainingKernel(*rows) : detail::matrixOf(*rows);
     // Only looked at: what is trained on is a scaled copy.
     labels = HostVector<double>(targets.size(), const_cast<double*>(targets.data()));
@@ -147,12 +115,21 @@ class Task {
     counting = CountingSamples(weights, rows->rows);
     if (counting.count() != rows->rows) chosen.emplace(*data, counting.numbers());
     model = std::make_unique<GenericModel<double>>();
-    model->seed = seed;
+    model->seed = parameters.randomSeed;
     const SvmData<double>& counted = chosen ? static_cast<SvmData<double>&>(*chosen) : *data;
     fillScale(model->scale, *context, counted,
               {rangeOf(parameters.featureScale), rangeOf(parameters.targetScale)});
     scaled = std::make_unique<ScaledData<double>>(
         weightless == Weightless::absent ? counted : *data, model->scale);
+    if (rows->kernel || parameters.gamma.rule != Gamma::oneOverFeaturesTimesVariance) return;
+    Parameters computed = parameters;
+    computed.gamma = detail::gammaByVariance(*scaled);
+    makeContext(computed);
+  }
+
+  void makeContext(const Parameters& parameters) {
+    context = std::make_unique<SvmContext<double>>(engineParameters(parameters, rows->isSparse()),
+                                                   ParameterChecks::training, hostMachine());
   }
 
   // The trained model; the task is over.
@@ -186,6 +163,8 @@ Score scoreOf(bool regression, double primary, double secondary) {
 }
 
 }  // namespace
+
+unsigned seedFromClock() { return static_cast<unsigned>(std::time(nullptr)); }
 
 Model train(const Samples& samples, std::span<const double> targets, const Parameters& parameters,
             const Sink& sink) {

@@ -62,9 +62,9 @@ class ByteReader {
   U whole() {
     const std::string_view taken = take(sizeof(U));
     std::make_unsigned_t<U> result = 0;
-    for (std::size_t k = sizeof result; k-- > 0;)
+    for (std::size_t k = sizeof result; k > 0; --k)
       result = static_cast<decltype(result)>(static_cast<std::uint64_t>(result) << 8 |
-                                             static_cast<unsigned char>(taken[k]));
+                                             static_cast<unsigned char>(taken[k - 1]));
     return static_cast<U>(result);
   }
   // Throws RuntimeException for anything but 0 and 1.

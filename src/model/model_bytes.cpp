@@ -38,6 +38,7 @@ void writeSettings(ByteWriter& to, const SvmContext<T>& context) {
   for (const auto& [label, weight] : context.weights) to.interval({label, weight});
   to.whole(context.limitOfIterations());
   to.whole(context.cacheSize);
+  to.flag(context.zeroGamma);
   to.flag(context.sparse);
   to.flag(context.shrinking);
 }
@@ -60,6 +61,7 @@ SvmParameters readSettings(ByteReader& from) {
   }
   settings.maxIterations = from.whole<std::uint64_t>();
   settings.cacheSize = from.whole<std::uint64_t>();
+  settings.zeroGamma = from.flag();
   settings.sparse = from.flag();
   settings.shrinking = from.flag();
   return settings;
@@ -179,8 +181,15 @@ void writeClasses(ByteWriter& to, const GenericModel<T>& model) {
 template <typename T>
 void readClasses(ByteReader& from, GenericModel<T>& model) {
   model.setLabels(from.list<HostVector<T>>());
-  model.setClassSizes(from.list<zel::IndexList<>>());
-  for (std::uint64_t left = from.count(4 * sizeof(double)); left > 0; --left) {
+  auto sizes = from.list<zel::IndexList<>>();
+  std::uint64_t left = model.vectors().rows();
+  for (std::uint64_t c = 0; c < sizes.size(); ++c) {
+    ByteReader::require(sizes[c] <= left);
+    left -= sizes[c];
+  }
+  ByteReader::require(left == 0);
+  model.setClassSizes(std::move(sizes));
+  for (std::uint64_t pairs = from.count(4 * sizeof(double)); pairs > 0; --pairs) {
     const zel::Interval pair = from.interval();
     const zel::Interval sigmoid = from.interval();
     model.sigmoids.emplace(LabelPair{pair.lower, pair.upper},
@@ -197,12 +206,6 @@ void requireShape(const GenericModel<T>& model, ProblemKind kind) {
     labels = model.labels().size();
     ByteReader::require(labels >= 2 && (labels == 2 || kind == ProblemKind::classification) &&
                         model.classSizes().size() == labels);
-    std::uint64_t left = vectors;
-    for (const unsigned long long size : spanOf(model.classSizes())) {
-      ByteReader::require(size <= left);
-      left -= size;
-    }
-    ByteReader::require(left == 0);
   }
   const std::uint64_t coefficients = model.coefficients().size();
   ByteReader::require(coefficients % (labels - 1) == 0 && coefficients / (labels - 1) == vectors &&

@@ -10,6 +10,7 @@
 #include "files/user_file_writer.h"
 #include "model/finite_model.h"
 #include "model/model_bytes.h"
+#include "rules/kernel_functions.h"
 
 namespace zelsvm {
 namespace {
@@ -120,6 +121,10 @@ void writeModel(const std::string& path, std::uint64_t indexBase, const SvmConte
                 const GenericModel<T>& model) {
   if (context.kernelType == SVM_KERNEL_PRECOMPUTED)
     throw zel::AppException("A model of a precomputed kernel cannot be written as text.");
+  const bool takesGamma =
+      withKernel(context.kernelType, []<typename Function>() { return Function::takesGamma; });
+  if (takesGamma && context.gamma == 0 && context.zeroGamma)
+    throw zel::AppException("A model file has no room for a gamma of 0.");
   const ModelHeader header = describe(context, model);
   requireFinite(header, model);
   UserFileWriter<T> writer(path, indexBase);

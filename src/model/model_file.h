@@ -12,7 +12,8 @@
 namespace zelsvm {
 
 // Writes the model; throws AppException for one of a precomputed kernel, when a number in it is not
-// finite or the file cannot be written completely.
+// finite, for a gamma of 0, which would be read as a computed one, and when the file cannot be
+// written completely.
 template <typename T>
 void writeModel(const std::string& path, std::uint64_t indexBase, const SvmContext<T>& context,
                 const GenericModel<T>& model);

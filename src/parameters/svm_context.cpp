@@ -61,12 +61,14 @@ SvmSettings<T>::SvmSettings(const SvmParameters& parameters)
       coef0(parameters.coef0),
       degree(parameters.degree),
       gamma(parameters.gamma),
+      zeroGamma(parameters.zeroGamma),
       weights(parameters.weights),
       maxIterations(parameters.maxIterations == 0 ? std::numeric_limits<std::uint64_t>::max()
                                                   : parameters.maxIterations),
       cacheSize(parameters.cacheSize),
       sparse(parameters.sparse),
-      shrinking(parameters.shrinking) {}
+      shrinking(parameters.shrinking),
+      anyLabels(parameters.anyLabels) {}
 
 template <typename T>
 SvmContext<T>::SvmContext(const SvmParameters& parameters, ParameterChecks checks,
@@ -95,7 +97,8 @@ void SvmContext<T>::check(ParameterChecks checks) const {
 
 template <typename T>
 KernelSettings SvmSettings<T>::kernelSettings(std::uint64_t features) const {
-  return {kernelType, gamma == 0 ? 1 / static_cast<T>(features) : gamma, coef0, degree};
+  const bool isComputed = gamma == 0 && !zeroGamma;
+  return {kernelType, isComputed ? 1 / static_cast<T>(features) : gamma, coef0, degree};
 }
 
 template struct SvmSettings<double>;

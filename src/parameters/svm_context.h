@@ -36,7 +36,8 @@ struct SvmParameters {
   int svmType = SVM_TYPE_C_CLASSIFICATION;
   int kernelType = SVM_KERNEL_RADIAL;
   double degree = 3;
-  double gamma = 0;  // 0 means one over the number of features
+  double gamma = 0;        // 0 means one over the number of features
+  bool zeroGamma = false;  // it means 0 instead
   double coef0 = 0;
   double C = 1;
   double p = 0.1;  // epsilon of epsilon regression
@@ -48,6 +49,7 @@ struct SvmParameters {
   bool sparse = true;
   bool shrinking = true;
   bool precomputed = false;  // kernel values are given, whatever the kernel type says
+  bool anyLabels = false;    // of classes; else they are whole numbers
 };
 
 // Which parameters are checked: those read back from a model lack the training ones.
@@ -58,7 +60,7 @@ template <typename T>
 struct SvmSettings {
   explicit SvmSettings(const SvmParameters& parameters);
 
-  // The kernel function for samples of so many features: a gamma of 0 is one over their number.
+  // The kernel function for samples of so many features: a gamma of 0 may be one over their number.
   [[nodiscard]] KernelSettings kernelSettings(std::uint64_t features) const;
 
   // As it was asked for: 0 for none.
@@ -78,11 +80,13 @@ struct SvmSettings {
   const T coef0;
   const T degree;
   const T gamma;
+  const bool zeroGamma;
   const std::map<double, double> weights;
   const std::uint64_t maxIterations;
   const std::uint64_t cacheSize;
   const bool sparse;
   const bool shrinking;
+  const bool anyLabels;
 };
 
 template <typename T>

@@ -23,7 +23,8 @@ void refuseOneClassProbability(ProblemKind kind) {
 
 template <typename T>
 void GenericProcessor<T>::requireTrainable(SimpleData<T>& data, bool probability) const {
-  if (context->problemKind == ProblemKind::classification) requireIntegerLabels(data.labels());
+  if (context->problemKind == ProblemKind::classification)
+    context->anyLabels ? requireFiniteLabels(data.labels()) : requireIntegerLabels(data.labels());
   if (probability) refuseOneClassProbability(context->problemKind);
   requireFiniteFeatures(data.matrix());
   if (context->problemKind == ProblemKind::regression) requireFiniteTargets(data.labels());

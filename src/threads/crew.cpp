@@ -1,12 +1,30 @@
 #include "threads/crew.h"
 
 #include <exception>
+#include <map>
 #include <thread>
+#include <vector>
 
 #include "threads/clock.h"
 
 namespace zel {
 namespace {
+
+// Those of the calling thread's scope.
+thread_local Crew* crewHere = nullptr;
+thread_local unsigned threadsOfScope = 0;
+
+// Crews that no scope has. Helpers never end, so that this stays, too.
+struct IdleCrews {
+  std::mutex lock;
+  std::map<unsigned, std::vector<Crew*>> byThreads;
+  std::size_t lent = 0;
+};
+
+IdleCrews& idleCrews() {
+  static IdleCrews& crews = *new IdleCrews;
+  return crews;
+}
 
 // Looks at something before sleep pays: about 50 and 10 microseconds.
 constexpr int helperLooks = 2000;
@@ -42,9 +60,36 @@ bool holdsSoon(int looks, const Condition& condition) {
 }  // namespace
 
 Crew& Crew::instance() {
-  static Crew& crew = *new Crew;
-  return crew;
+  static Crew& common = *new Crew;
+  return crewHere != nullptr ? *crewHere : common;
 }
+
+CrewScope::CrewScope(unsigned threads)
+    : threads(threads), crewBefore(crewHere), threadsBefore(threadsOfScope) {
+  if (threads == 0) return;
+  if (threads > 1) {
+    const std::scoped_lock locked(idleCrews().lock);
+    std::vector<Crew*>& crews = idleCrews().byThreads[threads];
+    // So that giving it back needs no memory.
+    crews.reserve(crews.size() + ++idleCrews().lent);
+    if (crews.empty()) crews.push_back(new Crew);
+    lent = crews.back();
+    crews.pop_back();
+    crewHere = lent;
+  }
+  threadsOfScope = threads;
+}
+
+CrewScope::~CrewScope() {
+  crewHere = crewBefore;
+  threadsOfScope = threadsBefore;
+  if (lent == nullptr) return;
+  const std::scoped_lock locked(idleCrews().lock);
+  --idleCrews().lent;
+  idleCrews().byThreads[threads].push_back(lent);
+}
+
+unsigned CrewScope::threadsHere() { return threadsOfScope; }
 
 bool Crew::begin(const Loop& newLoop, int helpers, double nanoseconds) {
   if (newLoop.chunks() > beginMask || owned.exchange(true, std::memory_order_acquire)) return false;
@@ -115,6 +160,7 @@ std::int64_t Crew::awaitFinished(std::uint64_t chunks) {
 }
 
 void Crew::help() {
+  crewHere = this;
   for (;;) {
     awaitLoop();
     while (runChunk(false)) finishChunk();

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <mutex>
 
+#include "threads/stop.h"
+
 namespace zel {
 
 // A loop body seen from the untyped side: called with a chunk's first item and the end of the
@@ -17,15 +19,17 @@ struct Loop {
   std::uint64_t grain;
   ChunkFunction function;
   const void* body;
+  const StopScope* stop = nullptr;  // once it is set, chunks are left out
 
   [[nodiscard]] std::uint64_t chunks() const { return count / grain + (count % grain != 0); }
   void run(std::uint64_t chunk) const {
+    if (stop != nullptr && stop->isSet()) return;
     const std::uint64_t begin = chunk * grain;
     function(body, begin, begin + (grain < count - begin ? grain : count - begin));
   }
 };
 
-// The process's helping threads. A loop is laid out for everybody to take chunks from, and is over
+// Helping threads. A loop is laid out for everybody to take chunks from, and is over
 // when none is left or in work: a helper that the system does not run just then takes none and is
 // not waited for. The owner takes the first chunk each time and helpers take the last, so that much
 // the same data stay in a thread's cache from loop to loop. Helpers look out for the next loop for
@@ -33,6 +37,8 @@ struct Loop {
 // forked child there are none.
 class Crew {
  public:
+  // The one that the calling thread's loops use: that of its CrewScope, else one for the whole
+  // process.
   static Crew& instance();
   Crew(const Crew&) = delete;
   Crew& operator=(const Crew&) = delete;
@@ -55,6 +61,7 @@ class Crew {
   HelpersPart end();
 
  private:
+  friend class CrewScope;
   Crew() = default;
   ~Crew() = default;
 
@@ -83,6 +90,26 @@ class Crew {
   std::condition_variable chunkFinished;
   std::atomic<int> sleepers{0};
   std::atomic<bool> ownerSleeps{false};
+};
+
+// While it lives, the calling thread's loops have a number of threads of their own, whatever other
+// threads do meanwhile. The helpers stay for later scopes of as many threads.
+class CrewScope {
+ public:
+  // 1 for the calling thread alone; 0 changes nothing. Throws std::bad_alloc.
+  explicit CrewScope(unsigned threads);
+  ~CrewScope();
+  CrewScope(const CrewScope&) = delete;
+  CrewScope& operator=(const CrewScope&) = delete;
+
+  // Of the calling thread; 0 without a scope.
+  static unsigned threadsHere();
+
+ private:
+  Crew* lent = nullptr;
+  unsigned threads;
+  Crew* crewBefore;
+  unsigned threadsBefore;
 };
 
 }  // namespace zel

@@ -18,6 +18,7 @@ int usableProcessors() {
   return static_cast<int>(std::min<double>(visible, std::ceil(controlGroupProcessors())));
 }
 
+constexpr unsigned mostThreads = 4096;
 // Work below this is done before a helper has taken its part.
 constexpr double leastSharedNanoseconds = 2'000;
 
@@ -27,6 +28,17 @@ void runShared(const Loop& loop, double nanoseconds, JoinGovernor& governor, std
   const auto [chunks, waited] = crew.end();
   const double part = static_cast<double>(chunks) / static_cast<double>(loop.chunks());
   governor.report(now + waited, static_cast<std::int64_t>(nanoseconds * part) - waited);
+}
+
+void runLoop(const Loop& loop, double nanoseconds) {
+  static thread_local JoinGovernor governor;
+  const std::uint64_t chunks = loop.chunks();
+  if (chunks > 1 && isWorthThreads(nanoseconds)) {
+    const std::int64_t now = monotonicNanoseconds();
+    if (governor.allows(now) && Crew::instance().begin(loop, threadCount() - 1, nanoseconds))
+      return runShared(loop, nanoseconds, governor, now);
+  }
+  for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) loop.run(chunk);
 }
 
 // A crew's members but the first, as a loop.
@@ -44,7 +56,10 @@ void runMember(const void* erased, std::uint64_t begin, std::uint64_t end) {
 
 int threadCount() {
   static const int processors = usableProcessors();
-  return std::max(1, std::min(omp_get_max_threads(), processors));
+  const unsigned own = CrewScope::threadsHere();
+  const int wanted =
+      own == 0 ? omp_get_max_threads() : static_cast<int>(std::min(own, mostThreads));
+  return std::max(1, std::min(wanted, processors));
 }
 
 bool isWorthThreads(double nanoseconds) {
@@ -53,15 +68,12 @@ bool isWorthThreads(double nanoseconds) {
 
 void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, ChunkFunction function,
                const void* body) {
-  static thread_local JoinGovernor governor;
-  const Loop loop{count, std::max<std::uint64_t>(grain, 1), function, body};
-  const std::uint64_t chunks = loop.chunks();
-  if (chunks > 1 && isWorthThreads(nanoseconds)) {
-    const std::int64_t now = monotonicNanoseconds();
-    if (governor.allows(now) && Crew::instance().begin(loop, threadCount() - 1, nanoseconds))
-      return runShared(loop, nanoseconds, governor, now);
+  const StopScope* const stop = StopScope::current();
+  {
+    const StopScope::Pause pause;
+    runLoop({count, std::max<std::uint64_t>(grain, 1), function, body, stop}, nanoseconds);
   }
-  for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) loop.run(chunk);
+  if (stop != nullptr && stop->isSeen()) throw Stopped{};
 }
 
 void runCrew(int members, ChunkFunction function, const void* body) {
@@ -69,9 +81,9 @@ void runCrew(int members, ChunkFunction function, const void* body) {
   const Members others{function, body};
   const int helpers = std::min(members, threadCount()) - 1;
   Crew& crew = Crew::instance();
-  const bool helped =
-      helpers > 0 &&
-      crew.begin({static_cast<std::uint64_t>(helpers), 1, runMember, &others}, helpers, longEnough);
+  const bool helped = helpers > 0 && crew.begin({static_cast<std::uint64_t>(helpers), 1, runMember,
+                                                 &others, nullptr},
+                                                helpers, longEnough);
   function(body, 0, 1);
   if (helped) crew.end();
 }

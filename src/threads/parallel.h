@@ -14,7 +14,8 @@ void runChunks(std::uint64_t count, std::uint64_t grain, double nanoseconds, Chu
 // and whole, on any thread and in any order; returns when all are done. The chunks do not depend on
 // the number of threads, so results written per chunk do not either. nanosecondsPerItem is the
 // caller's estimate for one thread and decides whether threads are worth their hand-off. The body
-// must not throw. Nothing is allocated.
+// must not throw. Nothing is allocated. Throws Stopped where the calling thread's StopScope had
+// chunks left out.
 template <typename Body>
 void forEachChunk(std::uint64_t count, std::uint64_t grain, double nanosecondsPerItem,
                   const Body& body) {
@@ -26,7 +27,8 @@ void forEachChunk(std::uint64_t count, std::uint64_t grain, double nanosecondsPe
       &body);
 }
 
-// Threads that loops may use: OMP_NUM_THREADS and the processors this process may run on decide.
+// Threads that loops may use: the calling thread's CrewScope, else OMP_NUM_THREADS, and the
+// processors this process may run on decide.
 int threadCount();
 
 // Whether a loop of this estimated time on one thread, called from here, would get threads if it

@@ -33,7 +33,7 @@ void expectSameContent(const Model& a, const Model& b) {
   EXPECT_EQ(a.supportIndices(), b.supportIndices());
   EXPECT_EQ(a.dualCoefficients(), b.dualCoefficients());
   EXPECT_EQ(a.intercepts(), b.intercepts());
-  EXPECT_EQ(a.parameters().gamma, b.parameters().gamma);
+  EXPECT_EQ(a.parameters().gamma.value, b.parameters().gamma.value);
   EXPECT_EQ(a.parameters().classWeights, b.parameters().classWeights);
   EXPECT_EQ(a.parameters().maxIterations, b.parameters().maxIterations);
   EXPECT_EQ(a.parameters().randomSeed, b.parameters().randomSeed);

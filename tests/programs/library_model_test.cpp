@@ -107,7 +107,7 @@ TEST(LibraryModel, WhatWasLearntMakesTheDecisionValues) {
           for (const std::size_t end = v + counts[c]; v < end; ++v)
             EXPECT_EQ(samples.labels[indices[v]], labels[c]) << v;
         const Parameters inForce = model.parameters();
-        EXPECT_EQ(inForce.gamma, gamma);
+        EXPECT_EQ(inForce.gamma.value, gamma);
         EXPECT_EQ(inForce.formulation, formulation);
         EXPECT_EQ(inForce.featureScale.upper, scale.upper);
       }
@@ -121,7 +121,7 @@ TEST(LibraryModel, AModelFromATextFileTellsWhatThatHolds) {
   const std::string path = (workspace.folder() / "model").string();
   model.save(path);
   const Model loaded = Model::load(path);
-  EXPECT_EQ(loaded.parameters().gamma, 0.25);
+  EXPECT_EQ(loaded.parameters().gamma.value, 0.25);
   EXPECT_EQ(loaded.parameters().cost, Parameters{}.cost);
   EXPECT_EQ(loaded.parameters().featureScale.lower, -1);
   EXPECT_TRUE(loaded.supportIndices().empty() && loaded.solves().empty());

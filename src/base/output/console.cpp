@@ -39,7 +39,10 @@ MessageSink& currentSink() { return *threadSink; }
 
 bool isVerbose() { return threadSink->verbose; }
 
-bool isStopped() { return threadSink->isStopped(); }
+bool isStopped() {
+  const StopScope* const stop = StopScope::current();
+  return (stop != nullptr && stop->isSet()) || threadSink->isStopped();
+}
 
 bool wantsProgress() { return threadSink->wantsProgress(); }
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "threads/stop.h"
+
 namespace zel {
 
 // How far a running solver is.
@@ -43,9 +45,6 @@ class MessageSink {
 // Thrown when standard output is a pipe that nobody reads on: the run ends quietly.
 struct OutputClosed {};
 
-// Thrown by a solver whose sink has stopped it.
-struct Stopped {};
-
 // Standard output, flushed after every message. write() throws OutputClosed. Where standard output
 // fails otherwise, as on a full disk, a sentence on standard error says so and this and all later
 // messages are lost: what a run writes to files may still be worth its time.
@@ -80,7 +79,7 @@ MessageSink& currentSink();
 bool isVerbose();
 
 // What the calling thread's sink says and does; the console stops nothing and shows no progress by
-// itself.
+// itself. A StopScope stops, too.
 bool isStopped();
 bool wantsProgress();
 void showProgress(const SolveProgress& progress);

@@ -55,6 +55,9 @@ class PairTraining<T>::MemberSink : public PairSink {
     throw;
   }
 
+  [[nodiscard]] const std::atomic<bool>& abandoned() const { return this->training->isAbandoned; }
+  [[nodiscard]] const zel::StopScope* wholeStop() const { return this->training->wholeStop; }
+
   std::string text;
 
  private:
@@ -86,6 +89,7 @@ class PairTraining<T>::Member {
   // What the handlers find goes into found.
   SolvedProblem<T> solve(SvmData<T>&& data, unsigned seed, MemberSink& sink) {
     const zel::SinkScope scope(sink);
+    const zel::StopScope stop(sink.abandoned(), sink.wholeStop());
     zel::seedRandom(seed);
     return trainer.solveTwoClass(found, data);
   }
@@ -153,6 +157,7 @@ void PairTraining<T>::takeSolution(std::uint64_t pair, SolvedProblem<T>&& solved
 template <typename T>
 void PairTraining<T>::trainSideBySide(unsigned members) {
   zel::MessageSink& whole = zel::currentSink();
+  wholeStop = zel::StopScope::current();
   zel::runCrew(static_cast<int>(members), [&](int number) {
     // Where memory is short of a member the others do its work.
     const std::unique_ptr<Member> member = Member::make(*context, members, *handlers);

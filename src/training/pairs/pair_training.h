@@ -75,9 +75,10 @@ class PairTraining {
 
   std::mutex lock;  // of what follows while members work
   std::vector<Pair> states;
-  std::uint64_t next = 0;      // the first pair that nobody has taken
-  std::uint64_t written = 0;   // pairs whose messages are out
-  std::exception_ptr failure;  // of the sink
+  std::uint64_t next = 0;                     // the first pair that nobody has taken
+  std::uint64_t written = 0;                  // pairs whose messages are out
+  std::exception_ptr failure;                 // of the sink
+  const zel::StopScope* wholeStop = nullptr;  // of the calling thread
 
   std::atomic<std::uint64_t> done = 0;  // pairs trained
   std::atomic<bool> isAbandoned = false;
