@@ -32,6 +32,10 @@ void RoughSums::begin(std::uint64_t samples, double tolerance) {
     probes.push_back(static_cast<unsigned>(i * samples / count));
 }
 
+bool RoughSums::pays(std::uint64_t samples, std::uint64_t freeVariables) {
+  return freeVariables <= samples / nearShare;
+}
+
 bool RoughSums::add(std::span<const WeightedRow> added, std::span<double> sums,
                     SetMachine& machine) {
   before.assign(sums.begin(), sums.end());
@@ -57,7 +61,7 @@ bool RoughSums::makeExact(const SetVariables& variables, const Violators& violat
     if (const double weight = variables.weight(s); weight != 0) rows.push_back({s, false, weight});
   for (bool isEnough = false; !isEnough;) {
     violators.listNear(variables, sums, 2 * margin, near);
-    if (near.size() > variables.samples / nearShare) return false;
+    if (!pays(variables.samples, near.size())) return false;
     const double worst = replaceNear(sums, machine);
     if (!std::isfinite(worst)) return false;
     isEnough = margin >= safety * worst;

@@ -16,6 +16,9 @@ class RoughSums {
   // For so many samples.
   void begin(std::uint64_t samples, double tolerance);
 
+  // Whether exact sums of so many free variables would be worth it at the end.
+  [[nodiscard]] static bool pays(std::uint64_t samples, std::uint64_t freeVariables);
+
   // machine.addRows(). False, with the sums as they were, where exact rows would have changed some
   // otherwise by more than the solve should bear.
   bool add(std::span<const WeightedRow> rows, std::span<double> sums, SetMachine& machine);

@@ -19,9 +19,11 @@ bool worksBySets(SVM_TYPE type, std::uint64_t samples) {
 // Sets of 1,024 to 4,096 samples did best from 5,000 to 50,000 samples. Where more variables are
 // free, 4,096 did best at 20,000 samples and cost 100 (4.5 s, 5.1 with 2,048); with 100,000 sparse
 // samples and 8,000 free variables 8,192 took 19 sets and 7.2 s, 4,096 took 53 and 12.2. With 8,192
-// from the start these took 64,300 rows in place of 77,700.
+// from the start these took 64,300 rows in place of 77,700. Where few samples are at their bounds
+// (gamma 1, cost 100) the whole problem is the best set.
 std::uint64_t setSize(std::uint64_t samples, std::uint64_t freeVariables) {
   const std::uint64_t most = samples < 50'000 ? 4096 : 8192;
+  if (samples <= most && freeVariables > samples / 2) return samples;
   const std::uint64_t usual = std::clamp<std::uint64_t>(samples / 10, 1024, most);
   return std::min(samples, std::clamp(freeVariables, usual, most));
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 
 namespace zelsvm {
 namespace {
@@ -63,6 +64,10 @@ void Violators::listNear(const SetVariables& variables, std::span<const double> 
 void Violators::choose(const SetVariables& variables, std::span<const double> sums,
                        double tolerance, std::uint64_t most, std::uint32_t step,
                        std::vector<unsigned>& set) {
+  if (most >= variables.samples) {
+    set.resize(variables.samples);
+    return std::iota(set.begin(), set.end(), 0u);
+  }
   chosen.assign(variables.samples, 0);
   set.clear();
   for (auto& list : tickets) list.clear();

@@ -42,7 +42,7 @@ class Violators {
 
   // At most so many samples in ascending order: those with variables that rise from above the
   // middle and that fall from below in turns, by chance. The most violating ones would resemble
-  // each other. step: how many sets were chosen before.
+  // each other. All samples where so many are asked for. step: how many sets were chosen before.
   void choose(const SetVariables& variables, std::span<const double> sums, double tolerance,
               std::uint64_t most, std::uint32_t step, std::vector<unsigned>& set);
 

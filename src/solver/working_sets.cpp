@@ -52,6 +52,7 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
     }
     if (nextBatch() == 0) return SetEnding::limit;
     if (hasStalled()) return SetEnding::left;
+    if (isRough && !rough.pays(variables.samples, violators.freeCount())) useFullRows();
     solveSet();
     addChanges();
     watchPrecision();
@@ -116,7 +117,8 @@ void WorkingSets::solveSet() {
   set.take(variables);
   set.sums.clear();
   for (const unsigned s : set.samples) set.sums.push_back(sums[s]);
-  innerTolerance = std::max(context->eps / 2, innerShare * violators.gap());
+  const bool isWhole = set.samples.size() == variables.samples;
+  innerTolerance = std::max(context->eps / 2, isWhole ? 0 : innerShare * violators.gap());
   runSet(innerTolerance);
 }
 

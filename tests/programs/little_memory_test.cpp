@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "base/random.h"
 #include "support/programs/tool_runs.h"
 #include "text_match.h"
 
@@ -81,6 +82,32 @@ TEST_F(LittleMemory, EndsWithTheSameResultOrASentence) {
     }
     EXPECT_GT(refused, 0) << text;
   }
+}
+
+// Some 80 MB of data, a working set of 270 and 100 of kernel rows, of which 3,000 steps ask for
+// more than a GB.
+TEST(LargeProblem, TakesItsDataASetAndTheCache) {
+  if (!limitsWork) GTEST_SKIP() << "The sanitizer maps more than any limit.";
+  constexpr unsigned features = 34;
+  Workspace workspace;
+  zel::seedRandom(1);
+  std::string text;
+  for (int sample = 0; sample < 200'000; ++sample) {
+    std::string values;
+    int difference = 0;
+    for (unsigned k = 1; k <= features; ++k) {
+      const int digit = zel::nextRandom() % 10;
+      difference += k % 2 == 0 ? digit : -digit;
+      values.append(" ").append(std::to_string(k)).append(":.").append(std::to_string(digit));
+    }
+    text.append(difference > 0 ? "1" : "-1").append(values).append("\n");
+  }
+  workspace.write("data", text);
+  const ToolResult result =
+      runLimited(workspace, "ulimit -v 700000",
+                 words("zelsvm-train -q -m 100 -c 10 -g 0.3 -L 3000 data model"));
+  EXPECT_EQ(result.status, 0) << testing::PrintToString(result);
+  EXPECT_NE(workspace.read("model").find("TotalSV: "), std::string::npos);
 }
 
 // Their stacks alone exceed the address space.
