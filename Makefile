@@ -7,7 +7,7 @@ PRESET ?= host
 # Seconds that each fuzz target runs.
 FUZZ_SECONDS ?= 60
 
-.PHONY: build tools demo test cuda sanitize tsan fuzz bench install package check-package \
+.PHONY: build tools demo test python cuda sanitize tsan fuzz bench install package check-package \
         check-processors check-arm64 options format check-source lint setup setup-bench setup-checks setup-packages \
         setup-arm64
 
@@ -23,8 +23,13 @@ tools: setup
 demo: tools
 	@scripts/demo build/$(PRESET)/bin
 
-test: setup
+test: python
 	cmake --workflow --preset host
+	scripts/python test
+
+# The Python package, in build/python: a wheel and a source distribution.
+python: setup
+	scripts/python build
 
 # The CUDA engine, the tests' CUDA build, and what of both can be checked without a device.
 cuda: setup

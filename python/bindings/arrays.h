@@ -1,0 +1,34 @@
+// Python's arrays as the library's samples, and the library's results as arrays.
+#pragma once
+
+#include <nanobind/nanobind.h>
+#include <nanobind/ndarray.h>
+#include <zelsvm/zelsvm.h>
+
+#include <cstddef>
+#include <vector>
+
+namespace zelpy {
+
+namespace nb = nanobind;
+
+// Samples together with the arrays that they borrow.
+struct SamplesOfArrays {
+  std::vector<nb::ndarray<nb::ro>> arrays;
+  zelsvm::Samples samples;
+};
+
+// float32 or float64, any strides.
+SamplesOfArrays denseSamples(nb::ndarray<nb::ro, nb::ndim<2>> values);
+SamplesOfArrays kernelSamples(nb::ndarray<nb::ro, nb::ndim<2>> values, bool ofSupportVectors);
+// Compressed sparse rows; int32 or int64 columns and offsets.
+SamplesOfArrays sparseSamples(nb::ndarray<nb::ro, nb::ndim<1>> values,
+                              nb::ndarray<nb::ro, nb::ndim<1>> columns,
+                              nb::ndarray<nb::ro, nb::ndim<1>> offsets, std::size_t features);
+
+// A NumPy array that owns the values; of two dimensions where columns are told.
+nb::object toArray(std::vector<double>&& values);
+nb::object toArray(std::vector<double>&& values, std::size_t columns);
+nb::object toArray(const std::vector<std::size_t>& values);
+
+}  // namespace zelpy
