@@ -28,6 +28,7 @@ JOBS = [
     Job("20000x100-small-cache", "synthetic 20000 100", "-c 1 -g 0.05 -m 100", full=True),
     Job("20000x100", "synthetic 20000 100", "-c 10 -g 0.05 -m 1000", full=True),
     Job("10000x784", "synthetic 10000 784", "-c 1 -g 0.006 -m 100", full=True),
+    Job("500000x50", "synthetic 500000 50", "-c 1 -g 0.02 -m 1000", full=True),
     Job("words", "words", "-c 1 -g 0.1 -m 1000", full=True),
     Job("predict-letter", "letter", "-c 16 -g 1", "zelsvm-predict"),
     Job("predict-5000x100", "synthetic 5000 100", "-c 10 -g 0.05", "zelsvm-predict"),

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <ctime>
 #include <optional>
 #include <set>
@@ -39,8 +40,8 @@ SvmParameters engineParameters(const Parameters& parameters, bool sparse) {
           .cacheSize = parameters.cacheMegabytes,
           .sparse = sparse,
           .shrinking = parameters.shrinking,
-          .anyLabels = true,
-          .precomputed = parameters.kernel == Kernel::precomputed};
+          .precomputed = parameters.kernel == Kernel::precomputed,
+          .anyLabels = true};
 }
 
 zel::Interval rangeOf(const Interval& interval) { return {interval.lower, interval.upper}; }

@@ -265,7 +265,7 @@ T SmoBaseSolver<T>::gapOf(const SolverProblem<T>& problem) const {
   SmoUpperBeta<T> groups[2] = {{-infinity, infinity}, {-infinity, infinity}};
   for (std::uint64_t k = 0; k < variableCount; ++k) {
     const bool isPositive = problem.signs.data()[k] > 0;
-    const T c = isPositive ? problem.Cp : problem.Cn;
+    const T c = problem.bound(k);
     const T a = problem.alpha.data()[k];
     const T v = violation(isPositive, gradient.data()[k]);
     SmoUpperBeta<T>& group = groups[nu && !isPositive ? 1 : 0];

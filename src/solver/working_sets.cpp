@@ -22,6 +22,11 @@ constexpr std::uint64_t stepsPerSample = 100;
 constexpr unsigned mostIdleSets = 20;
 constexpr unsigned mostDistantSets = 200;
 
+// So many steps take some milliseconds.
+std::uint64_t stepsTogether(std::uint64_t samples) {
+  return std::clamp<std::uint64_t>(400'000 / samples, 50, batchSteps);
+}
+
 }  // namespace
 
 SetEnding WorkingSets::solve(const SetVariables& problem,
@@ -125,9 +130,10 @@ void WorkingSets::solveSet() {
 void WorkingSets::runSet(double tolerance) {
   const SetVariables inner = set.variables();
   std::uint64_t left = stepsPerSample * set.samples.size();
+  const std::uint64_t together = stepsTogether(set.samples.size());
   for (bool isDone = false; !isDone && left > 0 && nextBatch() > 0;) {
     const SetSteps made =
-        machine->solveSet(inner, set.sums, tolerance, std::min(left, nextBatch()));
+        machine->solveSet(inner, set.sums, tolerance, std::min({left, nextBatch(), together}));
     isDone = made.isDone;
     left -= made.count;
     countSteps(made.count);

@@ -85,7 +85,7 @@ TEST_F(LittleMemory, EndsWithTheSameResultOrASentence) {
 }
 
 // Some 80 MB of data, a working set of 270 and 100 of kernel rows, of which 3,000 steps ask for
-// more than a GB.
+// than 2 GB.
 TEST(LargeProblem, TakesItsDataASetAndTheCache) {
   if (!limitsWork) GTEST_SKIP() << "The sanitizer maps more than any limit.";
   constexpr unsigned features = 34;
