@@ -110,7 +110,7 @@ def test_scaling_is_remembered():
 def test_constant_targets_make_constant_functions():
     X, y = curve(50)
     flat = SVR(epsilon=10.0).fit(X, y)
-    assert np.all(flat.predict(X) == (y.min() + y.max()) / 2) and flat.dual_coef_.shape == (1, 0)
+    assert np.allclose(flat.predict(X), (y.min() + y.max()) / 2) and flat.dual_coef_.shape == (1, 0)
     again = pickle.loads(pickle.dumps(NuSVR().fit(X, y * 0 + 3, sample_weight=y > 0)))
     assert np.array_equal(again.predict(X[:4]), [3, 3, 3, 3])
 
@@ -118,12 +118,13 @@ def test_constant_targets_make_constant_functions():
 def test_classes_too_light_for_nu_lose_their_pairs():
     X, y = classes(120, [0, 1, 2])
     weights = {0: 1000.0, 1: 0.001, 2: 0.002}
-    model = NuSVC(class_weight=weights, decision_function_shape="ovo", kernel="linear").fit(X, y)
+    settings = {"nu": 0.37, "kernel": "linear", "tol": 1e-8, "decision_function_shape": "ovo"}
+    model = NuSVC(class_weight=weights, **settings).fit(X, y)
     rows = y > 0
-    pair = NuSVC(class_weight={1: 1.0, 2: 2.0}, kernel="linear").fit(X[rows], y[rows])
+    pair = NuSVC(class_weight={1: 1.0, 2: 2.0}, **settings).fit(X[rows], y[rows])
     decided = model.decision_function(X)
     assert np.all(decided[:, :2] == 1) and np.all(model.predict(X) == 0)
-    assert np.allclose(decided[:, 2], -pair.decision_function(X), atol=1e-2)
+    assert np.allclose(decided[:, 2], -pair.decision_function(X), atol=1e-4)
     assert np.allclose(decided, X @ model.coef_.T + model.intercept_)
     assert np.array_equal(model.support_vectors_, X[model.support_])
 
@@ -143,7 +144,7 @@ def test_classes_too_light_for_nu_lose_their_pairs():
         ({"tol": 0}, "'tol' parameter"),
         ({"cache_size": -1}, "'cache_size' parameter"),
         ({"class_weight": "even"}, "'class_weight' parameter"),
-        ({"class_weight": {0: -1.0}}, "weight"),
+        ({"class_weight": {0: -1.0}}, "'class_weight' parameter"),
         ({"max_iter": -2}, "'max_iter' parameter"),
         ({"decision_function_shape": None}, "'decision_function_shape' parameter"),
         ({"break_ties": 2}, "'break_ties' parameter"),

@@ -29,21 +29,26 @@ class BaseClassifier(ClassifierMixin, BaseMachine):
         y = column_or_1d(y, warn=True)
         check_classification_targets(y)
         # Samples without weight are as if they were not there.
-        counts = y if weights is None else y[weights > 0]
-        self.classes_ = np.unique(counts)
+        counting = y if weights is None else y[weights > 0]
+        self.classes_ = np.unique(counting)
         if len(self.classes_) < 2:
             raise ValueError(
                 "The number of classes has to be greater than one; got "
                 f"{len(self.classes_)} class"
             )
-        self.class_weight_ = compute_class_weight(
-            self.class_weight,
-            classes=self.classes_,
-            y=counts,
-            sample_weight=None if weights is None else weights[weights > 0],
-        )
+        self.class_weight_ = self._class_weights(counting, weights)
         places = np.searchsorted(self.classes_, y)
         return self._labels()[np.minimum(places, len(self.classes_) - 1)]
+
+    def _class_weights(self, counting: np.ndarray, weights: np.ndarray | None) -> np.ndarray:
+        if self.class_weight is None:
+            return np.ones(len(self.classes_))
+        return compute_class_weight(
+            self.class_weight,
+            classes=self.classes_,
+            y=counting,
+            sample_weight=None if weights is None else weights[weights > 0],
+        )
 
     def _labels(self) -> np.ndarray:
         """The classes as the engine's labels: themselves if they are numbers, else places."""
@@ -94,7 +99,8 @@ class BaseClassifier(ClassifierMixin, BaseMachine):
 
     def _decide(self, X: Any) -> np.ndarray:
         """One column per pair of classes, above 0 for its first."""
-        return self._pairs.arranged(self._apply("decide", X))
+        decisions = self._apply("decide", X)
+        return self._pairs.arranged(decisions)
 
     def decision_function(self, X: Any) -> np.ndarray:
         """For two classes one value a row, above 0 for the second; else by decision_function_shape."""
@@ -117,7 +123,8 @@ class BaseClassifier(ClassifierMixin, BaseMachine):
         """Probabilities of the classes by sigmoids of label pairs, coupled; with coupling=True."""
         if not self.coupling:
             raise AttributeError("coupled_proba is only available after a fit with coupling=True")
-        return self._apply("probabilities", X)[:, np.argsort(self._order)]
+        probabilities = self._apply("probabilities", X)
+        return probabilities[:, np.argsort(self._order)]
 
     def _weights(self) -> Any:
         if len(self.classes_) == 2:

@@ -31,6 +31,10 @@ def _is_interval(value: Any) -> bool:
     )
 
 
+def _are_weights(value: Any) -> bool:
+    return isinstance(value, Mapping) and all(_is_number(v) and v > 0 for v in value.values())
+
+
 def _is_flag(value: Any) -> bool:
     return isinstance(value, bool) or type(value).__name__ in ("bool_", "bool")
 
@@ -54,8 +58,8 @@ _RULES: dict[str, tuple[Callable[[Any], bool], str]] = {
     "tol": (lambda v: _is_number(v) and v > 0, "a finite number above 0"),
     "cache_size": (lambda v: _is_number(v) and v > 0, "a finite number above 0"),
     "class_weight": (
-        lambda v: v is None or isinstance(v, Mapping) or _is_one_of(v, ("balanced",)),
-        "None, a dict or 'balanced'",
+        lambda v: v is None or _is_one_of(v, ("balanced",)) or _are_weights(v),
+        "None, 'balanced' or a dict of finite numbers above 0",
     ),
     "max_iter": (lambda v: _is_integer(v) and v >= -1, "an integer, -1 or more"),
     "decision_function_shape": (lambda v: _is_one_of(v, ("ovr", "ovo")), "'ovr' or 'ovo'"),
@@ -69,11 +73,14 @@ _RULES: dict[str, tuple[Callable[[Any], bool], str]] = {
 }
 
 
+_ABSENT = object()  # what an estimator without the parameter has
+
+
 def check_parameters(estimator: Any) -> None:
     """Raises ValueError for the first parameter that is out of its range."""
-    for name, value in estimator.get_params(deep=False).items():
-        accepts, words = _RULES.get(name, (None, ""))
-        if accepts is not None and not accepts(value):
+    for name, (accepts, words) in _RULES.items():
+        value = getattr(estimator, name, _ABSENT)
+        if value is not _ABSENT and not accepts(value):
             raise ValueError(
                 f"The {name!r} parameter of {type(estimator).__name__} must be {words}. "
                 f"Got {value!r} instead."

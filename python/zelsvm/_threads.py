@@ -15,6 +15,6 @@ def thread_count(n_jobs: int | None) -> int:
     their share, which the engine keeps to.
     """
     if n_jobs is not None:
-        return effective_n_jobs(n_jobs)
+        return 1 if n_jobs == 1 else effective_n_jobs(n_jobs)
     backend, _ = get_active_backend()
     return int((backend.nesting_level or 0) > 0 and "OMP_NUM_THREADS" not in os.environ)
