@@ -1,8 +1,9 @@
 #include "arrays.h"
 
-#include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <utility>
+#include <variant>
 
 namespace zelpy {
 namespace {
@@ -43,11 +44,12 @@ auto spanOfEither(const nb::ndarray<nb::ro>& array) {
 }
 
 template <typename Number>
-nb::object owned(std::vector<Number>&& values, std::initializer_list<std::size_t> shape) {
+nb::ndarray<nb::numpy, Number> owned(std::vector<Number>&& values,
+                                     std::initializer_list<std::size_t> shape) {
   auto* kept = new std::vector<Number>(std::move(values));
   const nb::capsule owner(kept,
                           [](void* p) noexcept { delete static_cast<std::vector<Number>*>(p); });
-  return nb::cast(nb::ndarray<nb::numpy, Number>(kept->data(), shape, owner));
+  return {kept->data(), shape, owner};
 }
 
 }  // namespace
@@ -74,25 +76,24 @@ SamplesOfArrays sparseSamples(nb::ndarray<nb::ro, nb::ndim<1>> values,
                               nb::ndarray<nb::ro, nb::ndim<1>> offsets, std::size_t features) {
   std::vector<nb::ndarray<nb::ro>> arrays{nb::ndarray<nb::ro>(values), nb::ndarray<nb::ro>(columns),
                                           nb::ndarray<nb::ro>(offsets)};
-  const zelsvm::SparseArrays rows{
-      .values = spanOfEither<double, float>(arrays[0]),
-      .columns = spanOfEither<std::int32_t, std::int64_t>(arrays[1]),
-      .rowOffsets = spanOfEither<std::int32_t, std::int64_t>(arrays[2]),
-      .features = features};
+  const zelsvm::SparseArrays rows{.values = spanOfEither<double, float>(arrays[0]),
+                                  .columns = spanOfEither<std::int32_t, std::int64_t>(arrays[1]),
+                                  .rowOffsets = spanOfEither<std::int32_t, std::int64_t>(arrays[2]),
+                                  .features = features};
   return {std::move(arrays), zelsvm::Samples::csr(rows)};
 }
 
-nb::object toArray(std::vector<double>&& values) {
+Doubles toArray(std::vector<double>&& values) {
   const std::size_t size = values.size();
   return owned(std::move(values), {size});
 }
 
-nb::object toArray(std::vector<double>&& values, std::size_t columns) {
+Doubles toArray(std::vector<double>&& values, std::size_t columns) {
   const std::size_t rows = columns == 0 ? 0 : values.size() / columns;
   return owned(std::move(values), {rows, columns});
 }
 
-nb::object toArray(const std::vector<std::size_t>& values) {
+Integers toArray(const std::vector<std::size_t>& values) {
   return owned(std::vector<std::int64_t>(values.begin(), values.end()), {values.size()});
 }
 

@@ -6,6 +6,7 @@
 #include <zelsvm/zelsvm.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace zelpy {
@@ -26,9 +27,11 @@ SamplesOfArrays sparseSamples(nb::ndarray<nb::ro, nb::ndim<1>> values,
                               nb::ndarray<nb::ro, nb::ndim<1>> columns,
                               nb::ndarray<nb::ro, nb::ndim<1>> offsets, std::size_t features);
 
-// A NumPy array that owns the values; of two dimensions where columns are told.
-nb::object toArray(std::vector<double>&& values);
-nb::object toArray(std::vector<double>&& values, std::size_t columns);
-nb::object toArray(const std::vector<std::size_t>& values);
+// NumPy arrays that own their values; of two dimensions where columns are told.
+using Doubles = nb::ndarray<nb::numpy, double>;
+using Integers = nb::ndarray<nb::numpy, std::int64_t>;
+Doubles toArray(std::vector<double>&& values);
+Doubles toArray(std::vector<double>&& values, std::size_t columns);
+Integers toArray(const std::vector<std::size_t>& values);
 
 }  // namespace zelpy

@@ -35,8 +35,9 @@ Model train(const SamplesOfArrays& rows, const Vector& targets, const Parameters
             const std::optional<Vector>& weights, unsigned threads,
             const std::function<void(const std::string&)>& message) {
   return zelpy::interruptibly({threads, message}, [&](const zelsvm::Sink& sink) {
-    return weights ? zelsvm::train(rows.samples, spanOf(targets), parameters, spanOf(*weights), sink)
-                   : zelsvm::train(rows.samples, spanOf(targets), parameters, sink);
+    return weights
+               ? zelsvm::train(rows.samples, spanOf(targets), parameters, spanOf(*weights), sink)
+               : zelsvm::train(rows.samples, spanOf(targets), parameters, sink);
   });
 }
 
@@ -57,22 +58,22 @@ zelsvm::Predictions predictions(const Model& model, const SamplesOfArrays& rows,
   return body(sink);
 }
 
-nb::object predict(const Model& model, const SamplesOfArrays& rows, unsigned threads) {
+zelpy::Doubles predict(const Model& model, const SamplesOfArrays& rows, unsigned threads) {
   return zelpy::toArray(std::move(predictions(model, rows, false, threads).values));
 }
 
-nb::object decide(const Model& model, const SamplesOfArrays& rows, unsigned threads) {
+zelpy::Doubles decide(const Model& model, const SamplesOfArrays& rows, unsigned threads) {
   auto values = predictions(model, rows, false, threads).decisionValues;
   const std::size_t columns = values.size() / rows.samples.rows();
   return zelpy::toArray(std::move(values), columns);
 }
 
-nb::object probabilities(const Model& model, const SamplesOfArrays& rows, unsigned threads) {
+zelpy::Doubles probabilities(const Model& model, const SamplesOfArrays& rows, unsigned threads) {
   return zelpy::toArray(std::move(predictions(model, rows, true, threads).probabilities),
                         model.labels().size());
 }
 
-nb::object dualCoefficients(const Model& model) {
+zelpy::Doubles dualCoefficients(const Model& model) {
   return zelpy::toArray(model.dualCoefficients(), model.supportVectorCount());
 }
 
@@ -129,8 +130,7 @@ void bindSamples(nb::module_& m) {
       .def("rows", [](const SamplesOfArrays& rows) { return rows.samples.rows(); })
       .def_static("dense", &zelpy::denseSamples, "values"_a)
       .def_static("kernel", &zelpy::kernelSamples, "values"_a, "of_support_vectors"_a)
-      .def_static("csr", &zelpy::sparseSamples, "values"_a, "columns"_a, "offsets"_a,
-                  "features"_a);
+      .def_static("csr", &zelpy::sparseSamples, "values"_a, "columns"_a, "offsets"_a, "features"_a);
 }
 
 void bindModel(nb::module_& m) {
@@ -141,10 +141,12 @@ void bindModel(nb::module_& m) {
       .def_ro("objective", &zelsvm::Solve::objective)
       .def_ro("seconds", &zelsvm::Solve::seconds);
   nb::class_<Model>(m, "Model")
-      .def_static("load", [](const std::string& path) { return Model::load(path); }, "path"_a,
-                  nb::call_guard<nb::gil_scoped_release>())
-      .def("save", [](const Model& model, const std::string& path) { model.save(path); }, "path"_a,
-           nb::call_guard<nb::gil_scoped_release>())
+      .def_static(
+          "load", [](const std::string& path) { return Model::load(path); }, "path"_a,
+          nb::call_guard<nb::gil_scoped_release>())
+      .def(
+          "save", [](const Model& model, const std::string& path) { model.save(path); }, "path"_a,
+          nb::call_guard<nb::gil_scoped_release>())
       .def("save_exact", &Model::saveExact, "path"_a, nb::call_guard<nb::gil_scoped_release>())
       .def("to_bytes", &toBytes)
       .def_static("from_bytes", &fromBytes, "content"_a)
@@ -155,7 +157,8 @@ void bindModel(nb::module_& m) {
       .def("decide", &decide, "samples"_a, "threads"_a)
       .def("probabilities", &probabilities, "samples"_a, "threads"_a)
       .def("labels", [](const Model& model) { return zelpy::toArray(model.labels()); })
-      .def("support_counts", [](const Model& model) { return zelpy::toArray(model.supportCounts()); })
+      .def("support_counts",
+           [](const Model& model) { return zelpy::toArray(model.supportCounts()); })
       .def("support_indices",
            [](const Model& model) { return zelpy::toArray(model.supportIndices()); })
       .def("dual_coefficients", &dualCoefficients)
@@ -180,6 +183,6 @@ NB_MODULE(_engine, m) {
   bindParameters(m);
   bindSamples(m);
   bindModel(m);
-  m.def("train", &train, "samples"_a, "targets"_a, "parameters"_a, "weights"_a,
-        "threads"_a, "message"_a = nb::none());
+  m.def("train", &train, "samples"_a, "targets"_a, "parameters"_a, "weights"_a, "threads"_a,
+        "message"_a = nb::none());
 }

@@ -8,7 +8,9 @@ DOCUMENT = Path(__file__).parents[2] / "docs" / "python.md"
 
 def test_programs_print_what_is_shown(tmp_path, monkeypatch, capsys):
     monkeypatch.chdir(tmp_path)
-    found = re.findall(r"^```python\n(.*?)^```\n```text\n(.*?)^```", DOCUMENT.read_text(), re.M | re.S)
+    found = re.findall(
+        r"^```python\n(.*?)^```\n```text\n(.*?)^```", DOCUMENT.read_text(), re.M | re.S
+    )
     assert len(found) == DOCUMENT.read_text().count("```python") > 3
     names = {}
     for program, shown in found:

@@ -33,8 +33,7 @@ class BaseClassifier(ClassifierMixin, BaseMachine):
         self.classes_ = np.unique(counting)
         if len(self.classes_) < 2:
             raise ValueError(
-                "The number of classes has to be greater than one; got "
-                f"{len(self.classes_)} class"
+                f"The number of classes has to be greater than one; got {len(self.classes_)} class"
             )
         self.class_weight_ = self._class_weights(counting, weights)
         places = np.searchsorted(self.classes_, y)
@@ -253,7 +252,9 @@ class NuSVC(BaseClassifier):
         outweighed = [self._outweighs(masses[i], masses[j]) for i, j in pairs]
         # The tolerance is one for weights about 1.
         mean = masses.sum() / counts.sum()
-        parameters.class_weights = dict(zip(labels.tolist(), self.class_weight_ / mean, strict=True))
+        parameters.class_weights = dict(
+            zip(labels.tolist(), self.class_weight_ / mean, strict=True)
+        )
         if self.class_weight is None or not any(outweighed):
             return super()._trained(X, targets, weights, parameters)
         if self._gives_kernel() or self.coupling:
