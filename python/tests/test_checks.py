@@ -6,8 +6,8 @@ from sklearn.utils.estimator_checks import estimator_checks_generator
 
 from zelsvm import SVC, SVR, NuSVC, NuSVR, OneClassSVM
 
-# Solutions with weights and with copies are compared to seven digits, and each class needs room for its
-# share of nu.
+# Solutions with weights and with copies are compared to seven digits, and each class needs room for
+# its share of nu.
 OF_WEIGHTS = "check_sample_weight_equivalence"
 FINE = {"tol": 1e-12}
 ESTIMATORS = [

@@ -84,16 +84,19 @@ def test_interrupts_end_a_fit_at_once():
     moments = []
 
     def interrupt():
-        time.sleep(0.5)
+        time.sleep(0.3)
         moments.append(time.monotonic())
         _thread.interrupt_main()
 
-    for _ in range(2):
+    waits, ended = [], []
+    for _ in range(5):
         thread = threading.Thread(target=interrupt)
         thread.start()
         with pytest.raises(KeyboardInterrupt):
-            SVC(C=1e6, gamma=5.0, tol=1e-9, cache_size=1).fit(X, y)
-            moments.append(0.0)
+            SVC(C=1e6, gamma=0.1, tol=1e-9, cache_size=1).fit(X, y)
+            ended.append(True)
             time.sleep(5)
+        waits.append(time.monotonic() - moments[-1])
         thread.join()
-        assert time.monotonic() - moments[-1] < 0.1
+    # Others may keep the processors busy, but not five times.
+    assert not ended and min(waits) < 0.1 and max(waits) < 1

@@ -187,6 +187,11 @@ def test_bad_data_are_refused_in_the_usual_words():
         SVC().fit(X, y).predict(X[:, :3])
     with pytest.raises(ValueError, match="nu"):
         NuSVC(nu=0.9).fit(X, np.arange(20) > 17)
+    for array, value in (("indices", 4), ("indices", -1), ("indptr", 1000), ("indptr", -3)):
+        torn = sparse.csr_array(X)
+        getattr(torn, array)[3] = value
+        with pytest.raises(ValueError, match="ind"):
+            SVC().fit(torn, y)
     huge = np.where(np.arange(4) == 0, X * 1e300, X)
     with pytest.raises(ValueError):
         OneClassSVM(kernel="poly", gamma=1.0).fit(huge)

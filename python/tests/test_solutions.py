@@ -166,6 +166,11 @@ def test_coupled_probabilities_follow_the_votes():
     probabilities = model.coupled_proba(X)
     assert np.allclose(probabilities.sum(axis=1), 1) and np.all(probabilities >= 0)
     assert np.mean(probabilities.argmax(axis=1) == model.predict(X)) > 0.9
+    again, other = (
+        SVC(coupling=True, random_state=s).fit(X, y).coupled_proba(X) for s in (None, 5)
+    )
+    assert np.array_equal(again, probabilities)
+    assert not np.array_equal(other, probabilities) and np.allclose(other, probabilities, atol=0.1)
 
 
 @pytest.mark.parametrize("multiclass", [False, True])

@@ -76,11 +76,16 @@ class BaseMachine(BaseEstimator, metaclass=ABCMeta):
         self._warn()
 
     def _validated(self, X: Any, y: Any) -> tuple[Any, Any]:
-        return validate_data(self, X, y, y_numeric=self._numeric_targets, **self._forms())
+        return self._checked(X, y, y_numeric=self._numeric_targets)
 
-    def _forms(self) -> dict[str, Any]:
+    def _checked(self, *arrays: Any, **settings: Any) -> Any:
         # Kernel values are dense.
-        return {**_FORMS, "accept_sparse": False} if self.kernel == "precomputed" else _FORMS
+        forms = {**_FORMS, "accept_sparse": False} if self.kernel == "precomputed" else _FORMS
+        checked = validate_data(self, *arrays, **forms, **settings)
+        X = checked[0] if isinstance(checked, tuple) else checked
+        if sparse.issparse(X):
+            X.check_format()
+        return checked
 
     @staticmethod
     def _validated_weights(sample_weight: Any, X: Any) -> np.ndarray | None:
@@ -213,7 +218,7 @@ class BaseMachine(BaseEstimator, metaclass=ABCMeta):
     def _apply(self, method: str, X: Any) -> np.ndarray:
         """What the engine's model says of the rows; a constant model has its intercepts to say."""
         check_is_fitted(self)
-        X = validate_data(self, X, reset=False, **self._forms())
+        X = self._checked(X, reset=False)
         if self._model is None:
             return np.tile(self.intercept_, (X.shape[0], 1))
         call = getattr(self._model, method)

@@ -7,6 +7,7 @@ from typing import Any
 
 import numpy as np
 from sklearn.base import ClassifierMixin
+from sklearn.utils import check_random_state
 from sklearn.utils.class_weight import compute_class_weight
 from sklearn.utils.multiclass import check_classification_targets
 from sklearn.utils.validation import column_or_1d
@@ -67,7 +68,9 @@ class BaseClassifier(ClassifierMixin, BaseMachine):
             zip(self._labels().tolist(), self.class_weight_.tolist(), strict=True)
         )
         parameters.probability = bool(self.coupling)
-        parameters.random_seed = 1
+        # Without a state the folds of probabilities are the same on each run.
+        if self.random_state is not None:
+            parameters.random_seed = check_random_state(self.random_state).randint(2**31)
 
     def _keep_solution(self, model: _engine.Model) -> None:
         order = np.searchsorted(self._labels(), model.labels())

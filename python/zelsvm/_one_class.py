@@ -6,7 +6,6 @@ from typing import Any
 
 import numpy as np
 from sklearn.base import OutlierMixin
-from sklearn.utils.validation import validate_data
 
 from zelsvm import _engine
 from zelsvm._base import BaseMachine
@@ -58,7 +57,7 @@ class OneClassSVM(OutlierMixin, BaseMachine):
         self.offset_ = -self.intercept_
 
     def _validated(self, X: Any, y: Any) -> tuple[Any, Any]:
-        X = validate_data(self, X, ensure_min_samples=2, **self._forms())
+        X = self._checked(X, ensure_min_samples=2)
         return X, np.ones(X.shape[0])
 
     def _targets(self, y: Any, weights: np.ndarray | None) -> np.ndarray:

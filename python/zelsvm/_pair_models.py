@@ -1,4 +1,4 @@
-"""A model of each pair of classes where class weights leave some pairs no solution but a constant."""
+"""A model of each pair of classes, where class weights leave some pairs only a constant."""
 
 from __future__ import annotations
 

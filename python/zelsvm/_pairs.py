@@ -1,7 +1,7 @@
 """Label pairs, one against one, in the order of sorted classes.
 
-The engine takes labels in the order in which it meets them and has a decision function for each pair
-of them, above 0 for the pair's first. Here the pairs are those of the classes in ascending order.
+The engine takes labels in the order in which it meets them and has a decision function for each
+pair of them, above 0 for the pair's first. Here pairs are those of the classes in ascending order.
 """
 
 from __future__ import annotations
