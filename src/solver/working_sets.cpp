@@ -42,7 +42,9 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
   subspace.clear();
   isDrifted = isChecked = false;
   madeBefore = 0;
-  begin(rowPrecision(context->kernelSettings(samples->features().count()).type));
+  // Near its end a solve needs exact rows anyway.
+  begin(startsNear ? SetPrecision::full
+                   : rowPrecision(context->kernelSettings(samples->features().count()).type));
   rough.begin(variables.samples, context->eps);
   sums.assign(variables.samples, 0);
   if (!startsNear && startsFromSubset(context->svmType)) placeStart();
