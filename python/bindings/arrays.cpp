@@ -54,14 +54,15 @@ nb::ndarray<nb::numpy, Number> owned(std::vector<Number>&& values,
 
 }  // namespace
 
-SamplesOfArrays denseSamples(nb::ndarray<nb::ro, nb::ndim<2>> values) {
+SamplesOfArrays denseSamples(const nb::ndarray<nb::ro, nb::ndim<2>>& values) {
   const nb::ndarray<nb::ro> array(values);
   return byType<double, float>(array, [&](auto number) {
     return SamplesOfArrays{{array}, zelsvm::Samples::dense(tableOf<decltype(number)>(array))};
   });
 }
 
-SamplesOfArrays kernelSamples(nb::ndarray<nb::ro, nb::ndim<2>> values, bool ofSupportVectors) {
+SamplesOfArrays kernelSamples(const nb::ndarray<nb::ro, nb::ndim<2>>& values,
+                              bool ofSupportVectors) {
   const nb::ndarray<nb::ro> array(values);
   const auto columns = ofSupportVectors ? zelsvm::KernelColumns::supportVectors
                                         : zelsvm::KernelColumns::trainingSamples;
@@ -71,9 +72,10 @@ SamplesOfArrays kernelSamples(nb::ndarray<nb::ro, nb::ndim<2>> values, bool ofSu
   });
 }
 
-SamplesOfArrays sparseSamples(nb::ndarray<nb::ro, nb::ndim<1>> values,
-                              nb::ndarray<nb::ro, nb::ndim<1>> columns,
-                              nb::ndarray<nb::ro, nb::ndim<1>> offsets, std::size_t features) {
+SamplesOfArrays sparseSamples(const nb::ndarray<nb::ro, nb::ndim<1>>& values,
+                              const nb::ndarray<nb::ro, nb::ndim<1>>& columns,
+                              const nb::ndarray<nb::ro, nb::ndim<1>>& offsets,
+                              std::size_t features) {
   std::vector<nb::ndarray<nb::ro>> arrays{nb::ndarray<nb::ro>(values), nb::ndarray<nb::ro>(columns),
                                           nb::ndarray<nb::ro>(offsets)};
   const zelsvm::SparseArrays rows{.values = spanOfEither<double, float>(arrays[0]),

@@ -20,12 +20,14 @@ struct SamplesOfArrays {
 };
 
 // float32 or float64, any strides.
-SamplesOfArrays denseSamples(nb::ndarray<nb::ro, nb::ndim<2>> values);
-SamplesOfArrays kernelSamples(nb::ndarray<nb::ro, nb::ndim<2>> values, bool ofSupportVectors);
+SamplesOfArrays denseSamples(const nb::ndarray<nb::ro, nb::ndim<2>>& values);
+SamplesOfArrays kernelSamples(const nb::ndarray<nb::ro, nb::ndim<2>>& values,
+                              bool ofSupportVectors);
 // Compressed sparse rows; int32 or int64 columns and offsets.
-SamplesOfArrays sparseSamples(nb::ndarray<nb::ro, nb::ndim<1>> values,
-                              nb::ndarray<nb::ro, nb::ndim<1>> columns,
-                              nb::ndarray<nb::ro, nb::ndim<1>> offsets, std::size_t features);
+SamplesOfArrays sparseSamples(const nb::ndarray<nb::ro, nb::ndim<1>>& values,
+                              const nb::ndarray<nb::ro, nb::ndim<1>>& columns,
+                              const nb::ndarray<nb::ro, nb::ndim<1>>& offsets,
+                              std::size_t features);
 
 // NumPy arrays that own their values; of two dimensions where columns are told.
 using Doubles = nb::ndarray<nb::numpy, double>;

@@ -39,7 +39,7 @@ class Pairs:
 
     def votes(self, decisions: np.ndarray) -> np.ndarray:
         """One column per class: how many of its pairs a sample decides for it."""
-        return ((decisions[:, self.of_class] >= 0) == self.is_first).sum(axis=2)
+        return ((decisions >= 0)[:, self.of_class] == self.is_first).sum(axis=2)
 
     def ranks(self, decisions: np.ndarray) -> np.ndarray:
         """Votes, and among equal votes the sum of decision values squeezed into a third."""
