@@ -198,6 +198,7 @@ class ClockedSets : public zelsvm::SetMachine {
     const Clock clock(report.setRows);
     inner->addRows(weighted, sums);
   }
+  [[nodiscard]] std::uint64_t rowsAtOnce() const override { return inner->rowsAtOnce(); }
   [[nodiscard]] std::uint64_t rowsMade() const override { return inner->rowsMade(); }
   [[nodiscard]] double cacheHitRate() const override { return inner->cacheHitRate(); }
   void chooseSet(std::span<const unsigned> samples, zelsvm::SetPrecision precision) override {

@@ -33,9 +33,9 @@ struct SetSteps {
   bool isDone;  // within the tolerance, or no step changes anything
 };
 
-// One solve at a time. Same bits for any number of threads and any cache. What any function here
-// throws is a std::bad_alloc for memory that is not there or a RuntimeException for another failure
-// of the machine.
+// One solve at a time. Same bits in every run, and on the processor for any number of threads and
+// any cache. What any function here throws is a std::bad_alloc for memory that is not there or a
+// RuntimeException for another failure of the machine.
 class SetMachine {
  public:
   SetMachine() = default;
@@ -49,6 +49,8 @@ class SetMachine {
 
   // sums[s] += weight K(row, s) for each row and all samples s, exact doubles throughout.
   virtual void addRows(std::span<const WeightedRow> rows, std::span<double> sums) = 0;
+  // So many rows are best added by one call.
+  [[nodiscard]] virtual std::uint64_t rowsAtOnce() const = 0;
   // Kernel rows computed since begin().
   [[nodiscard]] virtual std::uint64_t rowsMade() const = 0;
   // The part of the rows asked for since then that the cache held; 0 before the first.

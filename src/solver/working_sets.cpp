@@ -13,8 +13,6 @@ namespace {
 
 // Steps to a dot, and between two looks at the sink.
 constexpr std::uint64_t batchSteps = 1000;
-// Rows between two looks at the sink.
-constexpr std::uint64_t rowBatch = 512;
 // A set is solved to this part of the whole gap; more would be undone by the next sets.
 constexpr double innerShare = 0.1;
 // Steps for each of its samples after which a set has had enough.
@@ -157,8 +155,9 @@ void WorkingSets::addChanges() {
 
 void WorkingSets::addRows() {
   const std::span<const WeightedRow> all = rows;
-  for (std::size_t first = 0; first < all.size(); first += rowBatch) {
-    machine->addRows(all.subspan(first, std::min(rowBatch, all.size() - first)), sums);
+  const std::uint64_t batch = machine->rowsAtOnce();
+  for (std::size_t first = 0; first < all.size(); first += batch) {
+    machine->addRows(all.subspan(first, std::min<std::size_t>(batch, all.size() - first)), sums);
     lookOut();
   }
 }

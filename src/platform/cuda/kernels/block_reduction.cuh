@@ -16,6 +16,24 @@ __device__ __forceinline__ void reduceBlock(const Combine& combine) {
   }
 }
 
+// Folds what the block's threads found, eight entries at a time; the shared array has one for each
+// of them, whose number is a power of two. Thread 0 gets the result, which stays in entry 0 for the
+// others to read after a barrier.
+template <typename Entry>
+__device__ __forceinline__ Entry foldByEights(Entry found, Entry* shared) {
+  shared[threadIdx.x] = found;
+  for (unsigned left = blockDim.x; left > 1;) {
+    const unsigned next = left > 8 ? left / 8 : 1;
+    __syncthreads();
+    if (threadIdx.x < next) {
+      for (unsigned k = next; k < left; k += next) found.fold(shared[threadIdx.x + k]);
+      shared[threadIdx.x] = found;
+    }
+    left = next;
+  }
+  return found;
+}
+
 // Called by all threads after thread 0 has published the block's result: true in the block that
 // arrives last, which sees the results of all others. flag is shared; the counter is 0 before the
 // launch, and the last block sets it back.

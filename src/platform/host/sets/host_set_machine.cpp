@@ -20,6 +20,7 @@ class HostSetMachine : public SetMachine {
     rows.add(weighted, sums);
   }
 
+  [[nodiscard]] std::uint64_t rowsAtOnce() const override { return 512; }
   [[nodiscard]] std::uint64_t rowsMade() const override { return rows.made(); }
   [[nodiscard]] double cacheHitRate() const override { return rows.hitRate(); }
 
