@@ -3,6 +3,8 @@
 
 #include <cuda_runtime.h>
 
+#include "platform/cuda/runtime/answer.h"
+
 namespace zelsvm {
 
 // Runs combine(into, from) on pairs of the block's `size` shared entries, a power of two, until
@@ -45,6 +47,15 @@ __device__ __forceinline__ bool isLastBlock(unsigned& counter, bool& flag) {
   }
   __syncthreads();
   return flag;
+}
+
+// Gives the host an answer; called by one thread.
+template <typename T>
+__device__ __forceinline__ void giveAnswer(zel::Ticketed<T>* place, const T& value,
+                                           unsigned long long ticket) {
+  place->value = value;
+  __threadfence_system();
+  *static_cast<volatile unsigned long long*>(&place->ticket) = ticket;
 }
 
 }  // namespace zelsvm

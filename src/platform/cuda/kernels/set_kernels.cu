@@ -1,43 +1,9 @@
 #include "platform/cuda/kernels/block_reduction.cuh"
+#include "platform/cuda/kernels/search_records.h"
 #include "platform/cuda/kernels/set_kernels.h"
-#include "rules/smo_records.h"
 
 namespace zelsvm {
 namespace {
-
-// Of each group the extremes of offset - sum and the first sample that has the largest.
-template <unsigned groups>
-struct Extremes {
-  SmoUpperBeta<double> beta[groups];
-  unsigned index[groups];
-
-  __device__ __forceinline__ void clear() {
-    for (unsigned g = 0; g < groups; ++g) {
-      beta[g] = {-__builtin_inf(), __builtin_inf()};
-      index[g] = noIndex;
-    }
-  }
-  __device__ __forceinline__ void fold(const Extremes& other) {
-    for (unsigned g = 0; g < groups; ++g) {
-      const double up = other.beta[g].up;
-      if (up > beta[g].up || (up == beta[g].up && other.index[g] < index[g])) {
-        beta[g].up = up;
-        index[g] = other.index[g];
-      }
-      beta[g].low = fmin(beta[g].low, other.beta[g].low);
-    }
-  }
-};
-
-struct Partner {
-  SmoLowerBeta<double> best;
-
-  __device__ __forceinline__ void fold(const Partner& other) {
-    const double gain = other.best.value;
-    if (gain < best.value || (gain == best.value && other.best.index < best.index))
-      best = other.best;
-  }
-};
 
 struct Pair {
   unsigned i;
@@ -67,12 +33,8 @@ __device__ __forceinline__ Extremes<groups> findFirst(const SetArrays& set, unsi
         set.sums[r] + (last.step.i * __ldg(rowI + r) + last.step.j * __ldg(rowJ + r));
     set.sums[r] = sum;
     for (unsigned g = 0; g < groups; ++g) {
-      const double up = set.rises[g * size + r] - sum;
-      if (up > found.beta[g].up) {
-        found.beta[g].up = up;
-        found.index[g] = r;
-      }
-      found.beta[g].low = fmin(found.beta[g].low, set.falls[g * size + r] - sum);
+      found.takeRise(g, set.rises[g * size + r] - sum, r);
+      found.takeFall(g, set.falls[g * size + r] - sum);
     }
   }
   return found;
@@ -83,13 +45,12 @@ __device__ __forceinline__ Partner findSecond(const SetArrays& set, unsigned siz
                                               unsigned i, double up) {
   const double* const rowI = set.matrix + i * set.pitch;
   const double diagonal = set.diagonal[i];
-  Partner found{{0, noIndex}};
+  Partner found = noPartner;
 #pragma unroll 2
   for (unsigned r = threadIdx.x; r < size; r += blockDim.x) {
     const double b = up - (set.falls[group * size + r] - set.sums[r]);
     if (!(b > 0)) continue;
-    const double gain = pairGain(b, pairCurvature(diagonal + set.diagonal[r], __ldg(rowI + r)));
-    if (gain < found.best.value) found.best = {gain, r};
+    found.take(pairGain(b, pairCurvature(diagonal + set.diagonal[r], __ldg(rowI + r))), r);
   }
   return found;
 }
