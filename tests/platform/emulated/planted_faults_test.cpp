@@ -49,7 +49,7 @@ class Steps {
     for (unsigned t = 0; t < count; ++t) {
       signs.push_back(t % 3 == 0 ? -1 : 1);
       all.push_back(t);
-      if (t >= 36 * zelsvm::searchThreads) linearTerm[t] *= 10;
+      if (t % (45 * zelsvm::searchThreads) >= 36 * zelsvm::searchThreads) linearTerm[t] *= 10;
     }
   }
 
@@ -85,7 +85,8 @@ class Steps {
   }
 
  private:
-  static constexpr unsigned count = zelsvm::searchThreads * (racing ? 3 : 45);
+  static constexpr unsigned searched = 4 * zelsvm::searchThreads;  // by a block
+  static constexpr unsigned count = searched * (racing ? 3 : 45);
 
   zel::DeviceSetup setup{Devices{device()}};
   CudaMachine machine{0};

@@ -40,7 +40,8 @@ template <typename T>
 __global__ void initSmoGradientKernel(T* G, const T* Q, unsigned ld, unsigned first, unsigned count,
                                       unsigned l);
 
-// Blocks of searchThreads threads with as many extremes in dynamic shared memory. Adds the step's
+// Blocks of a power of two of threads, at most searchThreads, with as many extremes in dynamic
+// shared memory. Adds the step's
 // effect to the gradient of all l variables, then answers with the extremes over the active ones.
 // blocks has an entry per block.
 template <bool nu>
@@ -48,7 +49,7 @@ __global__ void selectSmoWorkingSetKernel(Extremes<2>* blocks, zel::Ticketed<Ext
                                           unsigned long long ticket, double* G, GradientStep step,
                                           unsigned l);
 
-// Blocks of searchThreads threads. Chooses the second index among the active variables by objective
+// Blocks of as many threads. Chooses the second index among the active variables by objective
 // change and moves the pair's multipliers. second is the negative group's.
 template <bool nu, bool unitDiagonal>
 __global__ void findSmoDeltaKernel(Partner* blocks, zel::Ticketed<MovedPair>* answer,

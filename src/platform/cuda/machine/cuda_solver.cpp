@@ -1,6 +1,7 @@
 #include "platform/cuda/machine/cuda_solver.h"
 
 #include <algorithm>
+#include <bit>
 #include <numeric>
 
 #include "platform/cuda/kernels/device_context.h"
@@ -14,6 +15,15 @@ namespace {
 
 constexpr unsigned sweepBlock = 128;
 constexpr std::size_t sharedBytes = searchThreads * sizeof(Extremes<2>);
+// Small problems so have a single block, which waits for no other.
+constexpr unsigned variablesPerThread = 4;
+
+zel::LaunchShape searchShape(unsigned limit, unsigned variables, std::size_t entryBytes) {
+  constexpr unsigned leastThreads = 32;
+  const unsigned wanted = (variables + variablesPerThread - 1) / variablesPerThread;
+  const unsigned threads = std::clamp(std::bit_ceil(wanted), leastThreads, searchThreads);
+  return {zel::gridSize(limit, wanted, threads), threads, threads * entryBytes};
+}
 
 auto* deltaKernelOf(SVM_KERNEL type, bool nu) {
   const bool unit = withKernel(type, []<typename Function>() { return Function::unitDiagonal; });
@@ -124,9 +134,9 @@ void CudaSolver::activate(std::span<const unsigned> ascendingVariables) {
 }
 
 void CudaSolver::launchSelection(const GradientStep& gradientStep) {
-  const unsigned grid = zel::gridSize(selectLimit, variableCount(), searchThreads);
-  zel::launch(selectKernel, {grid, searchThreads, sharedBytes}, selections.data(), selected.place(),
-              selected.nextTicket(), gradient.data(), gradientStep, variableCount());
+  zel::launch(selectKernel, searchShape(selectLimit, variableCount(), sizeof(Extremes<2>)),
+              selections.data(), selected.place(), selected.nextTicket(), gradient.data(),
+              gradientStep, variableCount());
   isSelecting = true;
 }
 
@@ -150,9 +160,9 @@ PairStep CudaSolver::movePair(const SmoSelection<double>& selection,
   turn.publishIfLost();
   const FirstOfPair first = firstOf(selection);
   const FirstOfPair firstOfSecond = classes == 2 ? firstOf(second) : first;
-  const unsigned grid = zel::gridSize(deltaLimit, variableCount(), searchThreads);
-  zel::launch(deltaKernel, {grid, searchThreads}, partners.data(), moved.place(),
-              moved.nextTicket(), first, firstOfSecond, alpha.data(), variableCount());
+  zel::launch(deltaKernel, searchShape(deltaLimit, variableCount(), 0), partners.data(),
+              moved.place(), moved.nextTicket(), first, firstOfSecond, alpha.data(),
+              variableCount());
   isSelecting = false;
   const auto [j, delta] = moved.await();
   if (j == noIndex) return {selection.index, noIndex, 0, 0};
