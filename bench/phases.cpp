@@ -206,6 +206,8 @@ class ClockedSets : public zelsvm::SetMachine {
     report.setRows.exponentials += values * exponentials;
     inner->addExactly(weighted, samples, sums);
   }
+  [[nodiscard]] bool addsRoughly() const override { return inner->addsRoughly(); }
+  [[nodiscard]] std::uint64_t rowsAtOnce() const override { return inner->rowsAtOnce(); }
   [[nodiscard]] std::uint64_t rowsMade() const override { return inner->rowsMade(); }
   [[nodiscard]] double cacheHitRate() const override { return inner->cacheHitRate(); }
   void chooseSet(std::span<const unsigned> samples, zelsvm::SetPrecision precision) override {

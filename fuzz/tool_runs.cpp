@@ -25,8 +25,9 @@ zelsvm_opt::ZelSvmOpt parse(const std::vector<std::string>& words) {
 }
 
 bool run(const zelsvm_opt::ZelSvmOpt& options) {
-  return accepts(
-      [&] { zelsvm_main::ZelSvmMain<double>(options, zelsvm_main::choosePlatform("host")).run(); });
+  return accepts([&] {
+    zelsvm_main::ZelSvmMain<double>(options, zelsvm_main::choosePlatform("host", {})).run();
+  });
 }
 
 }  // namespace zelfuzz

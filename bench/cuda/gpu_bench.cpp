@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <span>
 #include <vector>
@@ -140,6 +141,73 @@ void timeIterations(const zelsvm::Machine& machine) {
               behind / 40000 * 1e6, first / 60000 * 1e6);
 }
 
+// Seconds of a working set's steps and of rows of all samples, on a problem of two classes.
+class SetTimes {
+ public:
+  SetTimes(const zelsvm::Machine& machine, std::uint64_t rows, std::uint64_t cols)
+      : values(randomValues(rows * cols, 7)),
+        matrix(matrixOf(values, cols)),
+        sets(machine.makeSetMachine()) {
+    sets->begin({.samples = matrix.get(), .kernel = radial, .cacheMegabytes = 100});
+  }
+
+  double secondsOfRows(unsigned count) {
+    std::vector<zelsvm::WeightedRow> rows;
+    for (unsigned s = 0; s < count; ++s) rows.push_back({s, false, 1});
+    std::vector<double> sums(matrix->rows());
+    return medianSeconds([&] { sets->addRows(rows, sums); });
+  }
+
+  double secondsOfSteps(std::uint64_t samples, std::uint64_t steps) {
+    std::vector<unsigned> chosen(samples);
+    std::iota(chosen.begin(), chosen.end(), 0);
+    sets->chooseSet(chosen, zelsvm::SetPrecision::single);
+    std::vector<signed char> signs(samples);
+    for (std::uint64_t s = 0; s < samples; ++s) signs[s] = s % 2 == 0 ? 1 : -1;
+    const std::vector<double> linearTerm(samples, -1.0);
+    return medianSeconds([&] {
+      std::vector<double> multipliers(samples);
+      std::vector<double> sums(samples);
+      const auto made = sets->solveSet({.samples = samples,
+                                        .signs = signs,
+                                        .linearTerm = linearTerm,
+                                        .multipliers = multipliers,
+                                        .Cp = 1e6,
+                                        .Cn = 1e6,
+                                        .twoGroups = false},
+                                       sums, 1e-12, steps);
+      if (made.count != steps) std::printf("the set ended after %lu steps\n", made.count);
+    });
+  }
+
+ private:
+  HostVector<double> values;
+  std::unique_ptr<zelmag::AbstractMatrix<double>> matrix;
+  std::unique_ptr<zelsvm::SetMachine> sets;
+};
+
+// What src/tools/platform_estimate.cpp assumes of a device, as this one has it.
+void timeConstants(const zelsvm::Machine& machine, double secondsOfStart) {
+  constexpr std::uint64_t rows = 50000;
+  constexpr unsigned added = 4096;
+  constexpr std::uint64_t few = 16;
+  constexpr std::uint64_t many = 512;
+  constexpr std::uint64_t steps = 2000;
+  const double shortRows = SetTimes(machine, rows, few).secondsOfRows(added);
+  const double longRows = SetTimes(machine, rows, many).secondsOfRows(added);
+  const double perEntry = 1e9 / (static_cast<double>(rows) * added);
+  const double value = (longRows - shortRows) * perEntry / (many - few);
+  SetTimes sets(machine, 8192, 100);
+  Iterations pairs(machine, 1400, 20, 4095);
+  pairs.seconds(2000);
+  std::printf(
+      "src/tools/platform_estimate.cpp should have for this device:\n"
+      "  deviceEntry = %.3g\n  deviceValue = %.3g\n  deviceSetStep = %.0f\n"
+      "  devicePairStep = %.0f\n  deviceStart = %.2f\n",
+      shortRows * perEntry - few * value, value, sets.secondsOfSteps(4096, steps) / steps * 1e9,
+      pairs.seconds(2000) / 2000 * 1e9, secondsOfStart);
+}
+
 void timePrediction(const zelsvm::Machine& machine, double rate) {
   constexpr std::uint64_t rows = 10000;
   constexpr std::uint64_t cols = 784;
@@ -168,7 +236,10 @@ void timePrediction(const zelsvm::Machine& machine, double rate) {
 }  // namespace
 
 int main() {
+  const auto start = std::chrono::steady_clock::now();
   const zelsvm::CudaMachine machine(0);
+  SetTimes(machine, 1024, 16).secondsOfRows(16);
+  const std::chrono::duration<double> starting = std::chrono::steady_clock::now() - start;
   const double bandwidth = copyBandwidth();
   const double rate = matrixRate();
   std::printf("copying: %.0f GB/s; products in double precision: %.1f TFLOP/s\n", bandwidth / 1e9,
@@ -176,4 +247,5 @@ int main() {
   timeRows(machine, bandwidth);
   timeIterations(machine);
   timePrediction(machine, rate);
+  timeConstants(machine, starting.count());
 }

@@ -34,9 +34,9 @@ struct SetSteps {
   bool isDone;  // within the tolerance, or no step changes anything
 };
 
-// One solve at a time. Same bits for any number of threads and any cache. What any function here
-// throws is a std::bad_alloc for memory that is not there or a RuntimeException for another failure
-// of the machine.
+// One solve at a time. Same bits in every run, and on the processor for any number of threads and
+// any cache. What any function here throws is a std::bad_alloc for memory that is not there or a
+// RuntimeException for another failure of the machine.
 class SetMachine {
  public:
   SetMachine() = default;
@@ -53,6 +53,10 @@ class SetMachine {
   // sums[i] += weight K(row, samples[i]) for each row, exact doubles throughout.
   virtual void addExactly(std::span<const WeightedRow> rows, std::span<const unsigned> samples,
                           std::span<double> sums) = 0;
+  // Whether single precision makes addRows() faster.
+  [[nodiscard]] virtual bool addsRoughly() const = 0;
+  // So many rows are best added by one call.
+  [[nodiscard]] virtual std::uint64_t rowsAtOnce() const = 0;
   // Kernel rows computed since begin().
   [[nodiscard]] virtual std::uint64_t rowsMade() const = 0;
   // The part of the rows asked for since then that the cache held; 0 before the first.

@@ -13,8 +13,6 @@ namespace {
 
 // Steps to a dot, and between two looks at the sink.
 constexpr std::uint64_t batchSteps = 1000;
-// Rows between two looks at the sink.
-constexpr std::uint64_t rowBatch = 512;
 // A set is solved to this part of the whole gap; more would be undone by the next sets.
 constexpr double innerShare = 0.1;
 // Steps for each of its samples after which a set has had enough.
@@ -43,8 +41,9 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
   isDrifted = isChecked = false;
   madeBefore = 0;
   // Near its end a solve needs exact rows anyway.
-  begin(startsNear ? SetPrecision::full
-                   : rowPrecision(context->kernelSettings(samples->features().count()).type));
+  begin(startsNear || !machine->addsRoughly()
+            ? SetPrecision::full
+            : rowPrecision(context->kernelSettings(samples->features().count()).type));
   rough.begin(variables.samples, context->eps);
   sums.assign(variables.samples, 0);
   if (!startsNear && startsFromSubset(context->svmType)) placeStart();
@@ -177,9 +176,10 @@ void WorkingSets::addChanges() {
 
 void WorkingSets::addRows() {
   const std::span<const WeightedRow> all = rows;
-  for (std::size_t first = 0; first < all.size(); first += rowBatch) {
+  const std::uint64_t batch = machine->rowsAtOnce();
+  for (std::size_t first = 0; first < all.size(); first += batch) {
     const std::span<const WeightedRow> some =
-        all.subspan(first, std::min(rowBatch, all.size() - first));
+        all.subspan(first, std::min<std::size_t>(batch, all.size() - first));
     if (isRough && !rough.add(some, sums, *machine)) useFullRows();
     if (!isRough) machine->addRows(some, sums);
     lookOut();

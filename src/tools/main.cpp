@@ -24,8 +24,9 @@ int main(int argc, char** argv) {
     const zelsvm_opt::ZelSvmOpt options(argc, argv);
     const std::string answer = zelsvm_opt::answerTo(options);
     if (!answer.empty()) return zel::writeMessage(answer);
-    zelsvm_main::ZelSvmMain<double>(options,
-                                    zelsvm_main::choosePlatform(std::getenv("ZELSVM_PLATFORM")))
+    const auto planRun = [&options] { return zelsvm_main::plannedRun(options); };
+    zelsvm_main::ZelSvmMain<double>(
+        options, zelsvm_main::choosePlatform(std::getenv("ZELSVM_PLATFORM"), planRun))
         .run();
   });
 }

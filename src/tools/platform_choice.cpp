@@ -2,11 +2,14 @@
 
 #include <dlfcn.h>
 
+#include <cstdio>
 #include <source_location>
 #include <string_view>
 
 #include "base/errors.h"
+#include "base/output/console.h"
 #include "platform/host/host_machine.h"
+#include "threads/parallel.h"
 #include "tools/engine_loader.h"
 
 namespace zelsvm_main {
@@ -45,10 +48,30 @@ const zelsvm::Machine& processor(int device) {
 
 }  // namespace
 
-MachineChoice choosePlatform(const char* wanted) {
+DeviceVerdict judgeDevice(const PlannedRun& run, unsigned threads) {
+  if (run.asksForDevice) return {true, "The GPU is asked for by its number."};
+  const RunSeconds seconds = estimatedSeconds(run, threads);
+  char reason[160];
+  std::snprintf(
+      reason, sizeof reason,
+      "Estimated seconds: %.1f on the GPU, %.1f on the processor; ZELSVM_PLATFORM=cuda or "
+      "host decides otherwise.",
+      seconds.device, seconds.processor);
+  return {seconds.device < seconds.processor, reason};
+}
+
+MachineChoice choosePlatform(const char* wanted, const RunPlanner& planRun) {
   const ZelsvmMachines* const machines = chooseMachines(wanted);
   if (machines == nullptr) return processor;
-  return [machines](int device) -> const zelsvm::Machine& { return *machines->open(device); };
+  const auto open = [machines](int device) -> const zelsvm::Machine& {
+    return *machines->open(device);
+  };
+  if (wanted != nullptr && *wanted != '\0') return open;
+  const DeviceVerdict verdict = judgeDevice(planRun(), static_cast<unsigned>(zel::threadCount()));
+  return [open, verdict](int device) -> const zelsvm::Machine& {
+    if (zel::isVerbose()) zel::printMessage("%s\n", verdict.reason.c_str());
+    return verdict.isTaken ? open(device) : processor(device);
+  };
 }
 
 }  // namespace zelsvm_main

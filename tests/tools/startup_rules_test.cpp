@@ -45,13 +45,13 @@ TEST(RunGuarded, StatusAndReport) {
 
 TEST(PlatformChoice, HostUnlessToldOtherwise) {
   for (const char* const wanted : {static_cast<const char*>(nullptr), "", "host"})
-    EXPECT_EQ(&zelsvm_main::choosePlatform(wanted)(0), &zelsvm::hostMachine());
+    EXPECT_EQ(&zelsvm_main::choosePlatform(wanted, {})(0), &zelsvm::hostMachine());
 }
 
 TEST(PlatformChoice, RefusalsSayWhy) {
   const auto refusal = [](const char* wanted) -> std::string {
     try {
-      zelsvm_main::choosePlatform(wanted);
+      zelsvm_main::choosePlatform(wanted, {});
     } catch (const zel::AppException& error) {
       return error.what();
     }

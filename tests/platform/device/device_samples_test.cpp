@@ -41,4 +41,32 @@ TEST(DeviceSamples, HaveTheProductsOfPlainRows) {
     }
 }
 
+TEST(DeviceSamples, HaveTheRowsAndProductsOfChosenOnes) {
+  const std::vector<unsigned> numbers = {9, 4, 27, 0, 28};
+  constexpr std::size_t cols = 40;
+  constexpr std::size_t stride = 7;
+  for (const Storage storage : {Storage::dense, Storage::sorted, Storage::messy, Storage::full}) {
+    SCOPED_TRACE(zeltest::nameOf(storage));
+    const StoredMatrix stored(storage, 29, cols, 6);
+    zelsvm::LinearAlgebra libraries;
+    const auto samples = zelsvm::makeDeviceSamples(*stored.matrix, libraries);
+    const DeviceArray<double> products(numbers.size() * stride);
+    samples->productsWithin(numbers, products.data(), stride);
+    const DeviceArray<unsigned> there(numbers);
+    std::vector<double> rows(numbers.size() * cols);
+    ASSERT_EQ(cudaMemcpy(rows.data(), samples->rowsOf(there.data(), numbers.size()),
+                         rows.size() * sizeof(double), cudaMemcpyDeviceToHost),
+              cudaSuccess);
+    const auto found = products.values();
+    for (std::size_t k = 0; k < numbers.size(); ++k) {
+      for (std::size_t j = 0; j < cols; ++j)
+        EXPECT_EQ(rows[k * cols + j], stored.table[numbers[k]][j]) << k << ", " << j;
+      for (std::size_t i = 0; i < numbers.size(); ++i)
+        EXPECT_NEAR(found[k * stride + i], dot(stored.table[numbers[i]], stored.table[numbers[k]]),
+                    1e-12)
+            << k << ", " << i;
+    }
+  }
+}
+
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "base/errors.h"
+#include "platform/cuda/runtime/answer.h"
 #include "platform/device/device_array.h"
 
 namespace {
@@ -44,6 +46,12 @@ TEST(Memory, AnswersAbsurdSizesWithOutOfMemoryAndGoesOn) {
   EXPECT_EQ(cudaGetLastError(), cudaErrorMemoryAllocation);
   const DeviceArray<double> usable({1, 2});
   EXPECT_EQ(usable.values()[1], 2);
+}
+
+TEST(Answer, ThatNobodyGivesIsAnError) {
+  zel::Answer<double> answer;
+  answer.nextTicket();
+  EXPECT_THROW(answer.await(), zel::RuntimeException);
 }
 
 }  // namespace

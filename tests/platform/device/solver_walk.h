@@ -8,11 +8,8 @@
 #include <limits>
 #include <memory>
 #include <string>
-#include <tuple>
 #include <vector>
 
-#include "platform/cuda/kernels/smo_kernels.h"
-#include "platform/cuda/runtime/launch.h"
 #include "platform/device/reference_solver.h"
 
 namespace zeltest {
@@ -42,8 +39,6 @@ class SolverWalk {
     }
   }
 
-  // The one that a search meets first: of a thread the earlier position, and of threads and of
-  // blocks the one that the halving folds keep.
   void expectFirstOfTies() {
     const testing::ScopedTrace trace(__FILE__, __LINE__, describe());
     solver->select(selection, second);
@@ -52,14 +47,7 @@ class SolverWalk {
     for (const unsigned t : reference.active)
       if (reference.isUpper(t) && reference.violation(t) == up) ties.push_back(t);
     EXPECT_GT(ties.size(), 1U);
-    const unsigned blocks = searchBlocks();
-    const auto order = [blocks](unsigned t) {
-      const unsigned thread = t % (blocks * searchWidth);
-      const unsigned block = thread / searchWidth;
-      return std::tuple(foldRank(block % searchWidth), block, foldRank(thread % searchWidth), t);
-    };
-    const auto earlier = [order](unsigned a, unsigned b) { return order(a) < order(b); };
-    EXPECT_EQ(selection.index, *std::min_element(ties.begin(), ties.end(), earlier));
+    EXPECT_EQ(selection.index, ties.front());
   }
 
   void shrink() {
@@ -90,20 +78,6 @@ class SolverWalk {
 
  private:
   static constexpr double tolerance = 1e-10;
-  static constexpr unsigned searchWidth = 32;
-
-  // Where all variables are active and all threads search, as for one group.
-  [[nodiscard]] unsigned searchBlocks() const {
-    const unsigned limit = zel::gridLimit(zelsvm::selectSmoWorkingSetKernel<double, false>,
-                                          searchWidth, searchWidth * sizeof selection.beta);
-    return zel::gridSize(limit, reference.count(), searchWidth);
-  }
-  // A fold over halves keeps the lower of two, so that bits count from the last to the first.
-  static unsigned foldRank(unsigned number) {
-    unsigned rank = 0;
-    for (unsigned width = 1; width < searchWidth; width *= 2) rank = 2 * rank + number / width % 2;
-    return rank;
-  }
 
   void begin() {
     const testing::ScopedTrace trace(__FILE__, __LINE__, describe());

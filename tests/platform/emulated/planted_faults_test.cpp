@@ -1,6 +1,7 @@
 // Faults planted in the kernels' launches are found, each by wrong results or by a race.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <vector>
@@ -36,24 +37,36 @@ constexpr int foundStatus = 66;
 // threads.
 constexpr bool racing = zel::device::racesAreSought;
 
-zel::DeviceTraits device() { return {.residentBlocks = racing ? 1 : 45}; }
+zel::DeviceTraits device() {
+  return {.multiprocessors = racing ? 3 : 45, .residentBlocks = racing ? 1 : 3};
+}
 
-// Searches one behind the other, each without the variable that the last one found.
+// Searches one behind the other, each without the variables that the last one found. What they find
+// is in blocks whose results pass all levels of the last fold.
 class Steps {
  public:
-  explicit Steps(bool twoGroups)
-      : reference({.samples = racing ? 130U : 1100U,
-                   .kernel = zelsvm::SVM_KERNEL_RADIAL,
-                   .twoGroups = twoGroups,
-                   .fromZero = !racing && !twoGroups},
-                  4),
-        solver(machine.makeSolver(reference.kernel.type, twoGroups)) {}
+  explicit Steps(bool twoGroups) : solver(machine.makeSolver(kernel.type, twoGroups)) {
+    for (unsigned t = 0; t < count; ++t) {
+      signs.push_back(t % 3 == 0 ? -1 : 1);
+      all.push_back(t);
+      if (t % (45 * zelsvm::searchThreads) >= 36 * zelsvm::searchThreads) linearTerm[t] *= 10;
+    }
+  }
 
   Outcome operator()() {
     Outcome outcome;
-    solver->begin(reference.task(), [] {});
-    std::vector<unsigned> active = reference.active;
-    for (int search = 0; search < (racing ? 1 : 12); ++search) {
+    solver->begin({.samples = &matrix.get(),
+                   .kernel = kernel,
+                   .signs = signs,
+                   .start = start,
+                   .startsAtZero = true,  // the linear term shall be the gradient
+                   .linearTerm = linearTerm,
+                   .Cp = 1,
+                   .Cn = 1,
+                   .cacheMegabytes = 0},
+                  [] {});
+    std::vector<unsigned> active = all;
+    for (int search = 0; search < (racing ? 1 : 3); ++search) {
       zelsvm::SmoSelection<double> a{};
       zelsvm::SmoSelection<double> b{};
       solver->activate(active);
@@ -61,7 +74,7 @@ class Steps {
       for (const auto& found : {a, b})
         outcome.insert(outcome.end(),
                        {static_cast<double>(found.index), found.beta.up, found.beta.low});
-      if (a.index >= reference.count() || b.index >= reference.count()) break;
+      if (a.index >= count || b.index >= count) break;
       const auto [i, j, deltaI, deltaJ] = solver->movePair(a, b);
       outcome.insert(outcome.end(), {static_cast<double>(j), deltaI, deltaJ});
       std::erase(active, a.index);
@@ -72,9 +85,17 @@ class Steps {
   }
 
  private:
+  static constexpr unsigned searched = 4 * zelsvm::searchThreads;  // by a block
+  static constexpr unsigned count = searched * (racing ? 3 : 45);
+
   zel::DeviceSetup setup{Devices{device()}};
   CudaMachine machine{0};
-  zeltest::ReferenceSolver reference;
+  zelsvm::KernelSettings kernel = zeltest::kernelSettings(zelsvm::SVM_KERNEL_RADIAL);
+  zeltest::SampleMatrix matrix{zeltest::sampleRows(count, 2, true, 1), false};
+  std::vector<signed char> signs;
+  std::vector<double> start = std::vector<double>(count, 0.5);  // which may move either way
+  std::vector<double> linearTerm = randomValues(count, 2);
+  std::vector<unsigned> all;
   std::unique_ptr<zelsvm::SolverMachine> solver;
 };
 
@@ -111,6 +132,40 @@ class Decisions {
       {&matrix.get(), zeltest::kernelSettings(2), {0, 150, 150}, coefficients, rho});
 };
 
+// A set of all samples, solved as far as some steps go.
+class SetSteps {
+ public:
+  SetSteps() {
+    for (unsigned s = 0; s < samples; ++s) all.push_back(s);
+    machine->begin({&reference.matrix.get(), reference.kernel, 1});
+    machine->chooseSet(all, zelsvm::SetPrecision::full);
+  }
+
+  Outcome operator()() {
+    Outcome outcome = reference.start;
+    std::vector<double> sums(samples);
+    machine->solveSet({.samples = samples,
+                       .signs = reference.signs,
+                       .linearTerm = reference.linearTerm,
+                       .multipliers = outcome,
+                       .Cp = reference.Cp,
+                       .Cn = reference.Cn,
+                       .twoGroups = false},
+                      sums, 1e-6, racing ? 2 : 12);
+    outcome.insert(outcome.end(), sums.begin(), sums.end());
+    return outcome;
+  }
+
+ private:
+  static constexpr unsigned samples = racing ? 200 : 256;
+
+  CudaMachine cuda{0};
+  zeltest::ReferenceSolver reference{
+      {.samples = samples, .kernel = zelsvm::SVM_KERNEL_RADIAL, .fromZero = true}, 4};
+  std::unique_ptr<zelsvm::SetMachine> machine = cuda.makeSetMachine();
+  std::vector<unsigned> all;
+};
+
 // Ends the process with a status that says whether the fault was noticed.
 template <typename Scenario>
 [[noreturn]] void plant(Synchronisation kind, unsigned nth) {
@@ -128,16 +183,19 @@ template <typename Scenario>
 }
 
 template <typename Scenario>
-void expectFound(unsigned barriers) {
+void expectFound(unsigned barriers, unsigned fences = 2) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto missed = testing::ExitedWithCode(EXIT_SUCCESS);
-  const auto found = testing::ExitedWithCode(foundStatus);
+  // What nobody has written may also be an index.
+  const auto found = [](int status) {
+    return testing::ExitedWithCode(foundStatus)(status) || testing::KilledBySignal(SIGSEGV)(status);
+  };
   EXPECT_EXIT(plant<Scenario>(Synchronisation::barrier, 0), missed, "") << "without a fault";
   for (unsigned nth = 1; nth <= barriers; ++nth)
     EXPECT_EXIT(plant<Scenario>(Synchronisation::barrier, nth), found, "") << "barrier " << nth;
   // Nothing but the race detector sees that one is missing: here memory has one order for all.
   if (!racing) return;
-  for (const unsigned nth : {1, 2})
+  for (unsigned nth = 1; nth <= fences; ++nth)
     EXPECT_EXIT(plant<Scenario>(Synchronisation::fence, nth), found, "") << "fence " << nth;
 }
 
@@ -148,10 +206,15 @@ struct TwoGroups : Steps {
   TwoGroups() : Steps(true) {}
 };
 
-// A fold over 32 threads has 5 barriers, one over 128 has 7; the choice of the last block has one.
-TEST(PlantedFaults, InSearches) { expectFound<OneGroup>(5 + 1 + 5); }
-TEST(PlantedFaults, InSearchesOfTwoGroups) { expectFound<TwoGroups>(10 + 1 + 10); }
+// A fold over 256 threads by eights has 3 barriers, one by halves over 128 has 7; the choice of the
+// last block has one.
+TEST(PlantedFaults, InSearches) { expectFound<OneGroup>(3 + 1 + 3); }
+TEST(PlantedFaults, InSearchesOfTwoGroups) { expectFound<TwoGroups>(3 + 1 + 3); }
 TEST(PlantedFaults, InSums) { expectFound<Sums>(7 + 1 + 7); }
+
+// A fold over 32 threads by eights has 2 barriers; the others read what it and the step gave behind
+// one more.
+TEST(PlantedFaults, InSetSteps) { expectFound<SetSteps>(3 + 3, 0); }
 
 TEST(PlantedFaults, InDecisionValues) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -163,15 +226,15 @@ TEST(PlantedFaults, InDecisionValues) {
 
 // A search is given half of the shared memory that it needs.
 TEST(PlantedFaults, InTheSizeOfSharedMemory) {
-  const DeviceArray<zelsvm::SmoUpperBeta<double>> upper(2);
-  const DeviceArray<unsigned> index(2);
-  const DeviceArray<unsigned> active(2);
-  const auto search = zelsvm::selectSmoWorkingSetKernel<double, true>;
-  EXPECT_THROW(zel::launch(search, {1U, 32U, 512}, upper.data(), index.data(), upper.data() + 1,
-                           index.data() + 1, active.data(), 0U),
-               zel::RuntimeException);
-  zel::launch(search, {1U, 32U, 1024}, upper.data(), index.data(), upper.data() + 1,
-              index.data() + 1, active.data(), 0U);
+  const DeviceArray<zelsvm::Extremes<2>> blocks(1);
+  const DeviceArray<zel::Ticketed<zelsvm::Extremes<2>>> answer(1);
+  const auto search = zelsvm::selectSmoWorkingSetKernel<true>;
+  const auto run = [&](std::size_t extremes) {
+    zel::launch(search, {1U, zelsvm::searchThreads, extremes * sizeof(zelsvm::Extremes<2>)},
+                blocks.data(), answer.data(), 1, nullptr, {}, 0U);
+  };
+  EXPECT_THROW(run(zelsvm::searchThreads - 1), zel::RuntimeException);
+  run(zelsvm::searchThreads);
 }
 
 // A loop over the variables takes a step too many.
@@ -180,19 +243,13 @@ TEST(PlantedFaults, InTheBoundOfAGridStrideLoop) {
       {.samples = 512, .kernel = zelsvm::SVM_KERNEL_RADIAL, .fromZero = true}, 1);
   const CudaMachine machine(0);
   const auto solver = machine.makeSolver(zelsvm::SVM_KERNEL_RADIAL, false);
-  zelsvm::SmoSelection<double> a{};
-  zelsvm::SmoSelection<double> b{};
   solver->begin(reference.task(), [] {});
-  solver->select(a, b);
-  solver->movePair(a, b);
-  solver->updateGradient();
-  const DeviceArray<double> gradient(512);
-  const DeviceArray<double> row(std::vector<double>(512, 1.0));
-  const DeviceArray<zelsvm::SmoDelta<double>> delta(std::vector<zelsvm::SmoDelta<double>>{{0, 0}});
-  const auto update = zelsvm::updateSmoGradientKernel<double>;
+  std::vector<signed char> found(512);
+  solver->markShrinkable({}, {}, found);
+  const DeviceArray<signed char> marks(512);
+  const auto mark = zelsvm::reduceSmoWorkingSetKernel<false>;
   const auto run = [&](unsigned variables) {
-    zel::launch(update, {3U, 128U}, gradient.data(), delta.data(), 0U, row.data(), 1U, row.data(),
-                variables);
+    zel::launch(mark, {3U, 128U}, marks.data(), 0, 0, 0, 0, variables);
   };
   run(512);
   EXPECT_THROW(run(513), zel::RuntimeException);

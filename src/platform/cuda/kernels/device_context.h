@@ -13,7 +13,7 @@ extern __constant__ double zelsvm_coef0;
 extern __constant__ double zelsvm_Cp;              // upper bound of variables with positive sign
 extern __constant__ double zelsvm_Cn;              // and of the others
 extern __constant__ const double* zelsvm_factors;  // by sample, of these bounds; null: all are 1
-extern __constant__ cudaTextureObject_t zelsvm_tx_ys;       // char2: shrink mark, label sign
+extern __constant__ cudaTextureObject_t zelsvm_tx_ys;       // char2: 1 if active, label sign
 extern __constant__ cudaTextureObject_t zelsvm_tx_alpha;    // multipliers
 extern __constant__ cudaTextureObject_t zelsvm_tx_f;        // gradient
 extern __constant__ cudaTextureObject_t zelsvm_tx_norm;     // K(x, x), or squared norms for radial

@@ -2,7 +2,6 @@
 
 #include "platform/cuda/kernels/block_reduction.cuh"
 #include "platform/cuda/kernels/smo_kernels.h"
-#include "platform/cuda/kernels/smo_search.cuh"
 #include "platform/cuda/kernels/smo_variable.cuh"
 
 namespace zelsvm {
@@ -17,13 +16,15 @@ __device__ __forceinline__ unsigned firstPosition() {
 __device__ __forceinline__ unsigned positionStride() { return gridDim.x * blockDim.x; }
 
 // Moves the pair's multipliers to their constrained optimum; k is K_ij.
-template <typename T, bool unitDiagonal>
-__device__ __forceinline__ SmoDelta<T> movePair(T* alpha, unsigned i, unsigned j, T k) {
+template <bool unitDiagonal>
+__device__ __forceinline__ SmoDelta<double> movePair(double* alpha, unsigned i, unsigned j,
+                                                     double k) {
   const bool positiveI = isPositive(i);
   const bool positiveJ = isPositive(j);
   const bool sameSign = positiveI == positiveJ;
-  const T curvature = pairCurvature(diagonalOf<unitDiagonal>(i) + diagonalOf<unitDiagonal>(j), k);
-  const T step =
+  const double curvature =
+      pairCurvature(diagonalOf<unitDiagonal>(i) + diagonalOf<unitDiagonal>(j), k);
+  const double step =
       pairStep(sameSign, fetchDouble(zelsvm_tx_f, i), fetchDouble(zelsvm_tx_f, j), curvature);
   const PairValues old{fetchDouble(zelsvm_tx_alpha, i), fetchDouble(zelsvm_tx_alpha, j)};
   const PairValues moved =
@@ -53,138 +54,108 @@ __global__ void __launch_bounds__(sweepBlock)
   }
 }
 
-template <typename T, bool nu>
-__global__ void __launch_bounds__(searchBlock)
-    selectSmoWorkingSetKernel(SmoUpperBeta<T>* upper, unsigned* index, SmoUpperBeta<T>* upper2,
-                              unsigned* index2, const unsigned* activeSet, unsigned activeCount) {
-  ZEL_DYNAMIC_SHARED(SmoUpperBeta<double>, sharedUpperBeta);
-  __shared__ unsigned sidxp[searchBlock];
-  __shared__ unsigned sidxn[searchBlock];
+template <bool nu>
+__global__ void __launch_bounds__(searchThreads)
+    selectSmoWorkingSetKernel(Extremes<2>* blocks, zel::Ticketed<Extremes<2>>* answer,
+                              unsigned long long ticket, double* G, GradientStep step, unsigned l) {
+  ZEL_DYNAMIC_SHARED(Extremes<2>, extremes);
   __shared__ bool flag;
-  SmoUpperBeta<T>* const sharedUpperBeta2 = sharedUpperBeta + searchBlock;
-  UpperSearch<T> found;
-  UpperSearch<T> found2;
-  for (unsigned q = firstPosition(); q < activeCount; q += positionStride()) {
-    const unsigned t = __ldg(activeSet + q);
-    const SmoVariable x = fetchVariable(t);
-    const UpperSearch<T> none;
-    const SmoUpperBeta<T> beta{inUpperSet(x.positive, x.a, x.c) ? x.v : none.beta.up,
-                               inLowerSet(x.positive, x.a, x.c) ? x.v : none.beta.low};
-    if (nu && !x.positive)
-      foldUpper(found2.beta, found2.index, beta, t);
-    else
-      foldUpper(found.beta, found.index, beta, t);
+  Extremes<2> found;
+  found.clear();
+  for (unsigned t = firstPosition(); t < l; t += positionStride()) {
+    const char2 status = fetchBytes(zelsvm_tx_ys, t);
+    const bool positive = status.y > 0;
+    double g = G[t];
+    if (step.rowI != nullptr) {
+      const unsigned sample = sampleOf(t);
+      g = updatedGradient(g, positive ? 1 : -1, step.stepI, __ldg(step.rowI + sample), step.stepJ,
+                          __ldg(step.rowJ + sample));
+      G[t] = g;
+    }
+    if (status.x == 0) continue;
+    const double a = fetchDouble(zelsvm_tx_alpha, t);
+    const double c = upperBound(t, positive);
+    const double v = violation(positive, g);
+    const unsigned group = nu && !positive ? 1 : 0;
+    if (inUpperSet(positive, a, c)) found.takeRise(group, v, t);
+    if (inLowerSet(positive, a, c)) found.takeFall(group, v);
   }
-  reduceUpper(found, sharedUpperBeta, sidxp);
-  if constexpr (nu) reduceUpper(found2, sharedUpperBeta2, sidxn);
-  if (threadIdx.x == 0) {
-    upper[blockIdx.x] = sharedUpperBeta[0];
-    index[blockIdx.x] = sidxp[0];
-    if constexpr (nu) upper2[blockIdx.x] = sharedUpperBeta2[0];
-    if constexpr (nu) index2[blockIdx.x] = sidxn[0];
-  }
+  found = foldByEights(found, extremes);
+  if (threadIdx.x == 0) blocks[blockIdx.x] = found;
   if (!isLastBlock(zelsvm_cnv_sem, flag)) return;
 
-  reduceUpper(searchBlocks(upper, index), sharedUpperBeta, sidxp);
-  if constexpr (nu) reduceUpper(searchBlocks(upper2, index2), sharedUpperBeta2, sidxn);
+  found.clear();
+  for (unsigned b = threadIdx.x; b < gridDim.x; b += blockDim.x) found.fold(blocks[b]);
+  found = foldByEights(found, extremes);
   if (threadIdx.x != 0) return;
-  *upper = sharedUpperBeta[0];
-  *index = sidxp[0];
-  if constexpr (nu) *upper2 = sharedUpperBeta2[0];
-  if constexpr (nu) *index2 = sidxn[0];
   zelsvm_cnv_sem = 0;
+  giveAnswer(answer, found, ticket);
 }
 
-template <typename T, bool nu, bool unitDiagonal>
-__global__ void __launch_bounds__(searchBlock)
-    findSmoDeltaKernel(SmoDelta<T>* delta, SmoLowerBeta<T>* lower, const SmoUpperBeta<T>* upper,
-                       const unsigned* index, const SmoUpperBeta<T>* upper2, const unsigned* index2,
-                       const T* row, const T* row2, T* alpha, const unsigned* activeSet,
-                       unsigned activeCount) {
-  ZEL_DYNAMIC_SHARED(SmoLowerBeta<double>, sharedLowerBeta);
+template <bool nu, bool unitDiagonal>
+__global__ void __launch_bounds__(searchThreads)
+    findSmoDeltaKernel(Partner* blocks, zel::Ticketed<MovedPair>* answer, unsigned long long ticket,
+                       FirstOfPair first, FirstOfPair second, double* alpha, unsigned l) {
+  __shared__ Partner partners[searchThreads];
   __shared__ bool flag;
-  const auto keepBest = [=](unsigned into, unsigned from) {
-    foldLower(sharedLowerBeta[into], sharedLowerBeta[from]);
-  };
-  const SmoLowerBeta<T> none{infinity, noIndex};
-  const T up = upper->up;
-  const T up2 = upper2->up;
-  const T diagonal = diagonalOf<unitDiagonal>(*index);
-  const T diagonal2 = diagonalOf<unitDiagonal>(*index2);
-  SmoLowerBeta<T> best = none;
-  for (unsigned q = firstPosition(); q < activeCount; q += positionStride()) {
-    const unsigned t = __ldg(activeSet + q);
+  const double diagonal = diagonalOf<unitDiagonal>(first.index);
+  const double diagonal2 = diagonalOf<unitDiagonal>(second.index);
+  Partner found = noPartner;
+  for (unsigned t = firstPosition(); t < l; t += positionStride()) {
+    if (fetchBytes(zelsvm_tx_ys, t).x == 0) continue;
     const SmoVariable x = fetchVariable(t);
-    const bool second = nu && !x.positive;
-    const T b = (second ? up2 : up) - x.v;
+    const bool other = nu && !x.positive;
+    const double b = (other ? second.up : first.up) - x.v;
     if (!inLowerSet(x.positive, x.a, x.c) || !(b > 0)) continue;
-    const T k = __ldg((second ? row2 : row) + sampleOf(t));
-    const T diagonalSum = (second ? diagonal2 : diagonal) + diagonalOf<unitDiagonal>(t);
-    foldLower(best, {pairGain(b, pairCurvature(diagonalSum, k)), t});
+    const double k = __ldg((other ? second.row : first.row) + sampleOf(t));
+    const double diagonalSum = (other ? diagonal2 : diagonal) + diagonalOf<unitDiagonal>(t);
+    found.take(pairGain(b, pairCurvature(diagonalSum, k)), t);
   }
-  sharedLowerBeta[threadIdx.x] = best;
-  reduceBlock<searchBlock>(keepBest);
-  if (threadIdx.x == 0) lower[blockIdx.x] = sharedLowerBeta[0];
+  found = foldByEights(found, partners);
+  if (threadIdx.x == 0) blocks[blockIdx.x] = found;
   if (!isLastBlock(zelsvm_wss_sem, flag)) return;
 
-  best = none;
-  for (unsigned b = threadIdx.x; b < gridDim.x; b += searchBlock) foldLower(best, lower[b]);
-  sharedLowerBeta[threadIdx.x] = best;
-  reduceBlock<searchBlock>(keepBest);
+  found = noPartner;
+  for (unsigned b = threadIdx.x; b < gridDim.x; b += blockDim.x) found.fold(blocks[b]);
+  found = foldByEights(found, partners);
   if (threadIdx.x != 0) return;
-  const unsigned j = sharedLowerBeta[0].index;
-  *lower = sharedLowerBeta[0];
-  *delta = {0, 0};
-  if (j != noIndex) {
-    const bool second = nu && !isPositive(j);
-    const T k = __ldg((second ? row2 : row) + sampleOf(j));
-    *delta = movePair<T, unitDiagonal>(alpha, second ? *index2 : *index, j, k);
+  MovedPair moved{found.best.index, {0, 0}};
+  if (moved.j != noIndex) {
+    const bool other = nu && !isPositive(moved.j);
+    const double k = __ldg((other ? second.row : first.row) + sampleOf(moved.j));
+    moved.delta = movePair<unitDiagonal>(alpha, other ? second.index : first.index, moved.j, k);
   }
   zelsvm_wss_sem = 0;
+  giveAnswer(answer, moved, ticket);
 }
 
-template <typename T>
+template <bool nu>
 __global__ void __launch_bounds__(sweepBlock)
-    updateSmoGradientKernel(T* G, const SmoDelta<T>* delta, unsigned i, const T* rowI, unsigned j,
-                            const T* rowJ, unsigned l) {
-  const T stepI = isPositive(i) ? delta->deltaI : -delta->deltaI;
-  const T stepJ = isPositive(j) ? delta->deltaJ : -delta->deltaJ;
-  for (unsigned k = firstPosition(); k < l; k += positionStride()) {
-    const unsigned sample = sampleOf(k);
-    G[k] = updatedGradient(G[k], isPositive(k) ? 1 : -1, stepI, __ldg(rowI + sample), stepJ,
-                           __ldg(rowJ + sample));
-  }
-}
-
-template <typename T, bool nu>
-__global__ void __launch_bounds__(sweepBlock)
-    reduceSmoWorkingSetKernel(char2* status, T up, T up2, T low, T low2, const unsigned* activeSet,
-                              unsigned activeCount) {
-  for (unsigned q = firstPosition(); q < activeCount; q += positionStride()) {
-    const unsigned t = __ldg(activeSet + q);
+    reduceSmoWorkingSetKernel(signed char* marks, double up, double up2, double low, double low2,
+                              unsigned l) {
+  for (unsigned t = firstPosition(); t < l; t += positionStride()) {
+    const bool active = fetchBytes(zelsvm_tx_ys, t).x != 0;
     const SmoVariable x = fetchVariable(t);
-    const bool second = nu && !x.positive;
-    if (isShrinkable(x.positive, x.a, x.c, x.v, second ? up2 : up, second ? low2 : low))
-      status[t].x = 1;
+    const bool other = nu && !x.positive;
+    const bool leaves =
+        active && isShrinkable(x.positive, x.a, x.c, x.v, other ? up2 : up, other ? low2 : low);
+    marks[t] = leaves ? 1 : 0;
   }
 }
 
 template __global__ void initSmoGradientKernel(double*, const double*, unsigned, unsigned, unsigned,
                                                unsigned);
-template __global__ void updateSmoGradientKernel(double*, const SmoDelta<double>*, unsigned,
-                                                 const double*, unsigned, const double*, unsigned);
 
-#define ZEL_INSTANTIATE(nu)                                                                        \
-  template __global__ void selectSmoWorkingSetKernel<double, nu>(SmoUpperBeta<double>*, unsigned*, \
-                                                                 SmoUpperBeta<double>*, unsigned*, \
-                                                                 const unsigned*, unsigned);       \
-  template __global__ void reduceSmoWorkingSetKernel<double, nu>(                                  \
-      char2*, double, double, double, double, const unsigned*, unsigned);
-#define ZEL_INSTANTIATE_DELTA(nu, unitDiagonal)                                               \
-  template __global__ void findSmoDeltaKernel<double, nu, unitDiagonal>(                      \
-      SmoDelta<double>*, SmoLowerBeta<double>*, const SmoUpperBeta<double>*, const unsigned*, \
-      const SmoUpperBeta<double>*, const unsigned*, const double*, const double*, double*,    \
-      const unsigned*, unsigned);
+#define ZEL_INSTANTIATE(nu)                                                                    \
+  template __global__ void selectSmoWorkingSetKernel<nu>(                                      \
+      Extremes<2>*, zel::Ticketed<Extremes<2>>*, unsigned long long, double*, GradientStep,    \
+      unsigned);                                                                               \
+  template __global__ void reduceSmoWorkingSetKernel<nu>(signed char*, double, double, double, \
+                                                         double, unsigned);
+#define ZEL_INSTANTIATE_DELTA(nu, unitDiagonal)                                                   \
+  template __global__ void findSmoDeltaKernel<nu, unitDiagonal>(                                  \
+      Partner*, zel::Ticketed<MovedPair>*, unsigned long long, FirstOfPair, FirstOfPair, double*, \
+      unsigned);
 ZEL_INSTANTIATE(false)
 ZEL_INSTANTIATE(true)
 ZEL_INSTANTIATE_DELTA(false, false)

@@ -7,6 +7,7 @@
 #include "platform/cuda/machine/cuda_sigmoid_sums.h"
 #include "platform/cuda/machine/cuda_solver.h"
 #include "platform/cuda/runtime/device.h"
+#include "platform/cuda/sets/cuda_set_machine.h"
 
 namespace zelsvm {
 namespace {
@@ -59,6 +60,11 @@ CudaMachine::CudaMachine(int device) : turns(device) {
 std::unique_ptr<SolverMachine> CudaMachine::makeSolver(SVM_KERNEL kernel, bool twoGroups) const {
   turns.select();
   return std::make_unique<CudaSolver>(turns, libraries, kernel, twoGroups);
+}
+
+std::unique_ptr<SetMachine> CudaMachine::makeSetMachine() const {
+  turns.select();
+  return makeCudaSetMachine(turns, libraries);
 }
 
 std::unique_ptr<PredictorMachine> CudaMachine::makePredictor(const DecisionTask& task) const {

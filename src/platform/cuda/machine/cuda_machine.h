@@ -23,6 +23,7 @@ class CudaMachine : public Machine {
   [[nodiscard]] std::string name() const override { return deviceName; }
   [[nodiscard]] std::unique_ptr<SolverMachine> makeSolver(SVM_KERNEL kernel,
                                                           bool twoGroups) const override;
+  [[nodiscard]] std::unique_ptr<SetMachine> makeSetMachine() const override;
   [[nodiscard]] std::unique_ptr<PredictorMachine> makePredictor(
       const DecisionTask& task) const override;
   [[nodiscard]] std::unique_ptr<SigmoidSums> makeSigmoidSums() const override;

@@ -1,7 +1,7 @@
 #include "platform/cuda/machine/cuda_solver.h"
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
 #include <numeric>
 
 #include "platform/cuda/kernels/device_context.h"
@@ -13,15 +13,29 @@
 namespace zelsvm {
 namespace {
 
-constexpr unsigned searchBlock = 32;
 constexpr unsigned sweepBlock = 128;
-constexpr std::size_t sharedBytes = searchBlock * sizeof(SmoUpperBeta<double>);  // per class
+constexpr std::size_t sharedBytes = searchThreads * sizeof(Extremes<2>);
+// Small problems so have a single block, which waits for no other.
+constexpr unsigned variablesPerThread = 4;
+
+zel::LaunchShape searchShape(unsigned limit, unsigned variables, std::size_t entryBytes) {
+  constexpr unsigned leastThreads = 32;
+  const unsigned wanted = (variables + variablesPerThread - 1) / variablesPerThread;
+  const unsigned threads = std::clamp(std::bit_ceil(wanted), leastThreads, searchThreads);
+  return {zel::gridSize(limit, wanted, threads), threads, threads * entryBytes};
+}
 
 auto* deltaKernelOf(SVM_KERNEL type, bool nu) {
   const bool unit = withKernel(type, []<typename Function>() { return Function::unitDiagonal; });
-  if (nu)
-    return unit ? findSmoDeltaKernel<double, true, true> : findSmoDeltaKernel<double, true, false>;
-  return unit ? findSmoDeltaKernel<double, false, true> : findSmoDeltaKernel<double, false, false>;
+  if (nu) return unit ? findSmoDeltaKernel<true, true> : findSmoDeltaKernel<true, false>;
+  return unit ? findSmoDeltaKernel<false, true> : findSmoDeltaKernel<false, false>;
+}
+
+// Few blocks, as the last one folds what the others found.
+template <typename... Parameters>
+unsigned searchLimit(void (*kernel)(Parameters...), std::size_t shared) {
+  return std::min(zel::gridLimit(kernel, searchThreads, shared),
+                  static_cast<unsigned>(zel::multiProcessorCount()));
 }
 
 }  // namespace
@@ -31,27 +45,27 @@ CudaSolver::CudaSolver(DeviceTurns& turns, LinearAlgebra& libraries, SVM_KERNEL 
     : SymbolUser(turns),
       kernel(kernelType, libraries),
       classes(twoGroups ? 2 : 1),
-      stepAndLower(2),
-      found(classes),
-      selectKernel(twoGroups ? selectSmoWorkingSetKernel<double, true>
-                             : selectSmoWorkingSetKernel<double, false>),
+      selectKernel(twoGroups ? selectSmoWorkingSetKernel<true> : selectSmoWorkingSetKernel<false>),
       deltaKernel(deltaKernelOf(kernelType, twoGroups)),
-      reduceKernel(twoGroups ? reduceSmoWorkingSetKernel<double, true>
-                             : reduceSmoWorkingSetKernel<double, false>),
-      selectLimit(zel::gridLimit(selectKernel, searchBlock, classes * sharedBytes)),
-      deltaLimit(zel::gridLimit(deltaKernel, searchBlock, sharedBytes)),
+      reduceKernel(twoGroups ? reduceSmoWorkingSetKernel<true> : reduceSmoWorkingSetKernel<false>),
+      selectLimit(searchLimit(selectKernel, sharedBytes)),
+      deltaLimit(searchLimit(deltaKernel, 0)),
       reduceLimit(zel::gridLimit(reduceKernel, sweepBlock)),
-      startLimit(zel::gridLimit(initSmoGradientKernel<double>, sweepBlock)),
-      updateLimit(zel::gridLimit(updateSmoGradientKernel<double>, sweepBlock)) {}
+      startLimit(zel::gridLimit(initSmoGradientKernel<double>, sweepBlock)) {
+  selections.resize(selectLimit);
+  partners.resize(deltaLimit);
+}
 
 void CudaSolver::begin(const SolverTask& newTask, const std::function<void()>& columnsAdded) {
   DeviceTurn turn(*this);
   releaseTextures();
   task = newTask;
-  unmarked.resize(variableCount());
-  for (unsigned k = 0; k < variableCount(); ++k) unmarked[k] = {0, task.signs[k]};
-  marked.resize(variableCount());
-  status.assign(unmarked);
+  hostStatus.resize(variableCount());
+  for (unsigned k = 0; k < variableCount(); ++k) hostStatus[k] = {1, task.signs[k]};
+  marksHere.resize(variableCount());
+  marksThere.resize(variableCount());
+  isSelecting = false;
+  status.assign(hostStatus);
   statusTexture.emplace(status);
   alpha.assign(task.start);
   alphaTexture.emplace(alpha);
@@ -60,7 +74,6 @@ void CudaSolver::begin(const SolverTask& newTask, const std::function<void()>& c
   gradientTexture.emplace(gradient);
   active.resize(variableCount());
   std::iota(active.begin(), active.end(), 0);
-  activeSet.assign(active);
   kernel.initialize(*task.samples, variableCount(), task.cacheMegabytes, task.cacheSharers);
   turn.publish();
   kernel.makeDiagonal();
@@ -113,67 +126,69 @@ void CudaSolver::end() {
 
 void CudaSolver::activate(std::span<const unsigned> ascendingVariables) {
   const DeviceTurn turn(*this);
+  for (const unsigned t : active) hostStatus[t].x = 0;
   active.assign(ascendingVariables.begin(), ascendingVariables.end());
-  activeSet.assign(active);
+  for (const unsigned t : active) hostStatus[t].x = 1;
+  status.upload(hostStatus);
+  isSelecting = false;
+}
+
+void CudaSolver::launchSelection(const GradientStep& gradientStep) {
+  zel::launch(selectKernel, searchShape(selectLimit, variableCount(), sizeof(Extremes<2>)),
+              selections.data(), selected.place(), selected.nextTicket(), gradient.data(),
+              gradientStep, variableCount());
+  isSelecting = true;
 }
 
 void CudaSolver::select(SmoSelection<double>& selection, SmoSelection<double>& second) {
   DeviceTurn turn(*this);
   turn.publishIfLost();
-  const unsigned grid = zel::gridSize(selectLimit, activeCount(), searchBlock);
-  found.resize(grid);
-  zel::launch(selectKernel, {grid, searchBlock, classes * sharedBytes}, found.uppers(0),
-              found.indices(0), found.uppers(classes - 1), found.indices(classes - 1),
-              activeSet.data(), activeCount());
-  found.read();
-  selection = found.selection(0);
-  second = found.selection(classes - 1);
+  if (!isSelecting) launchSelection({nullptr, nullptr, 0, 0});
+  const Extremes<2>& found = selected.await();
+  isSelecting = false;
+  selection = {found.index[0], found.beta[0]};
+  second = {found.index[classes - 1], found.beta[classes - 1]};
+}
+
+FirstOfPair CudaSolver::firstOf(const SmoSelection<double>& selection) {
+  return {kernel.getRow(selection.index), selection.beta.up, selection.index};
 }
 
 PairStep CudaSolver::movePair(const SmoSelection<double>& selection,
                               const SmoSelection<double>& second) {
   DeviceTurn turn(*this);
   turn.publishIfLost();
-  const double* const row = kernel.getRow(selection.index);
-  const double* const row2 = classes == 2 ? kernel.getRow(second.index) : row;
-  const unsigned grid = zel::gridSize(deltaLimit, activeCount(), searchBlock);
-  stepAndLowers.resize(std::uint64_t{1} + grid);
-  auto* const delta = reinterpret_cast<SmoDelta<double>*>(stepAndLowers.data());
-  zel::launch(deltaKernel, {grid, searchBlock, sharedBytes}, delta, stepAndLowers.data() + 1,
-              found.uppers(0), found.indices(0), found.uppers(classes - 1),
-              found.indices(classes - 1), row, row2, alpha.data(), activeSet.data(), activeCount());
-  stepAndLowers.download(stepAndLower.span());
-  const unsigned j = stepAndLower[1].index;
+  const FirstOfPair first = firstOf(selection);
+  const FirstOfPair firstOfSecond = classes == 2 ? firstOf(second) : first;
+  zel::launch(deltaKernel, searchShape(deltaLimit, variableCount(), 0), partners.data(),
+              moved.place(), moved.nextTicket(), first, firstOfSecond, alpha.data(),
+              variableCount());
+  isSelecting = false;
+  const auto [j, delta] = moved.await();
   if (j == noIndex) return {selection.index, noIndex, 0, 0};
-  SmoDelta<double> moved;
-  std::memcpy(&moved, &stepAndLower[0], sizeof moved);
-  const bool other = classes == 2 && task.signs[j] <= 0;
-  rowOfI = other ? row2 : row;
-  step = {other ? second.index : selection.index, j, moved.deltaI, moved.deltaJ};
+  const FirstOfPair& used = classes == 2 && task.signs[j] <= 0 ? firstOfSecond : first;
+  rowOfI = used.row;
+  step = {used.index, j, delta.deltaI, delta.deltaJ};
   return step;
 }
 
 void CudaSolver::updateGradient() {
   DeviceTurn turn(*this);
   turn.publishIfLost();
-  const double* const rowOfJ = kernel.getRow(step.j);
-  const auto* const delta = reinterpret_cast<const SmoDelta<double>*>(stepAndLowers.data());
-  zel::launch(updateSmoGradientKernel<double>,
-              {zel::gridSize(updateLimit, variableCount(), sweepBlock), sweepBlock},
-              gradient.data(), delta, step.i, rowOfI, step.j, rowOfJ, variableCount());
+  launchSelection({rowOfI, kernel.getRow(step.j), task.signs[step.i] * step.deltaI,
+                   task.signs[step.j] * step.deltaJ});
 }
 
 void CudaSolver::markShrinkable(const SmoSelection<double>& selection,
                                 const SmoSelection<double>& second, std::span<signed char> marks) {
   DeviceTurn turn(*this);
   turn.publishIfLost();
-  zel::launch(reduceKernel, {zel::gridSize(reduceLimit, activeCount(), sweepBlock), sweepBlock},
-              status.data(), selection.beta.up, second.beta.up, selection.beta.low, second.beta.low,
-              activeSet.data(), activeCount());
-  status.download(marked);
-  status.upload(unmarked);
+  zel::launch(reduceKernel, {zel::gridSize(reduceLimit, variableCount(), sweepBlock), sweepBlock},
+              marksThere.data(), selection.beta.up, second.beta.up, selection.beta.low,
+              second.beta.low, variableCount());
+  marksThere.download(marksHere);
   for (const unsigned t : active)
-    if (marked[t].x != 0) marks[t] = 1;
+    if (marksHere[t] != 0) marks[t] = 1;
 }
 
 void CudaSolver::read(std::span<double> multipliers, std::span<double> gradientValues) {

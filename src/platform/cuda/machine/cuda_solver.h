@@ -1,4 +1,4 @@
-// What a solver asks for, on CUDA: a launch each, and one read-back where the host must decide.
+// What a solver asks for, on CUDA: two launches and two answers an iteration, the rows apart.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,6 @@
 
 #include "platform/cuda/kernels/smo_kernels.h"
 #include "platform/cuda/machine/device_turns.h"
-#include "platform/cuda/machine/selection_results.h"
 #include "platform/cuda/machine/smo_kernel.h"
 #include "platform/machine.h"
 
@@ -21,9 +20,9 @@ class CudaSolver : public SolverMachine, private SymbolUser {
   void end() override;
   void activate(std::span<const unsigned> ascendingVariables) override;
   void select(SmoSelection<double>& selection, SmoSelection<double>& second) override;
-  // Of the selection last made, which the device still has.
   PairStep movePair(const SmoSelection<double>& selection,
                     const SmoSelection<double>& second) override;
+  // With the next selection at once.
   void updateGradient() override;
   void markShrinkable(const SmoSelection<double>& selection, const SmoSelection<double>& second,
                       std::span<signed char> marks) override;
@@ -35,15 +34,17 @@ class CudaSolver : public SolverMachine, private SymbolUser {
   void releaseTextures();
   void addStart(const std::function<void()>& columnsAdded);
   [[nodiscard]] unsigned variableCount() const { return static_cast<unsigned>(task.start.size()); }
-  [[nodiscard]] unsigned activeCount() const { return static_cast<unsigned>(active.size()); }
+  void launchSelection(const GradientStep& gradientStep);
+  [[nodiscard]] FirstOfPair firstOf(const SmoSelection<double>& selection);
 
   SolverTask task{};
   SmoKernel<double> kernel;
-  unsigned classes;  // whose signs are searched apart
-  // Results per block of a search for the second index, behind the step that follows from it.
-  zel::DeviceVector<SmoLowerBeta<double>> stepAndLowers;
-  zel::PinnedVector<SmoLowerBeta<double>> stepAndLower;
-  SelectionResults found;
+  unsigned classes;                           // whose signs are searched apart
+  zel::DeviceVector<Extremes<2>> selections;  // by block of a search
+  zel::DeviceVector<Partner> partners;
+  zel::Answer<Extremes<2>> selected;
+  zel::Answer<MovedPair> moved;
+  bool isSelecting = false;  // an answer to come is that of the present state
   PairStep step{};
   const double* rowOfI = nullptr;
 
@@ -51,22 +52,21 @@ class CudaSolver : public SolverMachine, private SymbolUser {
   zel::DeviceVector<double> gradient;
   zel::DeviceVector<double> factors;
   zel::DeviceVector<char2> status;
-  zel::DeviceVector<unsigned> activeSet;
+  std::vector<char2> hostStatus;
   std::vector<unsigned> active;
-  std::vector<char2> unmarked;  // the status without marks
-  std::vector<char2> marked;
+  zel::DeviceVector<signed char> marksThere;
+  std::vector<signed char> marksHere;
   std::optional<zel::LinearTexture<double>> alphaTexture;
   std::optional<zel::LinearTexture<double>> gradientTexture;
   std::optional<zel::LinearTexture<char2>> statusTexture;
 
-  decltype(&selectSmoWorkingSetKernel<double, true>) selectKernel;
-  decltype(&findSmoDeltaKernel<double, true, true>) deltaKernel;
-  decltype(&reduceSmoWorkingSetKernel<double, true>) reduceKernel;
+  decltype(&selectSmoWorkingSetKernel<true>) selectKernel;
+  decltype(&findSmoDeltaKernel<true, true>) deltaKernel;
+  decltype(&reduceSmoWorkingSetKernel<true>) reduceKernel;
   unsigned selectLimit;
   unsigned deltaLimit;
   unsigned reduceLimit;
   unsigned startLimit;
-  unsigned updateLimit;
 };
 
 }  // namespace zelsvm

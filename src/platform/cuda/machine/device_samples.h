@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "data/matrix.h"
 #include "platform/cuda/linear_algebra/linear_algebra.h"
@@ -54,6 +55,11 @@ class DeviceSamples {
   // Samples first … first + count - 1 as dense rows of cols elements; they stay until the next
   // call.
   virtual double* rows(std::uint64_t first, std::uint64_t count) = 0;
+  // The same for samples whose numbers the device has.
+  virtual double* rowsOf(const unsigned* numbers, std::uint64_t count) = 0;
+  // result[i + k * resultStride] = dot(sample numbers[i], sample numbers[k]). Loses rows.
+  virtual void productsWithin(std::span<const unsigned> numbers, double* result,
+                              std::uint64_t resultStride) = 0;
   [[nodiscard]] virtual std::uint64_t cols() const = 0;
   // So many rows are worth laying out at a time.
   [[nodiscard]] virtual std::uint64_t rowsAtOnce() const = 0;

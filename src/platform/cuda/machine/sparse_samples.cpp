@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "data/scaled_sparse_rows.h"
+#include "platform/cuda/kernels/sample_kernels.h"
+#include "platform/cuda/runtime/launch.h"
 
 namespace zelsvm {
 namespace {
 
-constexpr std::uint64_t laidOutBytes = std::uint64_t{16} << 20;
+constexpr std::uint64_t laidOutBytes = std::uint64_t{64} << 20;
 
 }  // namespace
 
@@ -17,17 +19,23 @@ struct AscendingRows {
     values.reserve(matrix.valueCount());
     columns.reserve(matrix.valueCount());
     offsets.reserve(matrix.rows() + 1);
-    zelmag::AscendingRow<double> row;
-    for (std::uint64_t i = 0; i < matrix.rows(); ++i) {
-      const int* const bounds = matrix.rowOffsets() + i;
-      const std::uint64_t count =
-          row.assign(matrix.columnIndices(), matrix.values(), static_cast<std::uint64_t>(bounds[0]),
-                     static_cast<std::uint64_t>(bounds[1]));
-      values.insert(values.end(), row.values, row.values + count);
-      columns.insert(columns.end(), row.columns, row.columns + count);
-      offsets.push_back(static_cast<int>(values.size()));
-    }
+    for (std::uint64_t i = 0; i < matrix.rows(); ++i) add(matrix, i);
   }
+  AscendingRows(const zelmag::AbstractMatrix<double>& matrix, std::span<const unsigned> numbers) {
+    for (const unsigned i : numbers) add(matrix, i);
+  }
+
+  void add(const zelmag::AbstractMatrix<double>& matrix, std::uint64_t i) {
+    const int* const bounds = matrix.rowOffsets() + i;
+    const std::uint64_t count =
+        row.assign(matrix.columnIndices(), matrix.values(), static_cast<std::uint64_t>(bounds[0]),
+                   static_cast<std::uint64_t>(bounds[1]));
+    values.insert(values.end(), row.values, row.values + count);
+    columns.insert(columns.end(), row.columns, row.columns + count);
+    offsets.push_back(static_cast<int>(values.size()));
+  }
+
+  zelmag::AscendingRow<double> row;
 
   std::vector<double> values;
   std::vector<int> columns;
@@ -41,6 +49,7 @@ SparseSamples::SparseSamples(const zelmag::AbstractMatrix<double>& source,
 SparseSamples::SparseSamples(const zelmag::AbstractMatrix<double>& source,
                              const AscendingRows& rows, zellas::SparseContext<double>& context)
     : source(&source),
+      context(&context),
       offsets(rows.offsets),
       values(std::span(rows.values)),
       columnIndices(std::span(rows.columns)),
@@ -63,7 +72,38 @@ void SparseSamples::blockProducts(double* block, std::uint64_t blockStride, doub
 }
 
 double* SparseSamples::rows(std::uint64_t first, std::uint64_t count) {
-  return block.load(*source, first, count);
+  return layOut(nullptr, first, count);
+}
+
+double* SparseSamples::rowsOf(const unsigned* numbers, std::uint64_t count) {
+  return layOut(numbers, 0, count);
+}
+
+double* SparseSamples::layOut(const unsigned* numbers, std::uint64_t first, std::uint64_t count) {
+  block.resize(count * source->cols());
+  block.clear();
+  zel::launch(scatterRowsKernel, {static_cast<unsigned>(count), 128}, block.data(), values.data(),
+              columnIndices.data(), rowOffsets.data(), numbers, static_cast<unsigned>(first),
+              source->cols());
+  return block.data();
+}
+
+void SparseSamples::productsWithin(std::span<const unsigned> numbers, double* result,
+                                   std::uint64_t resultStride) {
+  const AscendingRows rows(*source, numbers);
+  chosen.assign(numbers);
+  chosenValues.assign(rows.values);
+  chosenColumns.assign(rows.columns);
+  chosenOffsets.assign(rows.offsets);
+  zellas::SparseMatrix<double> among(*context, chosenValues, chosenColumns, chosenOffsets,
+                                     numbers.size(), source->cols());
+  std::uint64_t part = 0;
+  for (std::uint64_t first = 0; first < numbers.size(); first += part) {
+    part = std::min<std::uint64_t>(rowsAtOnce(), numbers.size() - first);
+    among.mm(CUSPARSE_OPERATION_NON_TRANSPOSE, CUSPARSE_OPERATION_NON_TRANSPOSE, part, 1,
+             rowsOf(chosen.data() + first, part), source->cols(), 0, result + first * resultStride,
+             resultStride);
+  }
 }
 
 std::uint64_t SparseSamples::rowsAtOnce() const {

@@ -41,11 +41,6 @@ void copyToHost(void* to, const void* from, std::size_t bytes) {
   if (bytes != 0) zelSafeCall(cudaMemcpy(to, from, bytes, cudaMemcpyDeviceToHost));
 }
 
-void copyRowsToHost(void* to, const void* from, std::size_t fromPitch, std::size_t width,
-                    std::size_t rows) {
-  zelSafeCall(cudaMemcpy2D(to, width, from, fromPitch, width, rows, cudaMemcpyDeviceToHost));
-}
-
 void copyWithinDevice(void* to, const void* from, std::size_t bytes) {
   if (bytes != 0) zelSafeCall(cudaMemcpy(to, from, bytes, cudaMemcpyDeviceToDevice));
 }

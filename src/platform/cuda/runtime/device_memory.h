@@ -24,9 +24,6 @@ PinnedMemory newPinnedMemory(std::uint64_t count, std::size_t elementSize);
 // Nothing for 0 bytes. They return when the copy is made.
 void copyToDevice(void* to, const void* from, std::size_t bytes);
 void copyToHost(void* to, const void* from, std::size_t bytes);
-// Of so many rows, each of width bytes, that lie fromPitch bytes apart, to one behind the other.
-void copyRowsToHost(void* to, const void* from, std::size_t fromPitch, std::size_t width,
-                    std::size_t rows);
 // These are queued.
 void copyWithinDevice(void* to, const void* from, std::size_t bytes);
 void clearDeviceMemory(void* memory, std::size_t bytes);

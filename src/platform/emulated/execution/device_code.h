@@ -67,6 +67,7 @@ inline void __syncthreads(const std::source_location& where = std::source_locati
 }
 
 inline void __threadfence() { zel::device::fence(); }
+inline void __threadfence_system() { zel::device::fence(); }
 
 // The counter's old value; it becomes one more, or 0 once it is at the limit.
 inline unsigned atomicInc(unsigned* counter, unsigned limit) {

@@ -34,6 +34,8 @@ const char* cudaGetErrorString(cudaError_t error) {
       return "no CUDA-capable device is detected";
     case cudaErrorInvalidDevice:
       return "invalid device ordinal";
+    case cudaErrorNotReady:
+      return "device not ready";
     case cudaErrorIllegalAddress:
       return "an illegal memory access was encountered";
     case cudaErrorLaunchFailure:

@@ -53,19 +53,6 @@ cudaError_t copy(void* to, const void* from, std::size_t bytes, cudaMemcpyKind k
   return cudaErrorInvalidMemcpyDirection;
 }
 
-// Rows of width bytes, a pitch apart.
-cudaError_t copyRows(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
-                     std::size_t width, std::size_t height, cudaMemcpyKind kind) {
-  if (width > toPitch || width > fromPitch) return cudaErrorInvalidValue;
-  for (std::size_t row = 0; row < height; ++row)
-    if (const cudaError_t error =
-            copy(static_cast<unsigned char*>(to) + row * toPitch,
-                 static_cast<const unsigned char*>(from) + row * fromPitch, width, kind);
-        error != cudaSuccess)
-      return error;
-  return cudaSuccess;
-}
-
 cudaError_t fill(void* memory, int value, std::size_t bytes) {
   if (bytes == 0) return cudaSuccess;
   if (!Allocations::instance().isDeviceRange(memory, bytes)) return cudaErrorInvalidValue;
@@ -105,11 +92,6 @@ cudaError_t cudaFreeHost(void* memory) {
 
 cudaError_t cudaMemcpy(void* to, const void* from, std::size_t bytes, cudaMemcpyKind kind) {
   return zel::recordError(zel::copy(to, from, bytes, kind));
-}
-
-cudaError_t cudaMemcpy2D(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
-                         std::size_t width, std::size_t height, cudaMemcpyKind kind) {
-  return zel::recordError(zel::copyRows(to, toPitch, from, fromPitch, width, height, kind));
 }
 
 cudaError_t cudaMemset(void* memory, int value, std::size_t bytes) {

@@ -21,6 +21,7 @@ enum cudaError_t : int {
   cudaErrorInvalidMemcpyDirection = 21,
   cudaErrorNoDevice = 100,
   cudaErrorInvalidDevice = 101,
+  cudaErrorNotReady = 600,
   cudaErrorIllegalAddress = 700,
   cudaErrorLaunchFailure = 719,
   cudaErrorUnknown = 999,
@@ -66,11 +67,14 @@ struct cudaTextureDesc {
 };
 struct cudaResourceViewDesc;
 
+using cudaStream_t = struct CUstream_st*;
+
 extern "C" {
 
 const char* cudaGetErrorString(cudaError_t error);
 cudaError_t cudaGetLastError();
 cudaError_t cudaDeviceSynchronize();
+cudaError_t cudaStreamQuery(cudaStream_t stream);
 
 cudaError_t cudaGetDeviceCount(int* count);
 cudaError_t cudaSetDevice(int device);
@@ -87,8 +91,6 @@ cudaError_t cudaFree(void* memory);
 cudaError_t cudaHostAlloc(void** memory, std::size_t bytes, unsigned flags);
 cudaError_t cudaFreeHost(void* memory);
 cudaError_t cudaMemcpy(void* to, const void* from, std::size_t bytes, cudaMemcpyKind kind);
-cudaError_t cudaMemcpy2D(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
-                         std::size_t width, std::size_t height, cudaMemcpyKind kind);
 cudaError_t cudaMemset(void* memory, int value, std::size_t bytes);
 
 cudaError_t cudaCreateTextureObject(cudaTextureObject_t* texture, const cudaResourceDesc* resource,

@@ -28,6 +28,8 @@ class HostSetMachine : public SetMachine {
     part.add(task, weighted, samples, sums);
   }
 
+  [[nodiscard]] bool addsRoughly() const override { return true; }
+  [[nodiscard]] std::uint64_t rowsAtOnce() const override { return 512; }
   [[nodiscard]] std::uint64_t rowsMade() const override {
     return std::visit([](const auto& r) { return r.made(); }, rows);
   }

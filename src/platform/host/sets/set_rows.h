@@ -7,7 +7,7 @@
 
 #include "base/vectors.h"
 #include "platform/host/block/kernel_block.h"
-#include "platform/host/sets/row_keeper.h"
+#include "platform/row_keeper.h"
 #include "platform/set_machine.h"
 
 namespace zelsvm {

@@ -54,45 +54,29 @@ void SetSolver::refresh(const SetVariables& variables, std::uint64_t sample) {
 template <typename K, typename RowOf>
 SetSteps SetSolver::run(const SetSweeps<K>& sweeps, const SetVariables& variables, double tolerance,
                         std::uint64_t mostSteps, RowOf rowOf) {
-  Step step{0, 0, 0, 0};
+  unsigned i = 0;
+  unsigned j = 0;
+  SetStep step{0, 0};
   for (std::uint64_t count = 0;; ++count) {
-    const SetExtremes extremes =
-        sweeps.findFirst(arrays, rowOf(step.i), step.stepI, rowOf(step.j), step.stepJ);
+    const SetExtremes extremes = sweeps.findFirst(arrays, rowOf(i), step.i, rowOf(j), step.j);
     const auto [up, low] = extremes.beta;
     if (!(up - low > tolerance)) return {count, true};
     if (count == mostSteps) return {count, false};
-    const unsigned i = extremes.index;
-    const unsigned j = sweeps.findSecond(arrays, extremes.group, rowOf(i), up, diagonal[i]);
+    i = extremes.index;
+    j = sweeps.findSecond(arrays, extremes.group, rowOf(i), up, diagonal[i]);
     if (j == noIndex) return {count, true};
     step = move(variables, extremes.group, i, j, static_cast<double>(rowOf(i)[j]));
-    if (step.stepI == 0 && step.stepJ == 0) return {count, true};
+    if (step.i == 0 && step.j == 0) return {count, true};
     refresh(variables, i);
     refresh(variables, j);
   }
 }
 
-SetSolver::Step SetSolver::move(const SetVariables& variables, unsigned group, unsigned i,
-                                unsigned j, double k) const {
-  const SampleMove rise = variables.rise(i, group);
-  const SampleMove fall = variables.fall(j, group);
-  const bool positiveI = variables.isPositive(rise.variable);
-  const bool positiveJ = variables.isPositive(fall.variable);
-  const bool sameSign = positiveI == positiveJ;
-  const double gradientI = violation(positiveI, rise.offset - arrays.sums[i]);
-  const double gradientJ = violation(positiveJ, fall.offset - arrays.sums[j]);
-  const PairValues bounds{variables.bound(rise.variable), variables.bound(fall.variable)};
-  const double delta =
-      pairStep(sameSign, gradientI, gradientJ, pairCurvature(diagonal[i] + diagonal[j], k));
-  // A longer step would end at the same bound and lose the pair's sum to rounding on its way.
-  const double most = bounds.i + bounds.j;
-  double& a = variables.multipliers[rise.variable];
-  double& b = variables.multipliers[fall.variable];
-  const PairValues next = clippedPair(sameSign, {a, b}, std::clamp(delta, -most, most), bounds);
-  const double deltaI = next.i - a;
-  const double deltaJ = next.j - b;
-  a = next.i;
-  b = next.j;
-  return {i, j, positiveI ? deltaI : -deltaI, positiveJ ? deltaJ : -deltaJ};
+SetStep SetSolver::move(const SetVariables& variables, unsigned group, unsigned i, unsigned j,
+                        double k) const {
+  return variables.move(variables.rise(i, group), variables.fall(j, group),
+                        {arrays.sums[i], arrays.sums[j]},
+                        pairCurvature(diagonal[i] + diagonal[j], k));
 }
 
 }  // namespace zelsvm

@@ -18,20 +18,13 @@ class SetSolver {
                  double tolerance, std::uint64_t mostSteps);
 
  private:
-  // What a step adds to the sums: steps times rows.
-  struct Step {
-    unsigned i;
-    unsigned j;
-    double stepI;
-    double stepJ;
-  };
-
   void load(const SetMatrix& matrix, const SetVariables& variables, std::span<const double> sums);
   void refresh(const SetVariables& variables, std::uint64_t sample);
   template <typename K, typename RowOf>
   SetSteps run(const SetSweeps<K>& sweeps, const SetVariables& variables, double tolerance,
                std::uint64_t mostSteps, RowOf rowOf);
-  Step move(const SetVariables& variables, unsigned group, unsigned i, unsigned j, double k) const;
+  SetStep move(const SetVariables& variables, unsigned group, unsigned i, unsigned j,
+               double k) const;
 
   HostVector<double> memory;  // of the arrays
   SetArrays arrays{};

@@ -1,4 +1,4 @@
-#include "platform/host/sets/row_keeper.h"
+#include "platform/row_keeper.h"
 
 namespace zelsvm {
 
