@@ -16,9 +16,9 @@
 #include "platform/emulated/execution/race_model.h"
 #include "platform/emulated/runtime/device_setup.h"
 
-// A race is reported once for each place otherwise.
+// A race is reported once for each place otherwise, and not where its first half is forgotten.
 extern "C" const char* __tsan_default_options() {
-  return "suppress_equal_stacks=0:suppress_equal_addresses=0";
+  return "suppress_equal_stacks=0:suppress_equal_addresses=0:history_size=7";
 }
 
 namespace {
@@ -85,8 +85,8 @@ class Steps {
   }
 
  private:
-  static constexpr unsigned searched = 4 * zelsvm::searchThreads;  // by a block
-  static constexpr unsigned count = searched * (racing ? 3 : 45);
+  static constexpr unsigned searched = 4 * zelsvm::searchThreads;            // by a block
+  static constexpr unsigned count = racing ? searched + 32 : 45 * searched;  // two blocks at least
 
   zel::DeviceSetup setup{Devices{device()}};
   CudaMachine machine{0};
