@@ -31,7 +31,7 @@ class ComputedKernel : public zelmag::KernelValues {
   }
 
   [[nodiscard]] double diagonal(std::uint64_t number) const override {
-    if (diagonals.empty()) makeDiagonal();
+    if (diagonals.empty()) diagonals = madeDiagonal();
     return diagonals[number];
   }
 
@@ -53,7 +53,7 @@ class ComputedKernel : public zelmag::KernelValues {
   }
 
   // Folds and label pairs ask for their parts of it.
-  void makeDiagonal() const {
+  [[nodiscard]] std::vector<double> madeDiagonal() const {
     std::vector<double> made = caller->diagonal;
     for (std::uint64_t i = made.size(); i < caller->rows; ++i) {
       compute(i);
@@ -61,7 +61,7 @@ class ComputedKernel : public zelmag::KernelValues {
     }
     for (std::uint64_t i = 0; i < made.size(); ++i)
       if (!std::isfinite(made[i])) zelmag::throwNotFiniteKernel(i);
-    diagonals = std::move(made);
+    return made;
   }
 
   const KernelRows* caller;
