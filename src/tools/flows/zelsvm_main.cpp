@@ -91,7 +91,8 @@ void ZelSvmMain<T>::createContext() {
   parameters.eps = options->tolerance;
   const auto weights = zelsvm::parseClassWeights(options->weights);
   // Other formulations pass them over.
-  if (options->svmType == zelsvm::SVM_TYPE_C_CLASSIFICATION) parameters.weights = weights;
+  if (options->svmType == static_cast<int>(zelsvm::SVM_TYPE_C_CLASSIFICATION))
+    parameters.weights = weights;
   parameters.maxIterations = options->maxIterations;
   parameters.cacheSize = options->cacheSize;
   parameters.sparse = !options->denseMatrix;
