@@ -262,8 +262,9 @@ class ClockedPredictor : public zelsvm::PredictorMachine {
 class ClockedSums : public zelsvm::SigmoidSums {
  public:
   explicit ClockedSums(std::unique_ptr<SigmoidSums> sums) : inner(std::move(sums)) {}
-  void assign(std::span<const double> decisionValues, std::span<const double> targets) override {
-    inner->assign(decisionValues, targets);
+  void assign(std::span<const double> decisionValues, std::span<const double> targets,
+              std::span<const double> weights) override {
+    inner->assign(decisionValues, targets, weights);
   }
   double loss(double A, double B) override {
     const Clock clock(report.sigmoids);

@@ -51,12 +51,12 @@ void requireWeights(std::span<const double> weights, std::uint64_t samples) {
   if (weights.size() != samples) throw AppException("There must be one weight for every sample.");
   double sum = 0;
   for (std::size_t i = 0; i < weights.size(); ++i) {
-    if (!(std::isfinite(weights[i]) && weights[i] >= 0))
+    if (!std::isfinite(weights[i]) || weights[i] < 0)
       throw AppException("The weight of sample " + std::to_string(i + 1) +
                          " is not a finite number of 0 or more.");
     sum += weights[i];
   }
-  if (!(std::isfinite(sum) && sum > 0))
+  if (!std::isfinite(sum) || sum <= 0)
     throw AppException("The weights must add up to a finite number above 0.");
 }
 

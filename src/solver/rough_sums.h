@@ -21,7 +21,7 @@ class RoughSums {
 
   // machine.addRows(). False, with the sums as they were, where exact rows would have changed some
   // otherwise by more than the solve should bear.
-  bool add(std::span<const WeightedRow> rows, std::span<double> sums, SetMachine& machine);
+  bool add(std::span<const WeightedRow> added, std::span<double> sums, SetMachine& machine);
   // Makes exact the sums of all samples that may be a group's extremes, given violators of these
   // sums; the worst error found tells how far from the extremes these are. False where that takes
   // more than exact rows would.

@@ -58,7 +58,7 @@ SetEnding WorkingSets::solve(const SetVariables& problem,
     }
     if (nextBatch() == 0) return SetEnding::limit;
     if (hasStalled()) return SetEnding::left;
-    if (isRough && !rough.pays(variables.samples, violators.freeCount())) useFullRows();
+    if (isRough && !RoughSums::pays(variables.samples, violators.freeCount())) useFullRows();
     solveSet();
     addChanges();
     watchPrecision();

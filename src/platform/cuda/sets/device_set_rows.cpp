@@ -13,7 +13,7 @@ constexpr unsigned sweepBlock = 128;
 // Products of rows on their way into the sums: enough rows for a product to be fast.
 constexpr std::uint64_t mostProductBytes = std::uint64_t{256} << 20;
 constexpr std::uint64_t mostProductRows = 1024;
-constexpr std::uint64_t leastProductRows = 2 * stripeRows;
+constexpr std::uint64_t leastProductRows = std::uint64_t{2} * stripeRows;
 
 }  // namespace
 
