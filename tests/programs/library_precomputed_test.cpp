@@ -14,7 +14,6 @@ namespace {
 using zelsvm::Formulation;
 using zelsvm::Kernel;
 using zelsvm::KernelColumns;
-using zelsvm::KernelRows;
 using zelsvm::Model;
 using zelsvm::Parameters;
 using zelsvm::Table;
