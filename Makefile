@@ -39,7 +39,8 @@ cuda: setup
 sanitize: setup
 	cmake --workflow --preset host-asan
 
-# The tests of the loops and trainings that share work among threads, under the thread sanitizer.
+# The tests of loops, trainings and library calls that share work among threads, under the thread
+# sanitizer.
 tsan: setup-checks
 	cmake --workflow --preset tsan
 

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "support/captured_output.h"
-#include "support/programs/library_samples.h"
+#include "support/library_samples.h"
 #include "support/programs/tool_runs.h"
 #include "support/temp_file.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "support/programs/library_samples.h"
+#include "support/library_samples.h"
 #include "support/programs/tool_runs.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/programs/library_samples.h"
+#include "support/library_samples.h"
 #include "support/programs/tool_runs.h"
 #include "support/temp_file.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "support/programs/library_samples.h"
+#include "support/library_samples.h"
 #include "support/programs/tool_runs.h"
 
 namespace {
