@@ -14,7 +14,8 @@ constexpr std::uint64_t mostColumns = 1024;
 
 void predict(const zelsvm::LoadedModel<double>& loaded) {
   const std::uint64_t columns = loaded.model->vectors().cols();
-  if (columns > mostColumns) return;
+  const bool takesFeatures = loaded.context->kernelType != zelsvm::SVM_KERNEL_PRECOMPUTED;
+  if (!takesFeatures || columns > mostColumns) return;
   zelsvm::HostVector<double> values(2 * columns);
   values.fill(0.5);
   const zelmag::DenseMatrix<double> samples(std::move(values), columns, 2);

@@ -21,16 +21,18 @@ int main() try {
   const auto coordinate = [&] { return static_cast<double>(generator() % 2001) / 1000 - 1; };
   std::vector<double> points;  // x and y of one point after the other
   std::vector<double> sides;
+  std::vector<double> weights;
   for (int i = 0; i < 400; ++i) {
     const double x = coordinate();
     const double y = coordinate();
     points.insert(points.end(), {x, y});
     sides.push_back(x * x + y * y < 0.5 ? 1 : -1);
+    weights.push_back(x > 0 ? 1 : 0.5);  // as if half as many had been seen on the left
   }
   const auto samples = zelsvm::Samples::dense(points, 2);  // looks at the points, copies nothing
   const zelsvm::Parameters parameters{.cost = 10, .probability = true, .randomSeed = 1};
 
-  const auto validation = zelsvm::crossValidate(samples, sides, parameters, 5);
+  const auto validation = zelsvm::crossValidate(samples, sides, parameters, 5, weights);
   std::printf("cross-validation: %.0f %% right\n", validation.overall.accuracy);
 
   // What zelsvm-train would print goes where the program wants it, and Ctrl-C ends the training.
@@ -38,7 +40,7 @@ int main() try {
       .message = [](std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); },
       .threads = 2,
       .cancelled = &interrupted};
-  const auto trained = zelsvm::train(samples, sides, parameters, log);
+  const auto trained = zelsvm::train(samples, sides, parameters, weights, log);
   trained.save("ring.model");
   for (const zelsvm::Solve& solve : trained.solves())
     if (!solve.converged) std::fprintf(stderr, "stopped at a gap of %g\n", solve.gap);

@@ -64,6 +64,8 @@ template <typename T>
 void GenericPredictor<T>::predict(HostVector<T>& output, const zelmag::AbstractMatrix<T>& test) {
   if (test.cols() < model->vectors().cols())
     throw zel::RuntimeException("The test samples have fewer features than the support vectors.");
+  if (context->kernelType == SVM_KERNEL_PRECOMPUTED && test.kernelValues() == nullptr)
+    throw zel::AppException("This model takes kernel values, not features.");
   output.fill(0);
   context->problemKind == ProblemKind::regression ? predictValues(output, test)
                                                   : predictPairs(output, test);

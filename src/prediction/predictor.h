@@ -31,7 +31,8 @@ class GenericPredictor {
   void addHandler(AbstractPredictionHandler<T>& handler) { handlers.push_back(&handler); }
 
   // output has one entry per test sample. Throws RuntimeException for a test matrix with fewer
-  // columns than the support vectors have.
+  // columns than the support vectors have, AppException for one of features where the model's
+  // kernel is precomputed.
   void predict(HostVector<T>& output, const zelmag::AbstractMatrix<T>& test);
 
  private:

@@ -107,6 +107,18 @@ TEST(LibraryBytes, FilesOfThemServeTheTools) {
   }
 }
 
+TEST(LibraryBytes, OfAPrecomputedKernelAreOfNoUseToTheTools) {
+  const zeltest::Workspace workspace;
+  const std::vector<double> values{2, 1, 1, 2};
+  const zelsvm::Table<double> kernel(values.data(), 2, 2);
+  zelsvm::train(zelsvm::Samples::kernel(kernel), std::vector<double>{1, 2},
+                {.kernel = zelsvm::Kernel::precomputed})
+      .saveExact((workspace.folder() / "model").string());
+  workspace.write("data", "1 1:1 2:1\n");
+  zeltest::refuse(workspace, zeltest::words("zelsvm-predict -q data model out"),
+                  "This model takes kernel values, not features.");
+}
+
 // Why bytes are not taken; empty where they are.
 std::string refusal(const std::string& bytes) {
   try {
